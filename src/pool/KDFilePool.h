@@ -1,0 +1,153 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/RunLoop.h"
+#include "pool/Pace.h"
+#include "pool/ParticipantAddress.h"
+#include "pool/PoolNotifications.h"
+#include "pool/PoolSnapshot.h"
+#include "util/Failure.h"
+#include "util/NotificationCenter.h"
+
+namespace zolvar {
+
+struct Platform;
+class KDPoolState;
+class KDPoolSync;
+class Lane;
+
+/// What a pool asks of the application. Main thread.
+class KDFilePoolDelegate {
+ public:
+  virtual ~KDFilePoolDelegate() = default;
+  /// The pool's folder cannot be reached (told once until it is back).
+  virtual void poolPathsNotAccessible(KDFilePool& pool) = 0;
+  /// A question about vanished files was raised or replaced; answer with answerQuestion when a
+  /// person (or the setting) has decided.
+  virtual void shouldDeleteFiles(KDFilePool& pool, const DeleteQuestion& question) = 0;
+  /// Whether this sync is still the one that the queue runs; its end is only told if so.
+  virtual bool isSyncing(const ParticipantAddress& participant) = 0;
+  /// The folder was found at another place.
+  virtual void poolDidMove(KDFilePool& pool) = 0;
+};
+
+enum class PasswordState {
+  Unknown,     ///< being read from the secret store
+  None,
+  Set,
+  Unreadable,  ///< there is one, but the store does not give it: no module, no announcement, no sync
+};
+
+/// One synced folder, as the main thread sees it: identity, phase, password, timers, and the doors
+/// to its two lanes. All state about files lives in KDPoolState on the state lane; syncs run in
+/// KDPoolSync on the transfer lane; what they did is read from snapshots. Main thread, except where
+/// said. Owned by KDPeer through a shared pointer; the platform, the centre and the delegate
+/// outlive it. Destroying it saves the to-do list and removes nothing.
+class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
+ public:
+  struct Options {
+    std::string userId;  ///< empty: localUserId
+    Pace pace;
+    bool secretsAreRead = true;  ///< false: the pool has no password until setPassword
+  };
+  using Done = std::function<void(Result<>)>;
+
+  /// `path` is a folder's full path, or only a name while the pool has no place on disk. A full
+  /// path in a Trash is reduced to its name. Requires: a name that poolNameProblem accepts.
+  static std::shared_ptr<KDFilePool> make(const std::string& path, const Options& options,
+                                          Platform& platform, NotificationCenter& center,
+                                          KDFilePoolDelegate* delegate);
+  virtual ~KDFilePool();
+
+  /// "%@@%@" of login name and this machine's name: the first of its names that ends in ".local" or
+  /// ".lan", else the last, unless that is "localhost", then the first.
+  static std::string localUserId(const Platform& platform);
+
+  // Identity.
+  [[nodiscard]] const std::string& userId() const { return userId_; }
+  [[nodiscard]] const std::string& folderPath() const { return folderPath_; }
+  [[nodiscard]] bool hasFullFolderPath() const;
+  [[nodiscard]] std::string name() const;
+  [[nodiscard]] virtual std::string displayName() const { return name(); }
+  [[nodiscard]] std::string logsPath() const;
+  [[nodiscard]] std::string nameHash() const;  ///< hexHash of the name: the daemon's user name
+  [[nodiscard]] std::string description() const;
+  /// A pool can move, but its last path component never changes and it never lies in a Trash
+  /// (InconsistencyError). Posts KDPoolDidChangeCriticalData when active.
+  void setFolderPath(const std::string& path);
+  /// Whether this machine's log of the pool exists on disk (a stat).
+  [[nodiscard]] bool hasLocalLog() const;
+  /// Makes the folder, the metadata folder and the local log. Fails with what could not be made.
+  Result<> startLocalLog();
+
+  // Password.
+  [[nodiscard]] PasswordState passwordState() const { return passwordState_; }
+  [[nodiscard]] std::string password() const { return password_; }  ///< "" without one
+  /// Empty removes it. At most 500 bytes, no control character (Refused, nothing changes). Written
+  /// to the secret store on a lane; `done` tells how that went. Posts KDPoolDidChangeCriticalData
+  /// when active.
+  void setPassword(const std::string& password, Done done);
+
+  // Lifecycle. docs/architecture.md has the table of what each event does in each phase.
+  [[nodiscard]] PoolPhase phase() const { return phase_; }
+  [[nodiscard]] bool isActive() const { return phase_ == PoolPhase::Active; }
+  /// Starts the activation; Active, and KDPoolDidChangeCriticalData posted, when its reading and
+  /// first scan are through. `done` is told the outcome. Nothing in other phases than Inactive and
+  /// Recovering.
+  void activate(Done done);
+  /// Inactive → Recovering: syncs load logs only, and when every log that a participant listed has
+  /// arrived the sync's end has status 0 and the caller activates.
+  Result<> recover();
+  /// Active, Activating or Recovering → Inactive; nothing otherwise.
+  void deactivate();
+
+  // Work.
+  void syncWithParticipant(const ParticipantAddress& participant);
+  [[nodiscard]] bool hasRunningTask() const;
+  void terminateTask();
+  void setBandwidthLimit(unsigned kilobytesPerSecond) { bandwidthLimit_ = kilobytesPerSecond; }
+  void noteAnnouncementNeeded();  ///< any thread
+  void noteFullSyncNeeded();      ///< any thread
+  void checkFileSystemChanges(std::function<void()> done = {});
+  [[nodiscard]] std::shared_ptr<const PoolSnapshot> snapshot() const;  ///< any thread
+  [[nodiscard]] std::optional<TransferProgress> progress() const;      ///< any thread
+
+  // What a person decides. Outcomes on the main thread; a refusal is one sentence.
+  void selectBranch(const std::string& path, const VersionId& version, Done done);
+  void deleteBranch(const std::string& path, const VersionId& version, Done done);
+  void answerQuestion(std::uint64_t questionId, int code, Done done);  ///< 1000 re-get, 1001 delete
+  void deleteMissing(const std::set<std::string>& paths, Done done);   ///< logs them as deleted
+  void treeDescription(const std::string& path, std::function<void(Result<std::string>)> done);
+  /// Fetches one version to a file outside the folder, from whichever of `participants` has it.
+  void fetchVersion(const std::string& path, const VersionId& version, const std::string& to,
+                    std::vector<ParticipantAddress> participants, Done done);
+
+ protected:
+  KDFilePool(const std::string& path, const Options& options, Platform& platform,
+             NotificationCenter& center, KDFilePoolDelegate* delegate);
+
+ private:
+  friend class KDPoolSync;
+  struct Parts;
+
+  std::string folderPath_;
+  std::string userId_;
+  Pace pace_;
+  Platform& platform_;
+  NotificationCenter& center_;
+  KDFilePoolDelegate* delegate_;
+  PoolPhase phase_ = PoolPhase::Inactive;
+  PasswordState passwordState_ = PasswordState::Unknown;
+  std::string password_;
+  unsigned bandwidthLimit_ = 0;
+  std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace zolvar
