@@ -75,6 +75,9 @@ class Folder {
   /// Symbolic link at `path`.
   virtual Result<> makeSymbolicLink(std::string_view path, std::string_view target) = 0;
   virtual Result<> rename(std::string_view from, std::string_view to) = 0;
+  /// Moves a regular file or link from elsewhere to `path`, replacing what is there: rename, or
+  /// across file systems copied aside with its time, synced, renamed, and the source removed.
+  virtual Result<> moveIn(const std::string& absoluteSource, std::string_view path) = 0;
   virtual Result<> removeFile(std::string_view path) = 0;
   /// Removes a directory with all in it, or a file; absent is success.
   virtual Result<> removeTree(std::string_view path) = 0;
