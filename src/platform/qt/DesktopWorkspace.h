@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/Log.h"
+#include "platform/Workspace.h"
+
+namespace zolvar {
+
+class DesktopNotices;
+
+/// The user's desktop: its file manager, its notices and what it starts at login. Main thread.
+/// Where there is no desktop, opening is a warning in the log and notices are quietly nothing.
+class DesktopWorkspace final : public Workspace {
+ public:
+  explicit DesktopWorkspace(Log& log);
+  ~DesktopWorkspace() override;
+
+  void open(const std::string& path) override;
+  void show(const Notice& notice, std::function<void()> clicked) override;
+  /// Fails: as the file system does.
+  Result<> setAutostart(bool enabled) override;
+  /// Rings the terminal's bell when we were started from one.
+  void beep() override;
+
+ private:
+  Log& log_;
+  std::unique_ptr<DesktopNotices> notices_;
+};
+
+}  // namespace zolvar
