@@ -24,6 +24,8 @@ struct DaemonOwner {
   unsigned uid = 0;
   unsigned gid = 0;
 };
+/// Our own numbers when running as root, none otherwise.
+[[nodiscard]] std::optional<DaemonOwner> currentDaemonOwner();
 
 /// What the transfer daemon is told. A value; the functions below are pure. The file's grammar is in
 /// docs/file-formats.md.
@@ -47,14 +49,14 @@ struct DaemonConfiguration {
 /// the later section's path would be served under the earlier one's name.
 [[nodiscard]] bool isSameModule(std::string_view left, std::string_view right);
 
-/// A configuration as the daemon reads it: sections in order of appearance ("" is the global part),
-/// names in lower case without blanks, values trimmed.
+/// A part of a configuration as the daemon reads it: the section's name as first written ("" for
+/// the global part), parameter names in lower case without blanks, values trimmed.
 struct ParsedSection {
   std::string name;
   std::map<std::string, std::string> parameters;
 };
 /// Follows the daemon's rules: comments, continuation with a backslash, sections that repeat join,
-/// "[global]" goes back to the global part. Fails: Damaged (a line without "=", an unclosed section,
+/// "[global]" goes back to the global part, which always comes first. Fails: Damaged (a line without "=", an unclosed section,
 /// an include, a "%VAR%", a value given twice).
 Result<std::vector<ParsedSection>> parseDaemonConfiguration(std::string_view text);
 

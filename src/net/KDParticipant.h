@@ -13,7 +13,7 @@ class KDParticipants;
 /// One member of one pool as seen from here: who it is, and the little the application remembers of
 /// it while something holds it. One object an identity (user, host, port and pool), so identity is
 /// pointer comparison. Made by KDParticipants, which must outlive it. Main thread.
-class KDParticipant {
+class KDParticipant : public std::enable_shared_from_this<KDParticipant> {
  public:
   KDParticipant(ParticipantAddress address, KDParticipants& table);
   ~KDParticipant();
@@ -26,7 +26,7 @@ class KDParticipant {
   [[nodiscard]] const std::string& poolName() const { return address_.poolName; }
   [[nodiscard]] std::uint32_t port() const { return address_.port; }
   [[nodiscard]] std::string userId() const { return address_.userId(); }
-  /// The user id without ".local", followed by " (ignored)" when ignored.
+  /// The user id without ".local" or ".lan", followed by " (ignored)" when ignored.
   [[nodiscard]] std::string userIdForDisplay() const;
   /// The pool's name without the extension ".zolvaraddresses".
   [[nodiscard]] std::string displayPoolName() const;

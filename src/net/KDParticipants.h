@@ -28,21 +28,22 @@ class KDParticipants {
   /// malformed or announcementProblem refuses it. `passwordRequired` is set from the announcement on
   /// a new object only; a known one keeps its flag, and that is intended: a changed announcement
   /// reaches it through KDPeer.
-  std::shared_ptr<KDParticipant> fromService(const std::string& serviceName, const TxtRecord& txt);
+  std::shared_ptr<KDParticipant> fromService(const std::string& serviceName, const TxtRecord& record);
 
   [[nodiscard]] const std::set<std::shared_ptr<KDParticipant>>& ignoredParticipants() const {
     return ignored_;
   }
   [[nodiscard]] const std::string& localUserId() const { return localUserId_; }
 
+  [[nodiscard]] bool isIgnored(const KDParticipant& participant) const;
+  void setIgnored(KDParticipant& participant, bool ignored);
+
  private:
-  friend class KDParticipant;
   using Key = std::tuple<std::string, std::string, std::uint32_t, std::string>;
-  static Key keyOf(const ParticipantAddress& address);
 
   std::string localUserId_;
   Log& log_;
-  std::map<Key, std::weak_ptr<KDParticipant>> known_;
+  std::map<Key, std::weak_ptr<KDParticipant>> known_;  ///< dead ones go when another is made
   std::set<std::shared_ptr<KDParticipant>> ignored_;
 };
 

@@ -10,8 +10,6 @@
 
 #include "net/DaemonConfiguration.h"
 #include "net/KDPoolPresence.h"
-#include "platform/RunLoop.h"
-#include "platform/UserDefaults.h"
 #include "pool/KDFilePool.h"
 #include "util/NotificationCenter.h"
 
@@ -42,10 +40,8 @@ class KDPeer {
     std::string userId;  ///< empty: localUserId
     KDFilePoolDelegate* delegate = nullptr;
     PoolClass addressPoolClass;          ///< for paths that end in ".zolvaraddresses"; may be empty
-    std::optional<DaemonOwner> owner;    ///< set when running as root (currentDaemonOwner)
+    std::optional<DaemonOwner> owner = currentDaemonOwner();
   };
-  /// Our own numbers when running as root, none otherwise.
-  static std::optional<DaemonOwner> currentDaemonOwner();
 
   /// Makes the base path. Fails when it is no folder afterwards.
   static Result<std::unique_ptr<KDPeer>> make(Settings settings, Platform& platform,
@@ -75,10 +71,11 @@ class KDPeer {
   /// The same with the class that the path's extension asks for. The failure carries no text.
   Result<std::shared_ptr<KDFilePool>> addPoolWithPath(const std::string& path,
                                                       const KDFilePool::Options& options);
-  /// Moves the pool's folder to the Trash; when that worked, forgets orphaned pools.
+  /// Moves the pool's folder to the Trash, off the main thread; when that worked, forgets orphaned
+  /// pools. `done` is told on the main thread.
   /// Requires: "Pool may not be active during removal."
-  Result<> removePool(KDFilePool& pool);
-  /// Forgets the pools that have no participants and whose folder does not exist.
+  void removePool(KDFilePool& pool, Done done = {});
+  /// Forgets the inactive pools that have no participants and whose folder does not exist.
   void removeOrphanedPools();
 
   // Daemon. Starting and stopping take effect later and tell `done` on the main thread; requests
@@ -91,7 +88,7 @@ class KDPeer {
   [[nodiscard]] unsigned serverBandwidthLimit() const;  ///< KB/s, 0: none, else at least 10
   [[nodiscard]] unsigned clientBandwidthLimit() const;  ///< the same
   [[nodiscard]] std::string configFileContent() const;
-  [[nodiscard]] std::string passwordFileContent() const;
+  [[nodiscard]] std::string passwordFileContent() const;  ///< every pool with a password
   [[nodiscard]] std::string configFilePath() const;
   [[nodiscard]] std::string pidFilePath() const;
   [[nodiscard]] std::string lockFilePath() const;
@@ -121,12 +118,19 @@ class KDPeer {
          const std::string& supportFolder);
   [[nodiscard]] bool isServed(const KDFilePool& pool) const;
   [[nodiscard]] DaemonConfiguration configuration() const;
-  void serverDidStart();
+  void observeAll();
+  void serverDidChange(bool running, const std::string& trouble);
   void publish(KDPoolPresence& presence);
-  void netServiceFailed(const std::string& serviceName, const Failure& failure);
+  void publishLater(const std::string& poolName);
+  void netServiceDidAdd(const std::string& serviceName, const TxtRecord& txt);
+  void netServiceDidFail(const std::string& serviceName, const Failure& failure);
   void didSeeAnnouncement(const std::string& serviceName, const TxtRecord& txt);
-  void lookForOwnId(KDPoolPresence& presence);
-  void tellOwnIdElsewhere(const std::string& poolName, const std::string& serviceName);
+  void lookForOwnIdElsewhere(KDPoolPresence& presence);
+  void suspect(const std::string& serviceName, const std::string& poolName);
+  void tellOwnIdElsewhere(KDPoolPresence& presence, const std::string& serviceName);
+  void warn(KDPoolPresence& presence, const std::string& text);
+  void after(double seconds, std::function<void()> task);
+  void onLane(std::function<void()> job);
 
   Settings settings_;
   Platform& platform_;
@@ -138,8 +142,9 @@ class KDPeer {
   std::shared_ptr<Lane> lane_;
   std::unique_ptr<ServerControl> server_;
   std::vector<NotificationCenter::Observation> observations_;
-  std::set<RunLoop::Id> timers_;
-  std::shared_ptr<bool> alive_;  ///< tasks that outlive the peer look at it
+  std::map<std::string, int> failedPublications_;  ///< in a row, by pool name
+  std::set<std::string> suspects_;                 ///< services that may be our own id elsewhere
+  std::shared_ptr<bool> alive_;  ///< tasks that may outlive the peer hold it weakly
 };
 
 }  // namespace zolvar

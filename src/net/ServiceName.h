@@ -32,6 +32,6 @@ struct ServiceNameParts {
 /// poolNameProblem accepts and whose hash is the one in the service name, a protocol version, a log
 /// digest of 16 bytes if any.
 [[nodiscard]] std::optional<std::string> announcementProblem(const std::string& name,
-                                                             const TxtRecord& txt);
+                                                             const TxtRecord& record);
 
 }  // namespace zolvar
