@@ -57,9 +57,7 @@ void SimulatedRunLoop::cancel(Id id) {
 }
 
 bool SimulatedRunLoop::isMainThread() const { return queue_->laneDepth == 0; }
-bool SimulatedRunLoop::isInTurn() const {
-  return queue_->turnDepth > 0 && queue_->laneDepth == 0;
-}
+bool SimulatedRunLoop::isInTurn() const { return queue_->turnDepth > 0 && queue_->laneDepth == 0; }
 
 RunLoop::Id SimulatedRunLoop::watch(int /*descriptor*/, Events /*events*/, Task /*ready*/) {
   const Id id = queue_->nextId++;
