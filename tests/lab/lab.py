@@ -267,6 +267,12 @@ class Host(Namespace):
     def pool(self, name):
         return next((pool for pool in self.cli("list") if pool["name"] == name), None)
 
+    def folder(self, name):
+        """Where a folder of that name lies unless told otherwise; made, not shared yet."""
+        folder = Folder(self, name, self.home / name)
+        folder.root.mkdir(parents=True, exist_ok=True)
+        return folder
+
     def share(self, name, password=None, folder=None):
         folder = folder or self.home / name
         (self.files / str(folder).lstrip("/")).mkdir(parents=True, exist_ok=True)
@@ -299,22 +305,15 @@ class Host(Namespace):
     def wait_for_log(self, text, limit=60, since=0):
         wait_until(lambda: text in self.log()[since:], limit, f"{self.name} never said {text!r}")
 
-    def trashed(self):
-        """Relative paths of everything in this user's Trash folders."""
-        share = self.home / ".local/share"
-        found = set()
-        for trash in (share / "Trash/files", share / "Zolvar/Trash"):
-            for directory, folders, files in os.walk(self.files / str(trash).lstrip("/")):
-                found.update(os.path.relpath(os.path.join(directory, name), self.files / str(trash).lstrip("/"))
-                             for name in folders + files)
+    def kept(self):
+        """What this user can get back: file name → contents, of all Trash folders and versions."""
+        share = self.files / str(self.home / ".local/share").lstrip("/")
+        found = {}
+        for top in (share / "Trash/files", share / "Zolvar/Trash", share / "Zolvar/versions"):
+            for path in top.rglob("*"):
+                if path.is_file() and not path.is_symlink() and path.stat().st_size < 1 << 20:
+                    found.setdefault(path.name, set()).add(path.read_text(errors="replace"))
         return found
-
-    def trashed_contents(self):
-        share = self.home / ".local/share/Trash/files"
-        other = self.home / ".local/share/Zolvar"
-        return {path.read_bytes() for top in (share, other / "Trash", other / "versions")
-                for path in (self.files / str(top).lstrip("/")).rglob("*")
-                if path.is_file() and not path.is_symlink() and path.stat().st_size < 1 << 20}
 
 
 class Folder:
@@ -372,6 +371,17 @@ class Folder:
         return {conflict["path"]: conflict["versions"]
                 for conflict in self.host.cli("conflicts", self.name)}
 
+    def rename(self, old, new):
+        self.at(new).parent.mkdir(parents=True, exist_ok=True)
+        self.at(old).rename(self.at(new))
+
+    def remove(self, relative):
+        path = self.at(relative)
+        if path.is_dir() and not path.is_symlink():
+            shutil.rmtree(path)
+        else:
+            path.unlink()
+
     def version(self, relative, local):
         """The id of the version that this host's user has, or of one that she has not."""
         return next(version["id"] for version in self.conflicts()[relative]
@@ -379,6 +389,18 @@ class Folder:
 
     def command(self, verb, *arguments):
         return self.host.command(verb, self.name, *arguments)
+
+
+def survives(content, *folders):
+    """Whether some user can still lay hands on `content`, in a folder or among what was kept."""
+    for folder in folders:
+        for path in folder.root.rglob("*"):
+            if path.is_file() and not path.is_symlink() and ".Zolvar" not in path.parts:
+                if content == path.read_text(errors="replace"):
+                    return True
+        if any(content in contents for contents in folder.host.kept().values()):
+            return True
+    return False
 
 
 def amount(value):
