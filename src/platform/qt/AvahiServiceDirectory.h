@@ -18,8 +18,8 @@ class AvahiPublication;
 class AvahiBrowser;
 
 /// DNS Service Discovery through avahi-daemon. Keeps one connection to the daemon, waits for a
-/// daemon or a system bus that is not there, and after a restart gives every publication and browser
-/// the new connection. Outlives what it handed out. Main thread, but for hostNameFqdn().
+/// daemon or a system bus that is not there, and after a restart gives every publication and
+/// browser the new connection. Outlives what it handed out. Main thread, but for hostNameFqdn().
 class AvahiServiceDirectory final : public ServiceDirectory {
  public:
   AvahiServiceDirectory(RunLoop& runLoop, Log& log);
@@ -58,9 +58,9 @@ class AvahiServiceDirectory final : public ServiceDirectory {
   AvahiPollAdapter poll_;
   AvahiClient* client_ = nullptr;
   AvahiClientState state_ = AVAHI_CLIENT_CONNECTING;
-  bool isRunning_ = false;      ///< publications and browsers have the connection
-  bool groupsAreStale_ = false; ///< the host's own records were registered anew meanwhile
-  bool saidMissing_ = false;    ///< one warning until the daemon is back
+  bool isRunning_ = false;       ///< publications and browsers have the connection
+  bool groupsAreStale_ = false;  ///< the host's own records were registered anew meanwhile
+  bool saidMissing_ = false;     ///< one warning until the daemon is back
   RunLoop::Id connectTimer_ = 0;
   RunLoop::Id applyTimer_ = 0;
   std::set<AvahiPublication*> publications_;

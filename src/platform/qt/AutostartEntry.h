@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "util/Failure.h"
+
+namespace zolvar {
+
+/// What the desktop starts at login, by the XDG autostart rules: one file of a fixed name, so that
+/// there is never more than one entry. Immutable; any thread. Fails: as the file system does.
+class AutostartEntry {
+ public:
+  /// `configFolder` is the user's XDG configuration folder.
+  explicit AutostartEntry(const std::string& configFolder);
+
+  /// Makes the entry start `program`; an entry that does so already is not touched.
+  [[nodiscard]] Result<> enable(const std::string& program) const;
+  /// Absent is success.
+  [[nodiscard]] Result<> disable() const;
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+}  // namespace zolvar
