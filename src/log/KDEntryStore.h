@@ -49,6 +49,9 @@ class KDEntryStore {
   KDEntryStore(const KDEntryStore&) = delete;
   KDEntryStore& operator=(const KDEntryStore&) = delete;
 
+  /// Times of the log lie below this: no finite double beyond it is a date.
+  static constexpr double TimesEnd = 1099511627776;  // 2^40 seconds
+
   KDPathRecord& path(std::string_view text);  ///< finds or adds
   [[nodiscard]] KDPathRecord* findPath(std::string_view text) const;
   [[nodiscard]] std::size_t pathCount() const;

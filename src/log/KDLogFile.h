@@ -64,6 +64,9 @@ class KDLogFile {
   [[nodiscard]] std::string description() const;
 
  private:
+  Result<std::string> missingLineFeed(std::uint64_t size);
+  void keepTimeGrowing(std::int64_t before);
+
   Folder& folder_;
   std::string path_;
   std::string userId_;
