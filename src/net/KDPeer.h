@@ -20,6 +20,7 @@ class KDParticipant;
 class Lane;
 class ServerControl;
 class TransferDaemon;
+struct DaemonStart;
 struct Platform;
 
 /// The local peer: owns every pool by name and the daemon that serves the active ones, and keeps
@@ -116,9 +117,11 @@ class KDPeer {
  private:
   KDPeer(Settings settings, Platform& platform, NotificationCenter& center, KDBonjour& bonjour,
          const std::string& supportFolder);
-  [[nodiscard]] bool isServed(const KDFilePool& pool) const;
+  /// Why an active pool gets no module and no announcement, one sentence; none when it does.
+  [[nodiscard]] std::optional<std::string> servingProblem(const KDPoolPresence& presence) const;
   [[nodiscard]] DaemonConfiguration configuration() const;
   void observeAll();
+  [[nodiscard]] DaemonStart prepareStart();
   void serverDidChange(bool running, const std::string& trouble);
   void publish(KDPoolPresence& presence);
   void publishLater(const std::string& poolName);
@@ -126,7 +129,7 @@ class KDPeer {
   void netServiceDidFail(const std::string& serviceName, const Failure& failure);
   void didSeeAnnouncement(const std::string& serviceName, const TxtRecord& txt);
   void lookForOwnIdElsewhere(KDPoolPresence& presence);
-  void suspect(const std::string& serviceName, const std::string& poolName);
+  void suspectIfOwnId(KDPoolPresence& presence, const std::string& serviceName);
   void tellOwnIdElsewhere(KDPoolPresence& presence, const std::string& serviceName);
   void warn(KDPoolPresence& presence, const std::string& text);
   void after(double seconds, std::function<void()> task);
@@ -142,6 +145,8 @@ class KDPeer {
   std::shared_ptr<Lane> lane_;
   std::unique_ptr<ServerControl> server_;
   std::vector<NotificationCenter::Observation> observations_;
+  std::set<std::string> servedNames_;              ///< modules of the last configuration
+  std::map<std::string, std::string> toldProblems_;  ///< last sentence told, by pool name
   std::map<std::string, int> failedPublications_;  ///< in a row, by pool name
   std::set<std::string> suspects_;                 ///< services that may be our own id elsewhere
   std::shared_ptr<bool> alive_;  ///< tasks that may outlive the peer hold it weakly
