@@ -39,13 +39,8 @@ def write(folder, path, content, age=0):
     typed(folder.host, f"echo {content!r} > ~/{folder.name}/{path}")
 
 
-def conflicts(folder):
-    lines = []
-    for path, versions in folder.conflicts().items():
-        lines.append(path)
-        lines += [f"  {version['id']}{'   <- on this machine' if version['local'] else ''}"
-                  for version in versions]
-    typed(folder.host, f"zolvar conflicts {folder.name}", "\n".join(lines))
+def zolvar(host, *arguments):
+    typed(host, " ".join(("zolvar", *arguments)), host.command(*arguments))
 
 
 def play(hosts):
@@ -63,8 +58,7 @@ def play(hosts):
 
     step("Bob sees it by name and subscribes; the files arrive")
     lab.wait_until(lambda: (bob.pool("Recipes") or {}).get("announced"), 30, "no announcement")
-    typed(bob, "zolvar list", "\n".join(f"{pool['name']}: shared on the network, not subscribed to"
-                                        for pool in bob.cli("list")))
+    zolvar(bob, "list")
     there = bob.subscribe("Recipes")
     typed(bob, "zolvar subscribe Recipes")
     lab.converge(here, there)
@@ -89,17 +83,15 @@ def play(hosts):
                    60, "no conflict")
     say("Neither is overwritten: the file has two versions now, each user still has the own one, "
         "and both are told.")
-    conflicts(here)
+    zolvar(ann, "conflicts", "Recipes")
     show(here)
     show(there)
 
     step("Ann prefers bob's version and drops her own")
-    mine = here.version("pancakes.txt", local=True)
-    here.command("drop", "pancakes.txt", mine)
-    typed(ann, f"zolvar drop Recipes pancakes.txt {mine}")
+    zolvar(ann, "drop", "Recipes", "pancakes.txt", here.version("pancakes.txt", local=True))
     lab.converge(here, there)
     show(here)
-    conflicts(there)
+    zolvar(bob, "list")
     say("One version again, on both machines. Ann's is in her Trash, in case she changes her mind.")
 
     step("That was all")

@@ -6,6 +6,7 @@ that nothing is left behind however the run ends. No name is used outside the na
 number of labs run at once. Needs root, iproute2, util-linux, dbus and avahi-daemon.
 """
 
+import csv
 import ctypes
 import json
 import os
@@ -381,6 +382,15 @@ class Folder:
             shutil.rmtree(path)
         else:
             path.unlink()
+
+    def wait_for_deletion(self, relative):
+        """Until this host's own log says that the file is deleted."""
+        log = self.root / ".Zolvar" / f"{self.host.user_id}.fplog"
+
+        def last_time():
+            with open(log, newline="", errors="replace") as file:
+                return [row[3] for row in csv.reader(file) if len(row) > 3 and row[2] == relative][-1:]
+        wait_until(lambda: last_time() == ["0"], 60, f"{self}: no deletion of {relative} was logged")
 
     def version(self, relative, local):
         """The id of the version that this host's user has, or of one that she has not."""

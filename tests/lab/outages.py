@@ -25,7 +25,7 @@ def scenario_down_and_back(lab):
     here.remove("start 2")
     here.rename("start 3", "moved 3")
     here.write("new", "new", age=30)
-    time.sleep(4)
+    here.wait_for_deletion("start 3")
     ann.stop()
     there.write("start 4", "changed by bob", age=30)
     there.write("of bob", "bob", age=30)
