@@ -1,15 +1,14 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
 
 #include "pool/PoolSnapshot.h"
 #include "pool/PoolSyncSteps.h"
+#include "pool/VersionStore.h"
 
 namespace zolvar {
 
@@ -19,8 +18,8 @@ struct Platform;
 
 /// How one sync ended; becomes KDSyncDidEndNotification.
 struct SyncEnd {
-  int status = 0;  ///< exit status of the last run; 10 host not found, 30 silent, 37 authentication
-                   ///< failed, -1 an exception
+  int status = 0;  ///< exit status of the last run; 10 host not found, 11 folder not accessible, 20
+                   ///< given up, 30 silent, 37 authentication failed, -1 an exception
   std::set<std::string> loadedFiles;
   std::string exceptionText;  ///< with status -1
 };
@@ -39,6 +38,7 @@ class KDPoolSync {
     std::string password;  ///< "" without one
     unsigned bandwidthLimit = 0;  ///< KB/s, 0: none
     bool keepsVersions = true;    ///< --backup into the support folder
+    VersionLimits versionLimits;  ///< how much of that is kept; none: as without keepsVersions
   };
   /// Told about twice a second during copy runs, and with none at the end; on the transfer lane.
   using ProgressSink = std::function<void(std::optional<TransferProgress>)>;

@@ -1,0 +1,109 @@
+#include "pool/KDPoolSync.h"
+
+#include <atomic>
+#include <exception>
+
+#include "platform/Clock.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "pool/SyncContext.h"
+#include "pool/SyncRun.h"
+#include "pool/VersionFetch.h"
+
+namespace zolvar {
+
+namespace {
+
+constexpr double PruneInterval = 60 * 60;  ///< seconds
+
+/// Marks that a sync or a fetch is under way.
+class Busy {
+ public:
+  explicit Busy(std::atomic<bool>& flag) : flag_(flag) { flag_ = true; }
+  ~Busy() { flag_ = false; }
+  Busy(const Busy&) = delete;
+  Busy& operator=(const Busy&) = delete;
+
+ private:
+  std::atomic<bool>& flag_;
+};
+
+}  // namespace
+
+std::string statusText(int status) {
+  switch (status) {
+    case TransferStatus::Done:
+      return "ok";
+    case TransferStatus::NotServed:
+      return "Error starting client-server protocol. Too many clients?";
+    case TransferStatus::NoConnection:
+      return "socket connection failed.";
+    case TransferStatus::BadStream:
+      return "error in rsync protocol data stream";
+    case TransferStatus::Partial:
+      return "some files could not be transferred";
+    case TransferStatus::NoAuthentication:
+      return "authentication failed";
+    default:
+      return std::to_string(status);
+  }
+}
+
+struct KDPoolSync::Work {
+  SyncContext context;
+  std::atomic<bool> isBusy{false};
+  double lastPrune = 0;  ///< seconds since 1970
+
+  void prune(const VersionLimits& limits) {
+    const double now = context.platform.clock.now();
+    if (now - lastPrune < PruneInterval) return;
+    lastPrune = now;
+    if (const auto pruned = context.versions.prune(limits); !pruned) {
+      context.platform.log.warning("{}", pruned.error().message());
+    }
+  }
+};
+
+KDPoolSync::KDPoolSync(Platform& platform, std::shared_ptr<Lane> stateLane,
+                       std::shared_ptr<PoolSyncSteps> steps, ProgressSink progress)
+    : work_(new Work{{platform, std::move(stateLane), std::move(steps), std::move(progress),
+                      TransferRun(platform), VersionStore(platform)}}) {}
+
+KDPoolSync::~KDPoolSync() = default;
+
+SyncEnd KDPoolSync::performSyncWithParticipant(const ParticipantAddress& participant,
+                                               const Settings& settings) {
+  SyncContext& context = work_->context;
+  const Busy busy(work_->isBusy);
+  context.run.allow();
+  SyncEnd end;
+  try {
+    end = SyncRun(context, participant, settings).perform();
+    work_->prune(settings.keepsVersions ? settings.versionLimits : VersionLimits{0, 0});
+  } catch (const std::exception& exception) {
+    context.platform.log.error("The sync of {} with {} ended with an exception: {}",
+                               settings.poolName, participant.description(), exception.what());
+    end = {TransferStatus::Exception, {}, exception.what()};
+  }
+  if (context.progress) context.progress(std::nullopt);
+  return end;
+}
+
+Result<> KDPoolSync::fetchVersion(const std::string& path, double modTime, const std::string& to,
+                                  const std::vector<ParticipantAddress>& participants,
+                                  const Settings& settings) {
+  SyncContext& context = work_->context;
+  const Busy busy(work_->isBusy);
+  context.run.allow();
+  try {
+    return VersionFetch(context, settings, path, modTime, to).fetchFrom(participants);
+  } catch (const std::exception& exception) {
+    return fail(FailureKind::Transient, "fetch a version of", path, exception.what());
+  }
+}
+
+bool KDPoolSync::hasRunningTask() const { return work_->isBusy; }
+
+void KDPoolSync::terminateTask() { work_->context.run.terminate(); }
+
+}  // namespace zolvar
