@@ -99,11 +99,14 @@ SystemHosts::SystemHosts(const AvahiServiceDirectory& services, Log& log)
   const auto deadline = steady_clock::now() + PatienceAtStart;
   const auto service = ask(serviceName, &Answers::serviceName);
   const auto canonical = ask(canonicalName, &Answers::canonicalName);
-  for (const auto* answer : {&service, &canonical}) {
-    if (answer->wait_until(deadline) == std::future_status::timeout) {
-      log.debug("This computer's names are not all known yet.");
-    }
+  service.wait_until(deadline);
+  {
+    const std::lock_guard lock(answers_->mutex);
+    if (!answers_->serviceName.empty()) return;
   }
+  log.debug("The service daemon does not tell this computer's name.");
+  // Only a substitute, so it is waited for only now.
+  canonical.wait_until(deadline);
 }
 
 std::vector<std::string> SystemHosts::names() const {
