@@ -5,7 +5,6 @@
 #include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "pool/SyncContext.h"
-#include "pool/moveFile.h"
 #include "util/PathRules.h"
 #include "util/hexHash.h"
 
@@ -98,7 +97,18 @@ Result<> VersionFetch::copyFrom(const ParticipantAddress& participant, Folder& s
     if (status == TransferStatus::Done) return fail(FailureKind::Absent, "fetch a version of", path_);
     return fail(FailureKind::Transient, "fetch from", participant.description(), statusText(status));
   }
-  return moveFile(context_.platform.fileSystem, joinPath(supportPath, arrived), to_);
+  return moveToTarget(joinPath(supportPath, arrived));
+}
+
+/// First beside the target and then by a second name, which fails where a rename would replace.
+Result<> VersionFetch::moveToTarget(const std::string& arrived) {
+  auto folder = context_.platform.fileSystem.open(std::string(parentPath(to_)));
+  if (!folder) return tl::unexpected(folder.error());
+  const std::string aside = ".zolvar-fetch-" + hexHash(settings_.poolName);
+  if (auto moved = (*folder)->moveIn(arrived, aside); !moved) return moved;
+  auto named = (*folder)->link(aside, lastPathComponent(to_));
+  static_cast<void>((*folder)->removeFile(aside));
+  return named;
 }
 
 }  // namespace zolvar

@@ -34,6 +34,7 @@ class VersionFetch {
   Result<> listedBy(const ParticipantAddress& participant);
   Result<> copyFrom(const ParticipantAddress& participant, Folder& support,
                     const std::string& supportPath);
+  Result<> moveToTarget(const std::string& arrived);
 
   SyncContext& context_;
   KDPoolSync::Settings settings_;
