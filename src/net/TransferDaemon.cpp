@@ -64,6 +64,8 @@ int TransferDaemon::runningPid() {
 Result<unsigned> TransferDaemon::start(const DaemonStart& wanted) {
   if (serverPid() > 0) {  // left by an earlier run: it serves what was shared then
     if (auto ended = stop(); !ended) return tl::unexpected(ended.error());
+  } else {
+    removeFiles();  // the tool refuses to start over a pid file, an empty one included
   }
   unsigned port = wanted.port;
   while (port <= HighestPort && !platform_.processes.canBind(port)) ++port;
