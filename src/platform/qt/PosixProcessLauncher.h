@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/ProcessLauncher.h"
+
+namespace zolvar {
+
+class ChildKeeper;
+
+/// Starts programs through one keeper thread. Any thread. While it lives, writing to a pipe that
+/// nobody reads fails instead of ending us (SIGPIPE is ignored for the whole program). Destroying
+/// it ends every child.
+class PosixProcessLauncher : public ProcessLauncher {
+ public:
+  PosixProcessLauncher();
+  ~PosixProcessLauncher() override;
+
+  Result<std::shared_ptr<Process>> start(const ProcessRequest& request) override;
+  /// Looks beside the running program first, so that a build tree and a moved installation find
+  /// their own, then where the installation put it.
+  [[nodiscard]] Result<std::string> clientToolPath() const override;
+  [[nodiscard]] std::vector<std::string> commandLine(int pid) const override;
+  bool signal(int pid, int signalNumber) override;
+  bool waitGone(int pid, double seconds) override;
+  [[nodiscard]] bool canBind(unsigned port) const override;
+
+ private:
+  const std::shared_ptr<ChildKeeper> keeper_;
+};
+
+}  // namespace zolvar
