@@ -115,6 +115,9 @@ struct FileEvent {
 class FolderObservation {
  public:
   virtual ~FolderObservation() = default;
+  /// Whether every directory is observed by now and nothing was lost. Until then, and for what
+  /// changed before, only a scan of everything tells.
+  [[nodiscard]] virtual bool isComplete() const { return true; }
 };
 
 /// The doors to files. Any thread.
