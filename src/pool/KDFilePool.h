@@ -39,10 +39,11 @@ class KDFilePoolDelegate {
 };
 
 enum class PasswordState {
-  Unknown,     ///< being read from the secret store
+  Unknown,  ///< being read from the secret store
   None,
   Set,
-  Unreadable,  ///< there is one, but the store does not give it: no module, no announcement, no sync
+  Unreadable,  ///< there is one, but the store does not give it: no module, no announcement, no
+               ///< sync
 };
 
 /// One synced folder, as the main thread sees it: identity, phase, password, timers, and the doors
@@ -134,8 +135,28 @@ class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
              NotificationCenter& center, KDFilePoolDelegate* delegate);
 
  private:
-  friend class KDPoolSync;
+  class StateToMain;
+  friend class StateToMain;
   struct Parts;
+
+  void readPassword();
+  void tookPassword(const Result<std::optional<std::string>>& found);
+  void startState();
+  void stopState();
+  void activationEnded(std::uint64_t generation, const Result<>& outcome, const Done& done);
+  void startTimers();
+  void stopTimers();
+  void scanSoon(double seconds);
+  void announcementNeededInMainThread();
+  void fullSyncNeededInMainThread();
+  void syncEnded(const ParticipantAddress& participant, const struct SyncEnd& end);
+  void folderMoved(const std::string& newPath);
+  void took(std::shared_ptr<const PoolSnapshot> snapshot);
+  void setPhase(PoolPhase phase);
+  void warn(const std::string& text);
+  template <class Value>
+  void onStateLane(std::function<Result<Value>(KDPoolState&)> job,
+                   std::function<void(Result<Value>)> done);
 
   std::string folderPath_;
   std::string userId_;

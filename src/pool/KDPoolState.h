@@ -1,0 +1,179 @@
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "log/KDEntryStore.h"
+#include "log/KDLogFile.h"
+#include "platform/FileSystem.h"
+#include "pool/KDDiskRecord.h"
+#include "pool/KDVersionTree.h"
+#include "pool/LogGuard.h"
+#include "pool/Pace.h"
+#include "pool/PoolSnapshot.h"
+#include "pool/PoolStateListener.h"
+#include "pool/PoolSyncSteps.h"
+
+namespace zolvar {
+
+struct Platform;
+
+/// Everything that a pool knows about its files: logs, version tree, selections, to-do list,
+/// conflicts, disk record, the open question. Every operation is a job on the pool's state lane,
+/// which is serial, so there is no lock; what others may see is published as an immutable snapshot
+/// at the end of each job. A detached state (the pool was left) finishes what runs and changes
+/// nothing any more. Disk failures become warnings and the pool's trouble text.
+///
+/// The sources are divided by concern: KDPoolState.cpp (life, logs, publishing), KDPoolStateScan,
+/// KDPoolStateRemote, KDPoolStateTodo, KDPoolStateBranches, KDPoolStateSync.
+class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
+ public:
+  struct Settings {
+    std::string poolName;
+    std::string folderPath;
+    std::string userId;
+    Pace pace;
+  };
+  KDPoolState(Settings settings, Platform& platform, std::unique_ptr<PoolStateListener> listener);
+  ~KDPoolState() override;
+
+  void detach() { isDetached_ = true; }  ///< any thread
+
+  // Life.
+  Result<> startRecovering();
+  /// Opens folder, log and to-do list, reads all logs and scans for the first time.
+  Result<> activate();
+  /// Saves what is to be kept; the last job before detach.
+  void leave();
+
+  // A person's decisions; refusals are sentences.
+  Result<> selectBranch(const std::string& path, const VersionId& version);
+  Result<> deleteBranch(const std::string& path, const VersionId& version);
+  Result<> answerQuestion(std::uint64_t questionId, int code);
+  Result<> deleteMissing(const std::set<std::string>& paths);
+  [[nodiscard]] Result<std::string> treeDescription(const std::string& path) const;
+  /// Modification time of a version, for fetching it.
+  [[nodiscard]] Result<double> modTimeOf(const std::string& path, const VersionId& version) const;
+
+  // PoolSyncSteps
+  [[nodiscard]] bool isDetached() const override { return isDetached_; }
+  [[nodiscard]] bool isRecovering() const override { return isRecovering_; }
+  Result<std::string> accessibleFolderPath() override;
+  void checkFileSystemChanges() override;
+  Result<> prepareLogLoad() override;
+  void finishLogLoad(bool allLogsArrived) override;
+  std::map<std::string, std::uint64_t> logSizesOnDisk() override;
+  std::set<std::string> wantedFiles() override;
+  CopyPlan decideListing(const std::vector<ListingEntry>& listed,
+                         const ParticipantAddress& participant) override;
+  std::set<std::string> prepareCopy(const std::set<std::string>& files) override;
+  std::set<std::string> timeWarpedFilesFromSet(const std::set<std::string>& files) override;
+  void settleReplacedFiles(const std::vector<ReplacedFile>& replaced) override;
+  std::set<std::string> checkTodoFiles() override;
+  [[nodiscard]] std::set<std::string> todoFiles() const override;
+
+ private:
+  struct Scan;
+
+  // Life and logs (KDPoolState.cpp).
+  Result<> openFolder();
+  Result<> readEverything();
+  Result<> readAllLogs();
+  bool isAccessible();
+  Result<> reopenIfBack();
+  void noteInaccessible();
+  Result<> flush();
+  void publish();
+  void refreshLogState();
+  void logFileDidChange(KDLogFile& log) override;
+  [[nodiscard]] std::string ownLogPath() const;
+  LogReadSummary readLog(const std::string& name, std::uint64_t offset);
+  void warnOnce(const std::string& key, const std::string& text);
+
+  // Making and merging entries (KDPoolStateBranches.cpp).
+  void appendOwn(const KDEntryStore::Made& made);
+  bool mergeEntry(KDLogFileEntry* entry);
+  void logSelectionOfBranchEntry(KDLogFileEntry& entry);
+  void logDeletionOfBranchLeaf(KDLogFileEntry& leaf);
+  KDVersionTree::Selected selectedLeaf(KDPathRecord& path);
+  KDLogFileEntry* versionOnDisk(const KDPathRecord& path);
+  void setConflict(bool isConflict, KDPathRecord& path);
+  void repair(KDPathRecord& path);
+  Result<KDLogFileEntry*> requireVersion(const std::string& path, const VersionId& version) const;
+
+  // Scan (KDPoolStateScan.cpp).
+  void scan();
+  Folder::Visit visit(Scan& scan, std::string_view path, const FileAttributes& attributes);
+  void carryOut(Scan& scan, std::string_view path, KDPathRecord* record,
+                const FileAttributes& attributes);
+  KDLogFileEntry* logModification(Scan& scan, std::string_view path, FileAttributes attributes,
+                                  KDLogFileEntry* parent);
+  void settleVanished(Scan& scan);
+  void logFileSystemDeletionsAtPaths(const std::set<std::string>& paths);
+  void raiseQuestion();
+
+  // Remote entries and deletions (KDPoolStateRemote.cpp).
+  void applyRemoteLogEntries(std::vector<KDLogFileEntry*> entries);
+  void applyRemoteLogEntry(KDLogFileEntry& entry, std::set<std::string>& toLoad,
+                           std::set<std::string>& toDelete);
+  void deleteFiles(const std::set<std::string>& paths);
+  bool mayDelete(const KDPathRecord& path, const FileAttributes& attributes) const;
+  bool goesAsAWhole(const std::string& directory, const std::set<std::string>& paths);
+  void trashOne(const std::string& path);
+
+  // To-do list (KDPoolStateTodo.cpp).
+  void loadTodoFiles();
+  void saveTodoFiles();
+  void addTodoFiles(const std::set<std::string>& paths);
+  void removeTodoFiles(const std::set<std::string>& paths);
+
+  Settings settings_;
+  Platform& platform_;
+  std::unique_ptr<PoolStateListener> listener_;
+  std::atomic<bool> isDetached_{false};
+  bool isRecovering_ = false;
+  bool isActive_ = false;
+  bool isFirstRun_ = false;
+
+  std::unique_ptr<Folder> folder_;
+  std::unique_ptr<Folder> supportFolder_;
+  std::unique_ptr<KDEntryStore> store_;
+  std::unique_ptr<KDVersionTree> tree_;
+  std::unique_ptr<KDDiskRecord> record_;
+  std::unique_ptr<KDLogFile> localLog_;
+  std::unique_ptr<LogGuard> guard_;
+  double ownLastLogTime_ = 0;
+  std::map<std::string, std::uint64_t> mergedOffsets_;  ///< log name → end of its last merged line
+
+  std::set<std::string, std::less<>> todo_;
+  bool isTodoDirty_ = false;
+  std::optional<FileAttributes> todoFile_;  ///< todos.plist as it lay before a log load
+  std::set<std::string, std::less<>> inQuestion_;
+  std::uint64_t questionId_ = 0;
+  std::unordered_set<const KDPathRecord*> conflicts_;
+  std::map<std::string, std::set<std::string>> holders_;
+  std::set<std::string> copying_;  ///< what the copy run in progress may bring
+
+  std::uint32_t scanNumber_ = 0;
+  double lastScan_ = 0;
+  std::unordered_set<const KDPathRecord*> missingOnce_;  ///< absent in the last scan
+  std::set<std::string> warned_;
+  bool isInaccessible_ = false;
+  std::string trouble_;
+
+  PoolSnapshot published_;
+  bool areMissingStale_ = true;
+  bool areConflictsStale_ = true;
+  bool areHoldersStale_ = true;
+  bool isQuestionStale_ = true;
+};
+
+}  // namespace zolvar

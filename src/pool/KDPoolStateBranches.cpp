@@ -1,0 +1,203 @@
+// Making entries of our own, merging entries, and what a person decides about branches.
+
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "pool/KDPoolState.h"
+#include "pool/ScanDecision.h"
+#include "util/InconsistencyError.h"
+
+namespace zolvar {
+
+namespace {
+
+constexpr int ConflictLabel = 6;  ///< the desktop's label colour for files in conflict
+
+}  // namespace
+
+void KDPoolState::appendOwn(const KDEntryStore::Made& made) {
+  if (made.clockIsOff) {
+    listener_->warn(
+        "The computer's clock is off! A change was logged after one that lies in the future. "
+        "Please set the computer's clock to the current time.");
+  }
+  ownLastLogTime_ = made.entry->logTime();
+  localLog_->appendEntry(made.entry);
+  mergeEntry(made.entry);
+}
+
+bool KDPoolState::mergeEntry(KDLogFileEntry* entry) {
+  const KDVersionTree::Appended merged = tree_->append(entry);
+  KDPathRecord& path = entry->pathRecord();
+  if (merged.kind == KDVersionTree::Kind::Selection) {
+    if (path.activeLeafCount > 1) areConflictsStale_ = true;
+    return false;
+  }
+  if (merged.kind == KDVersionTree::Kind::Duplicate || merged.isFirstOfPath) return false;
+  if (merged.selectionLost && merged.activeAfter > 0) {
+    addTodoFiles({std::string(path.text)});  // another branch lives on: fetch it
+    if (!isFirstRun_) listener_->fullSyncNeeded();
+  }
+  if (merged.activeBefore != merged.activeAfter) {
+    setConflict(merged.activeAfter > 1, path);
+  } else if (merged.activeAfter > 1) {
+    areConflictsStale_ = true;
+  }
+  return merged.grew();
+}
+
+void KDPoolState::setConflict(bool isConflict, KDPathRecord& path) {
+  areConflictsStale_ = areConflictsStale_ || isConflict;
+  if (conflicts_.contains(&path) == isConflict) return;
+  areConflictsStale_ = true;
+  if (isConflict) {
+    conflicts_.insert(&path);
+    if (isActive_) listener_->conflictDidOccur(std::string(path.text));
+  } else {
+    tree_->deselectLogEntry(path, settings_.userId);
+    conflicts_.erase(&path);
+  }
+  if (path.disk) (void)folder_->setLabel(path.text, isConflict ? ConflictLabel : 0);
+}
+
+void KDPoolState::repair(KDPathRecord& path) {
+  if (tree_->repair(path)) setConflict(path.activeLeafCount > 1, path);
+}
+
+KDLogFileEntry* KDPoolState::versionOnDisk(const KDPathRecord& path) {
+  const auto attributes = folder_->attributes(path.text);
+  if (!attributes) return nullptr;
+  if (path.disk && path.disk->entry && path.disk->isUnchanged(*attributes)) return path.disk->entry;
+  return tree_->versionWithModTime(path, comparedTime(*attributes), settings_.userId);
+}
+
+KDVersionTree::Selected KDPoolState::selectedLeaf(KDPathRecord& path) {
+  const KDVersionTree::Selected selected = tree_->selectedLeaf(path);
+  if (selected.count <= 1) return selected;
+  // Several branches and none chosen: what lies on the disk is what the user works with.
+  tree_->deselectLogEntry(path, settings_.userId);
+  platform_.log.warning(
+      "Warning: No branch selected for user '{}' for file '{}'. Trying correction...",
+      settings_.userId, path.text);
+  KDLogFileEntry* leaf = tree_->leafForEntry(versionOnDisk(path));
+  if (!leaf || !leaf->exists()) {
+    platform_.log.warning("Warning: Correction files for '{}'", path.text);
+    return selected;
+  }
+  platform_.log.warning("Correction successful. Branch selected: {}", leaf->shortDescription());
+  logSelectionOfBranchEntry(*leaf);
+  return {1, leaf};
+}
+
+void KDPoolState::logSelectionOfBranchEntry(KDLogFileEntry& entry) {
+  require(entry.exists(), "[branchEntry exists]");
+  appendOwn(store_->branchSelectionEntryForUser(platform_.clock, platform_.log, ownLastLogTime_,
+                                                entry, settings_.userId));
+  const KDLogFileEntry* leaf = tree_->selectedLeaf(entry.pathRecord()).leaf;
+  if (!leaf || !entry.isParentOfEntry(leaf)) {
+    throw InconsistencyError("Existing entry not selected as tried.");
+  }
+}
+
+void KDPoolState::logDeletionOfBranchLeaf(KDLogFileEntry& leaf) {
+  if (!leaf.exists()) return;
+  appendOwn(store_->branchDeletionEntryForUser(platform_.clock, platform_.log, ownLastLogTime_,
+                                               leaf, settings_.userId));
+}
+
+Result<KDLogFileEntry*> KDPoolState::requireVersion(const std::string& path,
+                                                    const VersionId& version) const {
+  const KDPathRecord* record = tree_ ? store_->findPath(path) : nullptr;
+  if (!record || !record->newest) {
+    return fail(FailureKind::Absent, "find the file", path, "no log of this folder names it");
+  }
+  KDLogFileEntry* entry = tree_->version(*record, version);
+  if (!entry) {
+    return fail(FailureKind::Absent, "find the version " + version.text() + " of", path,
+                "the file has no such version");
+  }
+  return entry;
+}
+
+Result<> KDPoolState::selectBranch(const std::string& path, const VersionId& version) {
+  if (!isActive_)
+    return fail(FailureKind::Refused, "choose a version of", path, "the folder is not active");
+  if (const auto accessible = accessibleFolderPath(); !accessible)
+    return tl::unexpected(accessible.error());
+  const auto entry = requireVersion(path, version);
+  if (!entry) return tl::unexpected(entry.error());
+  KDLogFileEntry& leaf = **entry;
+  KDPathRecord& record = leaf.pathRecord();
+  if (leaf.childCount() > 0 || !leaf.exists()) {
+    return fail(FailureKind::Refused, "choose a version of", path,
+                "this version is not a current one: it was changed or deleted since");
+  }
+  if (&leaf == selectedLeaf(record).leaf) {
+    return fail(FailureKind::Refused, "choose a version of", path,
+                "this version is chosen already");
+  }
+  if (const auto attributes = folder_->attributes(path);
+      attributes && !(record.disk && record.disk->isUnchanged(*attributes))) {
+    return fail(FailureKind::Transient, "choose a version of", path,
+                "the file here was changed a moment ago; try again when that change is recorded");
+  }
+  const bool isHere = record.disk && record.disk->entry == &leaf;
+  // The choice is on disk before anything is taken away.
+  logSelectionOfBranchEntry(leaf);
+  if (!isHere) addTodoFiles({path});
+  if (const auto written = flush(); !written) return written;
+  if (!isHere) {
+    if (record.disk && record.disk->kind != FileKind::Directory) trashOne(path);
+    listener_->fullSyncNeeded();
+  }
+  (void)flush();
+  publish();
+  return {};
+}
+
+Result<> KDPoolState::deleteBranch(const std::string& path, const VersionId& version) {
+  if (!isActive_)
+    return fail(FailureKind::Refused, "delete a version of", path, "the folder is not active");
+  if (const auto accessible = accessibleFolderPath(); !accessible)
+    return tl::unexpected(accessible.error());
+  const auto entry = requireVersion(path, version);
+  if (!entry) return tl::unexpected(entry.error());
+  KDLogFileEntry& leaf = **entry;
+  KDPathRecord& record = leaf.pathRecord();
+  if (leaf.childCount() > 0 || !leaf.exists()) {
+    return fail(FailureKind::Refused, "delete a version of", path,
+                "this version is not a current one: it was changed or deleted since");
+  }
+  const auto attributes = folder_->attributes(path);
+  if (attributes && !(record.disk && record.disk->isUnchanged(*attributes))) {
+    return fail(FailureKind::Transient, "delete a version of", path,
+                "the file here was changed a moment ago; try again when that change is recorded");
+  }
+  const KDLogFileEntry* onDisk = attributes ? versionOnDisk(record) : nullptr;
+  const bool isOnDisk = onDisk && onDisk->isParentOfEntry(&leaf);
+  logDeletionOfBranchLeaf(leaf);
+  if (isOnDisk && record.activeLeafCount > 0) addTodoFiles({path});
+  if (const auto written = flush(); !written) return written;
+  if (isOnDisk) {
+    deleteFiles({path});
+    listener_->fullSyncNeeded();
+  }
+  (void)flush();
+  publish();
+  return {};
+}
+
+Result<std::string> KDPoolState::treeDescription(const std::string& path) const {
+  if (!tree_) return fail(FailureKind::Refused, "describe", path, "the folder is not active");
+  return tree_->treeDescription(path);
+}
+
+Result<double> KDPoolState::modTimeOf(const std::string& path, const VersionId& version) const {
+  const auto entry = requireVersion(path, version);
+  if (!entry) return tl::unexpected(entry.error());
+  if (!(*entry)->exists()) {
+    return fail(FailureKind::Absent, "fetch a version of", path, "this version is a deletion");
+  }
+  return (*entry)->modTime();
+}
+
+}  // namespace zolvar

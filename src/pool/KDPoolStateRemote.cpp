@@ -1,0 +1,158 @@
+// Entries that came from peers: merged, and turned into files to fetch and files to delete.
+
+#include <algorithm>
+
+#include "platform/Clock.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "pool/KDPoolState.h"
+#include "util/InconsistencyError.h"
+
+namespace zolvar {
+
+void KDPoolState::applyRemoteLogEntries(std::vector<KDLogFileEntry*> entries) {
+  if (entries.empty()) return;
+  std::stable_sort(entries.begin(), entries.end(), [](const auto* left, const auto* right) {
+    return left->logTime() < right->logTime();
+  });
+  std::set<std::string> toLoad;
+  std::set<std::string> toDelete;
+  std::set<KDPathRecord*> toRepair;
+  for (KDLogFileEntry* entry : entries) {
+    toRepair.insert(&entry->pathRecord());
+    try {
+      applyRemoteLogEntry(*entry, toLoad, toDelete);
+    } catch (const InconsistencyError& error) {  // costs its path only
+      platform_.log.error("An entry for '{}' could not be applied: {}", entry->path(),
+                          error.what());
+    }
+  }
+  for (KDPathRecord* path : toRepair) repair(*path);
+  // The choices made above are on disk before anything is deleted.
+  if (const auto written = flush(); !written) return;
+  // What lives on in another branch, or was created anew, is not deleted but fetched.
+  std::erase_if(toDelete, [this](const std::string& text) {
+    const KDPathRecord* path = store_->findPath(text);
+    return path && path->activeLeafCount > 0 && !path->disk;
+  });
+  if (!toDelete.empty()) {
+    listener_->willDeleteFiles(toDelete);
+    deleteFiles(toDelete);
+  }
+  addTodoFiles(toLoad);
+  checkTodoFiles();
+}
+
+void KDPoolState::applyRemoteLogEntry(KDLogFileEntry& entry, std::set<std::string>& toLoad,
+                                      std::set<std::string>& toDelete) {
+  KDPathRecord& path = entry.pathRecord();
+  KDLogFileEntry* current = path.newest ? selectedLeaf(path).leaf : nullptr;
+  const bool grew = mergeEntry(&entry);
+  if (entry.type() == KDLogFileEntry::KDBranchSelectionType) return;
+  if (current && grew) {
+    // Both sides go on working on what they have; a person decides.
+    logSelectionOfBranchEntry(*current);
+    return;
+  }
+  if (current && entry.parentEntry() != current) {
+    platform_.log.debug("Change in log entry {} ignored because it affects a foreign branch.",
+                        entry.shortDescription());
+    return;
+  }
+  std::string text(path.text);
+  if (entry.exists()) {
+    toDelete.erase(text);
+    toLoad.insert(std::move(text));
+  } else {
+    toLoad.erase(text);
+    toDelete.insert(std::move(text));
+  }
+}
+
+bool KDPoolState::mayDelete(const KDPathRecord& path, const FileAttributes& attributes) const {
+  const KDDiskState* disk = path.disk;
+  if (!disk || !disk->entry || !disk->isUnchanged(attributes)) return false;
+  for (const KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
+    if (!leaf->exists() && disk->entry->isParentOfEntry(leaf)) return true;
+  }
+  return false;
+}
+
+bool KDPoolState::goesAsAWhole(const std::string& directory, const std::set<std::string>& paths) {
+  bool isWhole = true;
+  folder_->walk(
+      directory,
+      [&](std::string_view path, const FileAttributes& attributes) {
+        const KDPathRecord* record = store_->findPath(path);
+        isWhole = record && paths.contains(std::string(path)) && mayDelete(*record, attributes);
+        return isWhole ? Folder::Visit::Enter : Folder::Visit::Stop;
+      },
+      [&](std::string_view, const Failure&) { isWhole = false; });
+  return isWhole;
+}
+
+void KDPoolState::trashOne(const std::string& path) {
+  if (const auto trashed = folder_->trash(path); !trashed) {
+    // The record stays, so the next scan tries again.
+    warnOnce("trash " + path, trashed.error().message());
+    return;
+  }
+  if (KDPathRecord* record = store_->findPath(path)) record_->forget(*record);
+}
+
+/// Only what the record says is the deleted version, or an older one of its line, goes to the
+/// Trash. Anything else stays, and the scan logs it anew. A directory goes as one item when all in
+/// it goes, else item by item, and stays when something is left in it.
+void KDPoolState::deleteFiles(const std::set<std::string>& paths) {
+  std::vector<std::string> directories;  // parents before children
+  std::string trashedWhole;              // the last directory that went as one item
+  const auto wentAlong = [&](const std::string& path) {
+    return !trashedWhole.empty() && path.size() > trashedWhole.size() &&
+           path.starts_with(trashedWhole) && path[trashedWhole.size()] == '/';
+  };
+  for (const std::string& path : paths) {
+    KDPathRecord* record = store_->findPath(path);
+    if (!record) continue;
+    if (wentAlong(path)) {
+      if (!folder_->attributes(path)) record_->forget(*record);
+      continue;
+    }
+    const auto attributes = folder_->attributes(path);
+    if (!attributes) {
+      if (attributes.error().kind == FailureKind::Absent) record_->forget(*record);
+      continue;
+    }
+    if (!mayDelete(*record, *attributes)) continue;
+    if (attributes->kind != FileKind::Directory) {
+      trashOne(path);
+    } else if (goesAsAWhole(path, paths)) {
+      trashOne(path);
+      trashedWhole = path;
+    } else {
+      directories.push_back(path);
+    }
+  }
+  for (auto directory = directories.rbegin(); directory != directories.rend(); ++directory) {
+    KDPathRecord* record = store_->findPath(*directory);
+    const auto content = folder_->list(*directory);
+    if (!content || !record) continue;
+    if (content->empty()) {
+      trashOne(*directory);
+    } else if (record->activeLeafCount == 0 && localLog_) {
+      // Something that nobody deleted lives in it: the directory is wanted again.
+      platform_.log.warning(
+          "Found File that ought to be deleted according to the logs. Logging a re-creation.");
+      KDEntryFields fields;
+      fields.path = record->text;
+      fields.modTime = wholeSeconds(platform_.clock.now());
+      fields.userId = settings_.userId;
+      const auto made = store_->make(platform_.clock, platform_.log, ownLastLogTime_, fields);
+      appendOwn(made);
+      if (const auto attributes = folder_->attributes(*directory)) {
+        record_->set(*record, KDDiskState::of(*attributes, made.entry));
+      }
+    }
+  }
+}
+
+}  // namespace zolvar

@@ -1,0 +1,338 @@
+// The scan: what changed on this disk since the last one, and what vanished.
+
+#include <algorithm>
+
+#include "platform/Clock.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "pool/KDPoolState.h"
+#include "pool/LinkTarget.h"
+#include "pool/ScanDecision.h"
+#include "util/PathRules.h"
+
+namespace zolvar {
+
+namespace {
+
+/// Places of the desktop and the file system at the top of a folder: never content.
+bool isForeignTopLevel(std::string_view path) {
+  return path.starts_with(".Trash") || path == "lost+found";
+}
+
+bool isBeneath(std::string_view path, std::string_view directory) {
+  return directory.empty() || (path.size() > directory.size() && path.starts_with(directory) &&
+                               path[directory.size()] == '/');
+}
+
+}  // namespace
+
+/// One scan in progress.
+struct KDPoolState::Scan {
+  std::uint32_t number = 0;
+  double now = 0;
+  std::vector<std::string> unseen;  ///< directories of which nothing may be called missing
+  std::set<std::string> toDelete;
+  std::set<std::string> toFetch;
+  std::vector<KDLogFileEntry*> toSelect;  ///< own versions that made a branch
+  std::set<std::string> reappeared;       ///< were in question
+};
+
+void KDPoolState::checkFileSystemChanges() {
+  if (isDetached_ || isRecovering_) return;
+  if (!isActive_ || !localLog_) {
+    platform_.log.debug("Skipped check for file system changes until local log has been loaded.");
+    return;
+  }
+  if (!isAccessible()) return;
+  scan();
+  publish();
+}
+
+void KDPoolState::scan() {
+  // Modification times have whole seconds: two scans are at least one apart.
+  if (wholeSeconds(platform_.clock.now()) - lastScan_ <= 1) {
+    platform_.clock.sleepUntil(platform_.clock.now() + 1);
+  }
+  Scan scan;
+  scan.number = ++scanNumber_;
+  scan.now = platform_.clock.now();
+  folder_->walk(
+      "",
+      [&](std::string_view path, const FileAttributes& attributes) {
+        return isDetached_ ? Folder::Visit::Stop : visit(scan, path, attributes);
+      },
+      [&](std::string_view directory, const Failure& failure) {
+        scan.unseen.emplace_back(directory);
+        warnOnce("unreadable " + std::string(directory), failure.message());
+      });
+  if (isDetached_) return;
+
+  if (!scan.reappeared.empty()) {
+    for (const std::string& path : scan.reappeared) inQuestion_.erase(path);
+    isQuestionStale_ = true;
+  }
+  // All at once: a choice waits until the clock has passed the time of the version it names.
+  for (KDLogFileEntry* entry : scan.toSelect) {
+    if (entry->childCount() == 0 && entry->pathRecord().activeLeafCount > 1) {
+      logSelectionOfBranchEntry(*entry);
+    }
+  }
+  (void)flush();
+  if (!scan.toDelete.empty()) {
+    for (const std::string& path : scan.toDelete) {
+      const KDPathRecord* record = store_->findPath(path);
+      if (record && record->activeLeafCount > 0) scan.toFetch.insert(path);  // another branch lives
+    }
+    deleteFiles(scan.toDelete);
+  }
+  if (!scan.toFetch.empty()) {
+    addTodoFiles(scan.toFetch);
+    listener_->fullSyncNeeded();
+  }
+  settleVanished(scan);
+  (void)flush();
+  isFirstRun_ = false;
+  lastScan_ = wholeSeconds(platform_.clock.now());
+}
+
+Folder::Visit KDPoolState::visit(Scan& scan, std::string_view path,
+                                 const FileAttributes& attributes) {
+  KDPathRecord* record = store_->findPath(path);
+  if (record) {
+    record->seenInScan = scan.number;
+    const KDDiskState* disk = record->disk;
+    // What nearly every file is: a current version, as it was.
+    if (disk && disk->entry && disk->inode != 0 && disk->isUnchanged(attributes) &&
+        disk->device == attributes.device && disk->entry->childCount() == 0 &&
+        disk->entry->exists() && inQuestion_.empty()) {
+      return Folder::Visit::Enter;
+    }
+  }
+  if (isMetadataPath(path) || isForeignTopLevel(path)) return Folder::Visit::Skip;
+  if (path.ends_with(".DS_Store")) return Folder::Visit::Enter;
+  if (!isSafeRelativePath(path)) {
+    if (path.find_first_of("\r\n") == std::string_view::npos) {
+      warnOnce("name " + std::string(path),
+               fmt::format("'{}' in {} is left out: its name or path cannot be shared.", path,
+                           settings_.folderPath));
+    }
+    return Folder::Visit::Skip;
+  }
+  if (attributes.kind == FileKind::Other) {
+    warnOnce("kind " + std::string(path),
+             fmt::format("'{}' in {} is left out: only files, folders and links are shared.", path,
+                         settings_.folderPath));
+    return Folder::Visit::Enter;
+  }
+  if (attributes.kind == FileKind::Link) {
+    const auto target = folder_->readLink(path);
+    if (!target) return Folder::Visit::Enter;
+    if (!isInnerLinkTarget(path, *target)) {
+      warnOnce("link " + std::string(path),
+               fmt::format("The link '{}' in {} is left out: it points outside the folder.", path,
+                           settings_.folderPath));
+      return Folder::Visit::Enter;
+    }
+  }
+  if (record && record->disk && attributes.kind == FileKind::Directory &&
+      record->disk->kind == FileKind::Directory && record->disk->device != 0 &&
+      record->disk->device != attributes.device) {
+    // A drive came or went here: what is missing beneath is not deleted.
+    scan.unseen.emplace_back(path);
+    warnOnce("device " + std::string(path),
+             fmt::format("'{}' in {} is on another drive than before; files missing beneath it are "
+                         "not taken for deleted.",
+                         path, settings_.folderPath));
+  }
+  carryOut(scan, path, record, attributes);
+  return Folder::Visit::Enter;
+}
+
+void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* record,
+                           const FileAttributes& attributes) {
+  ScanFacts facts;
+  facts.attributes = attributes;
+  facts.isTodo = !todo_.empty() && todo_.contains(path);
+  facts.isFirstRun = isFirstRun_;
+  facts.now = scan.now;
+  facts.freshFiles = settings_.pace.freshFiles;
+  if (isFirstRun_ && record && record->newest && record->activeLeafCount == 0) {
+    if (const auto parent = folder_->attributes(parentPath(path)))
+      facts.parentModTime = parent->modTime;
+  }
+  if (!inQuestion_.empty() && inQuestion_.contains(path)) scan.reappeared.emplace(path);
+
+  const ScanDecision decision =
+      decideScan(*tree_, record && record->newest ? record : nullptr, facts);
+  switch (decision.action) {
+    case ScanAction::TooFresh:
+      return;
+    case ScanAction::Nothing:
+      // After a restore or a move between drives inodes are learned anew.
+      if (record && record->disk && record->disk->entry && record->disk->inode == 0) {
+        record_->set(*record, KDDiskState::of(attributes, record->disk->entry));
+      }
+      return;
+    case ScanAction::Confirm:
+      record_->set(*record, KDDiskState::of(attributes, decision.version));
+      return;
+    case ScanAction::Reget:
+      platform_.log.warning(
+          "Warning: Existing version of file {} is not the current version! File system not "
+          "up-to-date. Activating re-get.",
+          path);
+      record_->set(*record, KDDiskState::of(attributes, decision.version));
+      scan.toFetch.emplace(path);
+      return;
+    case ScanAction::Delete:
+      platform_.log.warning("Will delete file as recorded in the logs here: {}",
+                            tree_->leafForEntry(decision.version)->shortDescription());
+      record_->set(*record, KDDiskState::of(attributes, decision.version));
+      scan.toDelete.emplace(path);
+      return;
+    case ScanAction::LogRecreation:
+      platform_.log.warning(
+          "Found File that ought to be deleted according to the logs. Logging a re-creation.");
+      logModification(scan, path, attributes, nullptr);
+      return;
+    case ScanAction::LogLaterTime: {
+      FileAttributes later = attributes;
+      ++later.modTime;
+      if (const auto set = folder_->setModTime(path, later.modTime); !set) {
+        warnOnce("time " + std::string(path), set.error().message());
+        return;
+      }
+      logModification(scan, path, later, decision.parent);
+      return;
+    }
+    case ScanAction::LogModification:
+      logModification(scan, path, attributes, decision.parent);
+      return;
+  }
+}
+
+KDLogFileEntry* KDPoolState::logModification(Scan& scan, std::string_view path,
+                                             FileAttributes attributes, KDLogFileEntry* parent) {
+  KDEntryFields fields;
+  fields.path = path;
+  fields.modTime = attributes.kind == FileKind::Directory ? wholeSeconds(platform_.clock.now())
+                                                          : comparedTime(attributes);
+  fields.userId = settings_.userId;
+  if (parent) {
+    fields.plogTime = parent->logTime();
+    fields.puserId = parent->userId();
+    if (fields.modTime == parent->modTime()) ++fields.modTime;  // a directory in a file's place
+  }
+  const KDEntryStore::Made made =
+      store_->make(platform_.clock, platform_.log, ownLastLogTime_, fields);
+  platform_.log.debug("logFileSystemModificationAtPath: {}", made.entry->description());
+  if (parent && !made.entry->parentEntry()) made.entry->setParentEntry(parent);
+  appendOwn(made);
+  KDPathRecord& record = made.entry->pathRecord();
+  record.seenInScan = scan.number;
+  record_->set(record, KDDiskState::of(attributes, made.entry));
+  if (record.activeLeafCount > 1 && tree_->selectedLeaf(record).leaf != made.entry) {
+    scan.toSelect.push_back(made.entry);
+  }
+  return made.entry;
+}
+
+void KDPoolState::settleVanished(Scan& scan) {
+  std::set<std::string> toFetch;
+  std::set<std::string> vanished;
+  std::unordered_set<const KDPathRecord*> missing;
+  store_->forEachPath([&](KDPathRecord& path) {
+    if (path.seenInScan == scan.number || path.activeLeafCount == 0) return;
+    if (!todo_.empty() && todo_.contains(path.text)) return;
+    if (!inQuestion_.empty() && inQuestion_.contains(path.text)) return;
+    for (const std::string& directory : scan.unseen) {
+      if (isBeneath(path.text, directory)) return;
+    }
+    if (isFirstRun_ || !path.disk) {
+      toFetch.emplace(path.text);  // never was here, or not while we looked: fetched, not deleted
+    } else if (missingOnce_.contains(&path)) {
+      vanished.emplace(path.text);
+    } else {
+      missing.insert(&path);
+    }
+  });
+  missingOnce_ = std::move(missing);
+  if (!toFetch.empty()) {
+    for (const std::string& path : toFetch) {
+      if (KDPathRecord* record = store_->findPath(path)) record_->forget(*record);
+    }
+    addTodoFiles(toFetch);
+    listener_->fullSyncNeeded();
+  }
+  if (!missingOnce_.empty()) listener_->scanWanted();
+  if (vanished.empty()) return;
+  inQuestion_.insert(vanished.begin(), vanished.end());
+  raiseQuestion();
+}
+
+void KDPoolState::raiseQuestion() {
+  ++questionId_;
+  isQuestionStale_ = true;
+  listener_->questionRaised(std::make_shared<const DeleteQuestion>(
+      DeleteQuestion{questionId_, {inQuestion_.begin(), inQuestion_.end()}}));
+}
+
+Result<> KDPoolState::answerQuestion(std::uint64_t questionId, int code) {
+  constexpr int Reget = 1000;  // the alert code of the first button; above it: the second
+  if (inQuestion_.empty() || questionId != questionId_) {
+    return fail(FailureKind::Refused, "answer the question about vanished files in",
+                settings_.poolName, "it was answered or replaced by another one");
+  }
+  if (code > Reget && !isAccessible()) {
+    return fail(FailureKind::Absent, "delete files in", settings_.folderPath,
+                "the folder is not accessible");
+  }
+  std::set<std::string> paths(inQuestion_.begin(), inQuestion_.end());
+  inQuestion_.clear();
+  isQuestionStale_ = true;
+  std::erase_if(paths,
+                [this](const std::string& path) { return folder_->attributes(path).has_value(); });
+  if (code == Reget) {
+    for (const std::string& path : paths) {
+      if (KDPathRecord* record = store_->findPath(path)) record_->forget(*record);
+    }
+    addTodoFiles(paths);
+    listener_->fullSyncNeeded();
+  } else if (code > Reget) {
+    logFileSystemDeletionsAtPaths(paths);
+  }
+  const auto written = flush();
+  publish();
+  return written;
+}
+
+Result<> KDPoolState::deleteMissing(const std::set<std::string>& paths) {
+  if (!isActive_ || !isAccessible()) {
+    return fail(FailureKind::Refused, "delete files in", settings_.poolName,
+                "the folder is not active");
+  }
+  for (const std::string& path : paths) {
+    if (!todo_.contains(path)) {
+      return fail(FailureKind::Refused, "delete", path, "it is not among the missing files");
+    }
+  }
+  logFileSystemDeletionsAtPaths(paths);
+  const auto written = flush();
+  publish();
+  return written;
+}
+
+void KDPoolState::logFileSystemDeletionsAtPaths(const std::set<std::string>& paths) {
+  removeTodoFiles(paths);
+  for (const std::string& path : paths) {
+    KDPathRecord* record = store_->findPath(path);
+    if (!record) continue;
+    if (KDLogFileEntry* leaf = selectedLeaf(*record).leaf) logDeletionOfBranchLeaf(*leaf);
+    if (!folder_->attributes(path)) record_->forget(*record);
+    const unsigned remaining = selectedLeaf(*record).count;
+    if (remaining > 0) addTodoFiles({path});  // another branch lives on: fetch it
+    setConflict(remaining > 1, *record);
+  }
+}
+
+}  // namespace zolvar

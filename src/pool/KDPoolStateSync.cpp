@@ -1,0 +1,205 @@
+// What a sync on the transfer lane asks of the state, step by step.
+
+#include <algorithm>
+#include <cstring>
+
+#include "log/LogReader.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "pool/KDPoolState.h"
+#include "pool/ScanDecision.h"
+#include "util/PathRules.h"
+
+namespace zolvar {
+
+namespace {
+
+constexpr std::string_view TodoFileName = ".Zolvar/todos.plist";
+
+/// Hands out the lines of a text as a log reader wants them.
+Folder::Reader readerOf(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  return [text = std::move(text), offset = std::size_t{0}](char* buffer, std::size_t size) mutable {
+    const std::size_t count = std::min(size, text.size() - offset);
+    std::memcpy(buffer, text.data() + offset, count);
+    offset += count;
+    return Result<std::size_t>(count);
+  };
+}
+
+}  // namespace
+
+Result<> KDPoolState::prepareLogLoad() {
+  if (localLog_) localLog_->close();
+  todoFile_.reset();
+  if (const auto before = folder_->attributes(TodoFileName)) todoFile_ = *before;
+  return guard_->setAside();
+}
+
+void KDPoolState::finishLogLoad(bool /*allLogsArrived*/) {
+  if (isDetached_) return;
+  GuardReport report = guard_->settle();
+  if (report.trouble) platform_.log.error("{}", report.trouble->message());
+  if (isActive_) {
+    const auto todoFile = folder_->attributes(TodoFileName);
+    if (todoFile && (!todoFile_ || todoFile->inode != todoFile_->inode)) {
+      isTodoDirty_ = true;  // the run brought the peer's list in place of ours
+    }
+    std::vector<KDLogFileEntry*> entries;
+    for (const GuardedLog& guarded : report.logs) {
+      const std::uint64_t offset = mergedOffsets_[guarded.name];
+      if (guarded.rewritten) {
+        const std::string userId =
+            guarded.name.substr(0, guarded.name.size() - LogFileExtension.size());
+        LogReader reader(*store_, userId, LogReader::Mode::Tolerant, platform_.log);
+        (void)reader.readAll(readerOf(guarded.linesNewToUs), 0);
+        const auto& read = reader.summary().entries;
+        entries.insert(entries.end(), read.begin(), read.end());
+        if (const auto now = folder_->attributes(joinPath(MetadataFolderName, guarded.name))) {
+          mergedOffsets_[guarded.name] = now->size;
+        }
+        continue;
+      }
+      const auto now = folder_->attributes(joinPath(MetadataFolderName, guarded.name));
+      if (!now || now->size <= offset) continue;
+      LogReadSummary summary = readLog(guarded.name, offset);
+      if (!summary.entries.empty()) {
+        platform_.log.debug("Loading {} changes to log file {}.", summary.entries.size(),
+                            guarded.name);
+      }
+      mergedOffsets_[guarded.name] = summary.endOffset;
+      entries.insert(entries.end(), summary.entries.begin(), summary.entries.end());
+    }
+    for (const KDLogFileEntry* entry : entries) {
+      if (entry->userId() == settings_.userId) {
+        ownLastLogTime_ = std::max(ownLastLogTime_, entry->logTime());
+      }
+    }
+    applyRemoteLogEntries(std::move(entries));
+    (void)flush();
+  }
+  refreshLogState();
+  if (std::any_of(report.logs.begin(), report.logs.end(),
+                  [](const GuardedLog& log) { return log.changed || log.rewritten; })) {
+    listener_->announcementNeeded();  // others may get these changes from us
+  }
+  publish();
+}
+
+std::map<std::string, std::uint64_t> KDPoolState::logSizesOnDisk() {
+  refreshLogState();
+  return published_.logSizes;
+}
+
+std::set<std::string> KDPoolState::wantedFiles() {
+  std::set<std::string> wanted(todo_.begin(), todo_.end());
+  for (const std::string& path : inQuestion_) wanted.erase(path);
+  return wanted;
+}
+
+CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
+                                    const ParticipantAddress& participant) {
+  CopyPlan plan;
+  if (isDetached_ || !isActive_) return plan;
+  const std::string userId = participant.userId();
+  for (auto& [path, users] : holders_) users.erase(userId);
+  for (const ListingEntry& entry : listed) {
+    if (!todo_.contains(entry.path)) continue;
+    const KDPathRecord* path = store_->findPath(entry.path);
+    const KDLogFileEntry* leaf = path ? tree_->selectedLeaf(*path).leaf : nullptr;
+    if (entry.kind != 'd') {
+      const KDLogFileEntry* remote = nullptr;
+      for (const std::int64_t time : entry.modTimes) {
+        const auto compared = static_cast<double>(std::max<std::int64_t>(time, 1));
+        if (path && !remote) remote = tree_->versionWithModTime(*path, compared, userId);
+      }
+      if (leaf && !(remote && remote->isParentOfEntry(leaf))) continue;
+      // Nothing older than what lies here already.
+      if (remote && path->disk && path->disk->entry && remote->isParentOfEntry(path->disk->entry)) {
+        continue;
+      }
+      plan.sizes[entry.path] = entry.size;
+    }
+    plan.files.insert(entry.path);
+    holders_[entry.path].insert(userId);
+  }
+  areHoldersStale_ = true;
+  publish();
+  return plan;
+}
+
+std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& files) {
+  std::set<std::string> ready;
+  if (isDetached_ || !isActive_ || !isAccessible()) return ready;
+  std::map<std::string, bool, std::less<>> realDirectories;
+  const auto isReal = [&](std::string_view directory) {
+    const auto known = realDirectories.find(directory);
+    if (known != realDirectories.end()) return known->second;
+    const auto attributes = folder_->attributes(directory);
+    const bool isReal = attributes ? attributes->kind == FileKind::Directory
+                                   : attributes.error().kind == FailureKind::Absent;
+    realDirectories.emplace(directory, isReal);
+    return isReal;
+  };
+  for (const std::string& text : files) {
+    bool isFree = true;
+    for (auto above = parentPath(text); isFree && !above.empty(); above = parentPath(above)) {
+      isFree = isReal(above);  // a link or a file in the way: the tool would write through it
+    }
+    const auto attributes = folder_->attributes(text);
+    const KDPathRecord* path = store_->findPath(text);
+    if (attributes && attributes->kind != FileKind::Directory) {
+      isFree = isFree && path && path->disk && path->disk->isUnchanged(*attributes);
+    } else if (!attributes && attributes.error().kind != FailureKind::Absent) {
+      isFree = false;
+    }
+    if (isFree) {
+      ready.insert(text);
+    } else {
+      platform_.log.warning("'{}' in {} changed here meanwhile; it is fetched after the next scan.",
+                            text, settings_.folderPath);
+    }
+  }
+  copying_ = ready;
+  return ready;
+}
+
+std::set<std::string> KDPoolState::timeWarpedFilesFromSet(const std::set<std::string>& files) {
+  std::set<std::string> warped;
+  for (const std::string& text : files) {
+    const KDPathRecord* path = store_->findPath(text);
+    const auto attributes = folder_->attributes(text);
+    if (!path || !attributes || attributes->kind == FileKind::Directory) continue;
+    if (tree_->isTimeWarped(*path, comparedTime(*attributes))) warped.insert(text);
+  }
+  return warped;
+}
+
+void KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced) {
+  if (isDetached_ || !isActive_) return;
+  for (const ReplacedFile& file : replaced) {
+    KDPathRecord* path = store_->findPath(file.path);
+    auto place = platform_.fileSystem.open(std::string(parentPath(file.savedPath)));
+    if (!path || !place) continue;
+    const auto saved = (*place)->attributes(lastPathComponent(file.savedPath));
+    if (!saved || saved->kind == FileKind::Directory) continue;
+    const KDDiskState* disk = path->disk;
+    // Moved aside by a rename, it is the very file that the record describes.
+    if (disk && disk->kind == saved->kind && disk->size == saved->size &&
+        disk->modTime == saved->modTime) {
+      continue;
+    }
+    if (tree_->versionWithModTime(*path, comparedTime(*saved), settings_.userId)) continue;
+    platform_.log.warning(
+        "'{}' in {} was edited while a newer version arrived; the edit stays and becomes a branch.",
+        file.path, settings_.folderPath);
+    if (const auto moved = folder_->moveIn(file.savedPath, file.path); !moved) {
+      platform_.log.error("{} It is kept at '{}'.", moved.error().message(), file.savedPath);
+      continue;
+    }
+    copying_.erase(file.path);
+  }
+}
+
+}  // namespace zolvar

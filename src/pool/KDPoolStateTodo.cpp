@@ -1,0 +1,125 @@
+// The to-do list: paths whose chosen version is not here yet.
+
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "pool/KDPoolState.h"
+#include "pool/ScanDecision.h"
+#include "util/PathRules.h"
+#include "util/PropertyList.h"
+
+namespace zolvar {
+
+namespace {
+
+constexpr std::string_view TodoFileName = ".Zolvar/todos.plist";
+constexpr std::uint64_t LargestTodoFile = 512U << 20U;  ///< bytes; a million long paths
+constexpr std::uint32_t TodoFileMode = 0644;
+constexpr int ConflictLabel = 6;
+
+}  // namespace
+
+void KDPoolState::loadTodoFiles() {
+  const auto bytes = folder_->read(TodoFileName, 0, LargestTodoFile);
+  if (!bytes) return;
+  const auto paths = stringsFromPropertyList(*bytes, {LargestTodoFile, 16});
+  if (!paths) {
+    platform_.log.warning("{}", paths.error().message());
+    return;
+  }
+  std::size_t refused = 0;
+  for (const std::string& path : *paths) {
+    if (isSafeRelativePath(path)) {
+      todo_.insert(path);
+    } else {
+      ++refused;
+    }
+  }
+  if (refused > 0) {
+    platform_.log.warning("Left out {} unsafe paths of the to-do list in {}.", refused,
+                          settings_.folderPath);
+  }
+  areMissingStale_ = true;
+}
+
+void KDPoolState::saveTodoFiles() {
+  const auto saved = folder_->replace(
+      TodoFileName, propertyListFromStrings({todo_.begin(), todo_.end()}), TodoFileMode);
+  if (!saved) {
+    platform_.log.error("ERROR while saving todo files: {}\n", saved.error().message());
+    return;  // stays dirty: the next flush tries again
+  }
+  isTodoDirty_ = false;
+}
+
+void KDPoolState::addTodoFiles(const std::set<std::string>& paths) {
+  const std::size_t before = todo_.size();
+  todo_.insert(paths.begin(), paths.end());
+  if (todo_.size() == before) return;
+  platform_.log.debug("Will try to load {} files from a peer.", todo_.size());
+  isTodoDirty_ = areMissingStale_ = true;
+}
+
+void KDPoolState::removeTodoFiles(const std::set<std::string>& paths) {
+  for (const std::string& path : paths) {
+    if (todo_.erase(path) == 0) continue;
+    holders_.erase(path);
+    isTodoDirty_ = areMissingStale_ = areHoldersStale_ = true;
+  }
+}
+
+std::set<std::string> KDPoolState::checkTodoFiles() {
+  if (isDetached_ || !isActive_) return {};
+  std::set<std::string> done;
+  const std::vector<std::string> paths(todo_.begin(), todo_.end());
+  for (const std::string& text : paths) {
+    KDPathRecord* path = store_->findPath(text);
+    const KDVersionTree::Selected selected =
+        path && path->newest ? selectedLeaf(*path) : KDVersionTree::Selected{};
+    if (selected.count == 0) {
+      platform_.log.warning(
+          "File {} on todo list is logged as deleted (or never existed). Removing it from todos.",
+          text);
+      done.insert(text);
+      continue;
+    }
+    const auto attributes = folder_->attributes(text);
+    if (!attributes) continue;
+    KDDiskState* disk = path->disk;
+    const bool isUnchanged = disk && disk->isUnchanged(*attributes);
+    KDLogFileEntry* found =
+        isUnchanged && disk->entry
+            ? disk->entry
+            : tree_->versionWithModTime(*path, comparedTime(*attributes), settings_.userId);
+    if (!found) {
+      // A copy run brought what its author has not logged yet: no edit of ours until it changes.
+      if (copying_.contains(text) && !isUnchanged) {
+        record_->set(*path, KDDiskState::of(*attributes, nullptr));
+      }
+      platform_.log.warning(
+          "Warning: File {} might have been modified during sync. May create a conflict.",
+          joinPath(settings_.folderPath, text));
+      continue;
+    }
+    if (found == selected.leaf) {
+      if (attributes->kind == FileKind::Directory || !isUnchanged || !disk->entry) {
+        record_->set(*path, KDDiskState::of(*attributes, found));
+      }
+      if (conflicts_.contains(path)) (void)folder_->setLabel(text, ConflictLabel);
+      done.insert(text);
+      continue;
+    }
+    // Another version: an older one of the same line may have come from a peer that lags behind.
+    if (!isUnchanged && copying_.contains(text)) {
+      record_->set(*path, KDDiskState::of(*attributes, found));
+    }
+  }
+  copying_.clear();
+  removeTodoFiles(done);
+  (void)flush();
+  publish();
+  return done;
+}
+
+std::set<std::string> KDPoolState::todoFiles() const { return {todo_.begin(), todo_.end()}; }
+
+}  // namespace zolvar

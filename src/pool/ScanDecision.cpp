@@ -1,0 +1,78 @@
+#include "pool/ScanDecision.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "pool/KDDiskRecord.h"
+#include "pool/KDVersionTree.h"
+
+namespace zolvar {
+
+namespace {
+
+/// The file is `existing`: is that still what ought to be here?
+ScanDecision decideKnown(const KDVersionTree& tree, KDLogFileEntry* existing, bool isRecorded,
+                         const ScanFacts& facts) {
+  KDLogFileEntry* leaf = tree.leafForEntry(existing);
+  if (!leaf->exists()) {
+    // Recorded as the version that was deleted: the deletion is still to be carried out, perhaps
+    // because the program ended before it was. Put back by someone since: there is no record.
+    if (isRecorded) return {ScanAction::Delete, existing};
+    if (facts.isTodo) return {ScanAction::Nothing};
+    if (facts.isFirstRun && leaf->logTime() >= static_cast<double>(facts.parentModTime)) {
+      return {ScanAction::Delete, existing};  // deleted by a peer while we were away
+    }
+    return {ScanAction::LogRecreation, existing};
+  }
+  if (leaf != existing && !facts.isTodo && facts.attributes.kind != FileKind::Directory) {
+    return {ScanAction::Reget, existing};
+  }
+  return {isRecorded ? ScanAction::Nothing : ScanAction::Confirm, existing};
+}
+
+}  // namespace
+
+double comparedTime(const FileAttributes& attributes) {
+  if (attributes.kind == FileKind::Directory) return 0;
+  return static_cast<double>(std::max<std::int64_t>(attributes.modTime, 1));
+}
+
+ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
+                        const ScanFacts& facts) {
+  const KDDiskState* record = path ? path->disk : nullptr;
+  const bool isUnchanged = record && record->isUnchanged(facts.attributes);
+  if (isUnchanged && record->entry) return decideKnown(tree, record->entry, true, facts);
+
+  const double time = comparedTime(facts.attributes);
+  const bool isFresh = time != 0 && std::abs(facts.now - time) < facts.freshFiles;
+  if (isFresh) return {ScanAction::TooFresh};
+  if (!path) return {ScanAction::LogModification};
+
+  KDLogFileEntry* existing = tree.versionWithModTime(*path, time, tree.localUserId());
+  if (!record) {
+    if (existing) return decideKnown(tree, existing, false, facts);
+    return {ScanAction::LogModification};
+  }
+  if (!record->entry) {
+    if (existing) return {ScanAction::Confirm, existing};
+    if (isUnchanged && facts.now - time <= UnknownCopyPatience) return {ScanAction::Nothing};
+    return {ScanAction::LogModification};
+  }
+  // Changed since the record. A wanted version that is here now was fetched.
+  if (existing && facts.isTodo && existing == tree.selectedLeaf(*path).leaf) {
+    return {ScanAction::Confirm, existing};
+  }
+  // An entry with its parent's time would be taken for a mere choice of the parent.
+  const bool isSameTime = time != 0 && time == record->entry->modTime();
+  const ScanDecision modified{isSameTime ? ScanAction::LogLaterTime : ScanAction::LogModification,
+                              nullptr, record->entry};
+  if (facts.attributes.kind != record->kind || isSameTime) return modified;
+  // A later version of the same line can only have come from a fetch; anything else that has a
+  // known time, an older version put back for example, is a person's work.
+  if (existing && existing != record->entry && record->entry->isParentOfEntry(existing)) {
+    return {ScanAction::Confirm, existing};
+  }
+  return modified;
+}
+
+}  // namespace zolvar

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+
+#include "log/KDEntryStore.h"
+#include "platform/FileSystem.h"
+
+namespace zolvar {
+
+class KDVersionTree;
+
+/// What the scan knows about one walked file besides the tree.
+struct ScanFacts {
+  FileAttributes attributes;
+  bool isTodo = false;      ///< on the to-do list
+  bool isFirstRun = false;  ///< the first scan since the activation
+  double now = 0;
+  double freshFiles = 10;          ///< seconds, see Pace
+  std::int64_t parentModTime = 0;  ///< time of the folder that holds the file
+};
+
+enum class ScanAction {
+  Nothing,
+  TooFresh,         ///< may still be written: a later scan looks again
+  Confirm,          ///< it is `version`: remember so
+  LogModification,  ///< a new version, child of `parent` (or none)
+  LogLaterTime,     ///< the same, but its time is a known version's: log and set the time + 1 s
+  LogRecreation,    ///< it was deleted according to the logs, and is wanted here
+  Delete,           ///< it is `version`, which a peer deleted: carry that out
+  Reget,            ///< it is `version`, which is not the current one any more: fetch
+};
+
+struct ScanDecision {
+  ScanAction action = ScanAction::Nothing;
+  KDLogFileEntry* version = nullptr;
+  KDLogFileEntry* parent = nullptr;
+};
+
+/// The time by which a file on disk is compared with versions: 0 for directories, else its own,
+/// at least 1 (0 means deleted).
+[[nodiscard]] double comparedTime(const FileAttributes& attributes);
+
+/// A file that a copy run left and whose version stays unknown counts as an edit of ours when it is
+/// older than this (seconds): by then the log of whoever wrote it would have come.
+inline constexpr double UnknownCopyPatience = 600;
+
+/// What a scan does with one file that exists. Pure. `path` is null for a path that no log names.
+///
+/// What is on disk is told by the disk record while it is unchanged, else by its time. A local
+/// change descends from the version that the record names, never from one that was not here;
+/// without a record it has no parent.
+[[nodiscard]] ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
+                                      const ScanFacts& facts);
+
+}  // namespace zolvar
