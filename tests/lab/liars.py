@@ -12,8 +12,9 @@ LIAR = "mallory@gamma.local"
 
 
 def string_hash(text):
+    """FNV-1a, as announcements hold it of the folder's name."""
     value = 2166136261
-    for byte in text.encode():
+    for byte in text:
         value = (value ^ byte) * 16777619 & 0xffffffff
     return f"{value:08x}"
 
@@ -59,7 +60,7 @@ class Liar:
         values = {"v": version, "fsn": fsn, "logcs": os.urandom(16), **others}
         records = "".join(f'<txt-record value-format="binary-hex">{key}={value.hex()}</txt-record>'
                           for key, value in values.items() if value is not None)
-        service = service or f"{LIAR}:{PORT}/{string_hash(fsn.decode(errors='replace'))}"
+        service = f"{service or f'{LIAR}:{PORT}'}/{string_hash(fsn)}"
         target = self.host.directory / "services" / f"{file}.service"
         temporary = self.host.directory / f"{file}.service"
         temporary.write_text(
@@ -80,10 +81,10 @@ def scenario_announcements(lab):
             b"%HOME%", b"global", b"..", b"a/b", b"c:d", b"[e]", b" f", b"g\x00h", b"\xff\xfe", b"",
             b"i\rj", b"k\x1b[2J"]
     for number, lie in enumerate(lies):
-        liar.announce(lie, f"lie{number}", f"mallory{number}@gamma.local:{PORT}/0000{number:04x}")
-    hosts = [f"mallory@evil.example.com:{PORT}/1", f"mallory@10.1.2.3:{PORT}/2",
-             "mallory@gamma.local:873/3", "mallory@gamma.local:99999999999/4", f"@gamma.local:{PORT}/5",
-             "nothing of the kind", f"--rsh=sh@gamma.local:{PORT}/6", f"m@-gamma.local:{PORT}/7"]
+        liar.announce(lie, f"lie{number}", f"mallory{number}@gamma.local:{PORT}")
+    hosts = [f"mallory@evil.example.com:{PORT}", f"mallory@10.1.2.3:{PORT}", "mallory@gamma.local:873",
+             "mallory@gamma.local:99999999999", f"@gamma.local:{PORT}", "nothing of the kind",
+             f"m@gamma.local -e sh:{PORT}", f"mallory@gamma.local:{PORT}/0"]
     for number, service in enumerate(hosts):
         liar.announce(b"Outside%d" % number, f"host{number}", service)
     liar.announce(b"Older", "older", version=None)
@@ -241,7 +242,7 @@ def scenario_impostor(lab):
     module = liar.module("Mine")
     here, there = share_with_liar(lab, "Mine")
     shutil.copytree(here.root, module, dirs_exist_ok=True, symlinks=True)
-    liar.announce(b"Mine", service=f"{here.host.user_id}:{PORT + 1}/{string_hash('Mine')}")
+    liar.announce(b"Mine", service=f"{here.host.user_id}:{PORT + 1}")
     always(lambda: here.read("hers") == "ann's" and here.host.zolvard.running(), 12,
            "the impostor changed something")
     liar.close()
