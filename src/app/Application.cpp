@@ -1,0 +1,359 @@
+#include "app/Application.h"
+
+#include "app/DiscoveryReactions.h"
+#include "app/PoolPlaces.h"
+#include "app/PoolRestorer.h"
+#include "app/TodoRetries.h"
+#include "app/TransferToolCheck.h"
+#include "net/KDBonjour.h"
+#include "net/KDParticipants.h"
+#include "platform/FileSystem.h"
+#include "platform/Lanes.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "util/PathRules.h"
+
+namespace zolvar {
+namespace {
+
+constexpr const char* SyncFolderDirectory = "Public/Zolvar";
+constexpr const char* LockFileName = "zolvar.lock";
+constexpr double HousekeepingSeconds = 60;
+// What the question about vanished files is answered with.
+constexpr int ReGet = 1000;
+constexpr int DeleteEverywhere = 1001;
+
+Pace paceFromDefaults(const UserDefaults& defaults) {
+  return defaults.string("Pace").value_or("") == "quick" ? Pace::quick() : Pace::normal();
+}
+
+}  // namespace
+
+Result<std::unique_ptr<Application>> Application::make(Settings settings, Platform& platform) {
+  std::unique_ptr<Application> application(new Application(std::move(settings), platform));
+  if (auto prepared = application->prepare(); !prepared) {
+    return tl::unexpected(prepared.error());
+  }
+  return application;
+}
+
+Application::Application(Settings settings, Platform& platform)
+    : settings_(std::move(settings)),
+      platform_(platform),
+      pace_(settings_.pace ? *settings_.pace : paceFromDefaults(platform.defaults)) {}
+
+Application::~Application() {
+  *alive_ = false;
+  platform_.runLoop.cancel(housekeeping_);
+  discovery_.reset();
+  restorer_.reset();
+  peer_.reset();  // its pools may still ask the scheduler while they go
+}
+
+Result<> Application::prepare() {
+  const auto support = platform_.fileSystem.supportFolder();
+  if (!support) return tl::unexpected(support.error());
+  auto lock = platform_.fileSystem.lock(joinPath(*support, LockFileName));
+  if (!lock) return tl::unexpected(lock.error());
+  lock_ = std::move(*lock);
+
+  const std::string directory = joinPath(platform_.fileSystem.homeFolder(), SyncFolderDirectory);
+  if (settings_.userId.empty()) settings_.userId = KDFilePool::localUserId(platform_);
+  places_ = std::make_unique<PoolPlaces>(platform_.defaults, platform_.fileSystem, directory);
+  participants_ = std::make_unique<KDParticipants>(settings_.userId, platform_.log);
+  bonjour_ = std::make_unique<KDBonjour>(platform_, center_);
+
+  KDPeer::Settings peerSettings;
+  peerSettings.port = settings_.port;
+  peerSettings.basePath = directory;
+  peerSettings.userId = settings_.userId;
+  peerSettings.delegate = this;
+  peerSettings.addressPoolClass = settings_.addressPoolClass;
+  auto peer = KDPeer::make(std::move(peerSettings), platform_, center_, *bonjour_);
+  if (!peer) return tl::unexpected(peer.error());
+  peer_ = std::move(*peer);
+
+  scheduler_ = std::make_unique<SyncScheduler>(platform_, center_, pace_, *this, observers_);
+  retries_ = std::make_unique<TodoRetries>(platform_.runLoop, [this](const std::string& name) {
+    if (auto* waiting = presence(name)) scheduler_->syncWithAllParticipantsInPool(*waiting);
+  });
+  restorer_ = std::make_unique<PoolRestorer>(
+      platform_, *places_, *peer_, pace_,
+      [this](KDFilePool& pool, bool hasLog) { restoredPool(pool, hasLog); });
+  discovery_ = std::make_unique<DiscoveryReactions>(platform_, center_, pace_, *peer_,
+                                                    *participants_, *scheduler_, observers_);
+  checks_ = platform_.lanes.start("checks");
+  observeNotifications();
+  return {};
+}
+
+void Application::observeNotifications() {
+  const auto keep = [this](NotificationCenter::Observation observation) {
+    observations_.push_back(std::move(observation));
+  };
+  keep(center_.observe<KDSyncDidDeleteFilesNotification>([this](const auto& deleted) {
+    observers_.tell(
+        [&](auto& observer) { observer.filesWereDeleted(*deleted.pool, deleted.KDDeletedFiles); });
+  }));
+  keep(center_.observe<KDConflictDidOccurNotification>([this](const auto& conflict) {
+    observers_.tell([&](auto& observer) {
+      observer.conflictDidOccur(*conflict.pool, conflict.ConflictingFile);
+    });
+  }));
+  keep(center_.observe<KDPoolDidChangeNotification>([this](const auto& changed) {
+    noteMissingFiles(*changed.pool);
+    observers_.tell([&](auto& observer) { observer.poolDidChange(*changed.pool); });
+  }));
+  keep(center_.observe<KDSyncDidEndNotification>([this](const auto& ended) {
+    if (!ended.KDLoadedFiles.empty()) retries_->noteProgress(ended.pool->name());
+  }));
+  keep(center_.observe<KDPoolWarning>([this](const auto& warning) {
+    const std::string name = warning.pool != nullptr ? warning.pool->name() : std::string();
+    observers_.tell([&](auto& observer) { observer.warning(name, warning.text); });
+  }));
+  keep(center_.observe<KDOwnIdElsewhere>([this](const auto& elsewhere) {
+    // The subscription stays: once the other machine has its own name, a start takes it up again.
+    if (elsewhere.pool != nullptr) leave(*elsewhere.pool);
+  }));
+  keep(center_.observe<KDServerDidChangeNotification>([this](const auto& changed) {
+    observers_.tell(
+        [&](auto& observer) { observer.serverDidChange(changed.running, changed.trouble); });
+  }));
+}
+
+void Application::observeDefaults() {
+  defaultsObservations_.push_back(platform_.defaults.observe(
+      "BWLimitOut", [this] { center_.post(KDPoolDidChangeCriticalData{nullptr}); }));
+}
+
+bool Application::autoSyncingEnabled() const {
+  return platform_.defaults.boolean("AutosyncingEnabled");
+}
+
+// Start-up and shut-down.
+
+void Application::start() {
+  scheduler_->start();
+  housekeeping_ = platform_.runLoop.every(HousekeepingSeconds, [this] { lookAfterThings(); });
+  bonjour_->startNetServiceBrowser();
+  isRestoring_ = true;
+  peer_->stopServer([this, alive = alive_](Result<> stopped) {
+    if (!*alive || isShuttingDown_) return;
+    if (!stopped) platform_.log.error("Server still running at startup. {}",
+                                      stopped.error().message());
+    restorePools();
+  });
+  checkTransferTool();
+  observeDefaults();
+  platform_.defaults.setString("KnownVersion", settings_.version);
+}
+
+void Application::restorePools() {
+  poolsToGo_ = 1;  // the restoring itself
+  restorer_->restore([this] {
+    observers_.tell([](auto& observer) { observer.poolListDidChange(); });
+    poolIsThrough();
+  });
+}
+
+void Application::restoredPool(KDFilePool& pool, bool hasLog) {
+  if (isShuttingDown_) return;
+  if (isRestoring_) ++poolsToGo_;
+  const auto through = [this, alive = alive_, counts = isRestoring_,
+                        name = pool.name()](const Result<>& activated) {
+    if (!*alive) return;
+    if (!activated) {
+      observers_.tell(
+          [&](auto& observer) { observer.warning(name, activated.error().message()); });
+    }
+    if (counts) poolIsThrough();
+  };
+  if (hasLog) {
+    activate(pool, through);
+  } else {
+    recover(pool, through);
+  }
+}
+
+void Application::poolIsThrough() {
+  if (--poolsToGo_ > 0) return;
+  isRestoring_ = false;
+  if (!isShuttingDown_) startServer();
+}
+
+void Application::startServer() {
+  peer_->startServer([this, alive = alive_](const Result<>& started) {
+    if (!*alive) return;
+    isStarted_ = true;
+    if (!started) {
+      platform_.log.error("{}", started.error().message());
+    } else if (peer_->isServerRunning()) {
+      peer_->reannounceAllPools();
+    }
+  });
+}
+
+void Application::checkTransferTool() {
+  checks_->post([this, alive = alive_, &platform = platform_] {
+    const auto problem = transferToolProblem(platform);
+    if (!problem) return;
+    platform.runLoop.post([this, alive, problem = *problem] {
+      if (!*alive) return;
+      platform_.log.warning("{}", problem);
+      observers_.tell([&](auto& observer) { observer.warning("", problem); });
+    });
+  });
+}
+
+void Application::lookAfterThings() {
+  if (isRestoring_ || isShuttingDown_) return;
+  restorer_->retryMissing();
+}
+
+void Application::shutDown(std::function<void()> done) {
+  isShuttingDown_ = true;
+  scheduler_->stop();
+  platform_.runLoop.cancel(housekeeping_);
+  if (const auto& syncing = scheduler_->syncingParticipant()) {
+    if (auto* running = presence(syncing->poolName())) running->pool().terminateTask();
+  }
+  peer_->stopServer([done = std::move(done)](const Result<>&) { done(); });
+}
+
+// Activation.
+
+void Application::setFilePool(KDFilePool& pool, bool active, Done done) {
+  if (!done) done = [](const Result<>&) {};
+  const PoolPhase phase = pool.phase();
+  if (!active) {
+    if (phase != PoolPhase::Inactive && phase != PoolPhase::Leaving) leave(pool);
+    places_->setSubscribed(pool.name(), false);
+    restorer_->forget(pool.name());
+    done({});
+    return;
+  }
+  if (phase == PoolPhase::Active || phase == PoolPhase::Activating) return done({});
+  if (!pool.hasFullFolderPath()) {
+    pool.setFolderPath(places_->trackedPathForPoolName(pool.name()));
+  }
+  restorer_->forget(pool.name());
+  if (pool.hasLocalLog()) {
+    activate(pool, std::move(done));
+  } else {
+    recover(pool, done);
+  }
+}
+
+void Application::activate(KDFilePool& pool, Done done) {
+  pool.activate([this, alive = alive_, done = std::move(done), name = pool.name()](
+                    const Result<>& activated) {
+    if (!*alive) return;
+    const auto activePool = peer_->poolNamed(name);
+    if (activated && activePool && activePool->isActive()) {
+      places_->setPath(name, activePool->folderPath());
+      places_->setSubscribed(name, true);
+      queueAllParticipants(*activePool);
+    }
+    noteListChanged();
+    done(activated);
+  });
+}
+
+void Application::recover(KDFilePool& pool, const Done& done) {
+  platform_.log.warning(
+      "Warning: Local log file not present! Trying to recover local log file from network.");
+  auto* known = peer_->presence(pool);
+  if (known == nullptr || known->countOfParticipants() == 0) {
+    platform_.log.warning(
+        "Unable to activate pool. Needs at least one participant to recover local log from "
+        "network.");
+  }
+  const auto recovering =
+      pool.phase() == PoolPhase::Recovering ? Result<>() : pool.recover();
+  if (recovering) queueAllParticipants(pool);
+  noteListChanged();
+  done(recovering);
+}
+
+void Application::completeActivation(KDFilePool& pool) {
+  // Everything that others know of this machine has arrived; without any of it, the log starts here.
+  if (const auto started = pool.startLocalLog(); !started) {
+    observers_.tell(
+        [&](auto& observer) { observer.warning(pool.name(), started.error().message()); });
+    return;
+  }
+  activate(pool, [this, alive = alive_, name = pool.name()](const Result<>& activated) {
+    if (!*alive || activated) return;
+    observers_.tell([&](auto& observer) { observer.warning(name, activated.error().message()); });
+  });
+}
+
+void Application::leave(KDFilePool& pool) {
+  scheduler_->forgetPool(pool.name());
+  retries_->forget(pool.name());
+  pool.deactivate();
+  noteListChanged();
+}
+
+void Application::removePool(KDFilePool& pool, Done done) {
+  const std::string name = pool.name();
+  setFilePool(pool, false);
+  peer_->removePool(pool, [this, alive = alive_, name, done = std::move(done)](
+                              const Result<>& removed) {
+    if (!*alive) return;
+    if (removed) places_->forget(name);
+    noteListChanged();
+    done(removed);
+  });
+}
+
+void Application::noteListChanged() {
+  observers_.tell([](auto& observer) { observer.poolListDidChange(); });
+}
+
+void Application::queueAllParticipants(KDFilePool& pool) {
+  if (auto* known = peer_->presence(pool)) scheduler_->syncWithAllParticipantsInPool(*known);
+}
+
+void Application::noteMissingFiles(KDFilePool& pool) {
+  retries_->note(pool.name(), pool.isActive() && !pool.snapshot()->missing->empty());
+}
+
+// What pools ask.
+
+void Application::poolPathsNotAccessible(KDFilePool& pool) {
+  platform_.log.warning("Synced Folder '{}' is not accessible to Zolvar. Please check the path '{}'.",
+                        pool.name(), pool.folderPath());
+  observers_.tell([&](auto& observer) { observer.poolPathsNotAccessible(pool); });
+}
+
+void Application::shouldDeleteFiles(KDFilePool& pool, const DeleteQuestion& question) {
+  if (!settings_.asksPeople) {
+    const std::string answer = platform_.defaults.string("HeadlessDeleteAnswer").value_or("ask");
+    if (answer == "reget" || answer == "delete") {
+      platform_.log.warning("{} vanished files in '{}' are answered with \"{}\".",
+                            question.paths.size(), pool.name(), answer);
+      pool.answerQuestion(question.id, answer == "reget" ? ReGet : DeleteEverywhere,
+                          [](const Result<>&) {});
+      return;
+    }
+  }
+  observers_.tell([&](auto& observer) { observer.questionDidArise(pool, question); });
+}
+
+bool Application::isSyncing(const ParticipantAddress& participant) {
+  return scheduler_->isSyncing(participant);
+}
+
+void Application::poolDidMove(KDFilePool& pool) {
+  places_->setPath(pool.name(), pool.folderPath());
+  observers_.tell([&](auto& observer) { observer.poolDidChange(pool); });
+}
+
+KDPoolPresence* Application::presence(const std::string& poolName) {
+  return peer_->presence(poolName);
+}
+
+unsigned Application::clientBandwidthLimit() { return peer_->clientBandwidthLimit(); }
+
+}  // namespace zolvar

@@ -1,0 +1,130 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/ObserverList.h"
+#include "app/SyncScheduler.h"
+#include "net/KDPeer.h"
+#include "platform/UserDefaults.h"
+#include "pool/KDFilePool.h"
+
+namespace zolvar {
+
+class DiscoveryReactions;
+class FileLock;
+class KDBonjour;
+class KDParticipants;
+class PoolPlaces;
+class PoolRestorer;
+class TodoRetries;
+
+/// The running program's spine: owns the peer, the participants, the sync queue and the reactions to
+/// discovery, brings the pools of the last run back, and tells its observers what happens. One a
+/// user, held by a lock file. Nothing here waits: outcomes come through `done` callbacks and
+/// observers. The platform outlives it. Main thread.
+class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
+ public:
+  struct Settings {
+    std::string version;              ///< of the program
+    bool asksPeople = false;          ///< a window asks about vanished files; else a setting answers
+    std::optional<Pace> pace;         ///< none: as the default "Pace" says
+    KDPeer::PoolClass addressPoolClass;  ///< may be empty
+    unsigned port = 49999;
+    std::string userId;               ///< empty: this machine's
+  };
+  using Done = std::function<void(Result<>)>;
+
+  /// Takes the lock and makes the peer. Fails: Refused (another Zolvar runs for this user),
+  /// Transient (a folder of ours cannot be made).
+  static Result<std::unique_ptr<Application>> make(Settings settings, Platform& platform);
+  ~Application() override;
+
+  /// Browses, ends a left-over daemon, restores the pools, starts the daemon once they are through.
+  void start();
+  /// Ends the running transfer and the daemon; `done` when both are gone. Nothing starts any more.
+  void shutDown(std::function<void()> done);
+  /// Restored pools are through and the daemon was started.
+  [[nodiscard]] bool isStarted() const { return isStarted_; }
+
+  void addObserver(ApplicationObserver& observer) { observers_.add(observer); }
+  void removeObserver(ApplicationObserver& observer) { observers_.remove(observer); }
+
+  [[nodiscard]] KDPeer& peer() { return *peer_; }
+  [[nodiscard]] SyncScheduler& scheduler() { return *scheduler_; }
+  [[nodiscard]] PoolPlaces& places() { return *places_; }
+  [[nodiscard]] NotificationCenter& center() { return center_; }
+  [[nodiscard]] Platform& platform() { return platform_; }
+  [[nodiscard]] const Settings& settings() const { return settings_; }
+  [[nodiscard]] const Pace& pace() const { return pace_; }
+  [[nodiscard]] bool autoSyncingEnabled() const;
+
+  /// Activates (from the network, where our own log is missing) or deactivates a pool and remembers
+  /// it. `done` is told when the pool is active, waits for its own log, or is left.
+  void setFilePool(KDFilePool& pool, bool active, Done done = {});
+  /// Leaves the pool if need be, puts its folder with all data into the Trash and forgets its place.
+  void removePool(KDFilePool& pool, Done done);
+  /// Pools came or went, or one moved, by a front end's doing.
+  void noteListChanged();
+
+ private:
+  Application(Settings settings, Platform& platform);
+  Result<> prepare();
+  void observeNotifications();
+  void observeDefaults();
+
+  // Start-up.
+  void restorePools();
+  void restoredPool(KDFilePool& pool, bool hasLog);
+  void poolIsThrough();
+  void startServer();
+  void checkTransferTool();
+  void lookAfterThings();
+
+  // Activation.
+  void leave(KDFilePool& pool);
+  void recover(KDFilePool& pool, const Done& done);
+  void activate(KDFilePool& pool, Done done);
+  void queueAllParticipants(KDFilePool& pool);
+  void noteMissingFiles(KDFilePool& pool);
+
+  // What pools ask.
+  void poolPathsNotAccessible(KDFilePool& pool) override;
+  void shouldDeleteFiles(KDFilePool& pool, const DeleteQuestion& question) override;
+  bool isSyncing(const ParticipantAddress& participant) override;
+  void poolDidMove(KDFilePool& pool) override;
+
+  // What the scheduler asks.
+  KDPoolPresence* presence(const std::string& poolName) override;
+  unsigned clientBandwidthLimit() override;
+  void completeActivation(KDFilePool& pool) override;
+
+  Settings settings_;
+  Platform& platform_;
+  Pace pace_;
+  NotificationCenter center_;
+  ObserverList observers_;
+  std::unique_ptr<FileLock> lock_;
+  std::unique_ptr<PoolPlaces> places_;
+  std::unique_ptr<KDParticipants> participants_;
+  std::unique_ptr<KDBonjour> bonjour_;
+  std::unique_ptr<KDPeer> peer_;
+  std::unique_ptr<SyncScheduler> scheduler_;
+  std::unique_ptr<TodoRetries> retries_;
+  std::unique_ptr<PoolRestorer> restorer_;
+  std::unique_ptr<DiscoveryReactions> discovery_;
+  std::vector<NotificationCenter::Observation> observations_;
+  std::vector<std::unique_ptr<UserDefaults::Observation>> defaultsObservations_;
+  std::shared_ptr<Lane> checks_;
+  RunLoop::Id housekeeping_ = 0;
+  unsigned poolsToGo_ = 0;   ///< restored pools whose activation is not through
+  bool isRestoring_ = false;
+  bool isStarted_ = false;
+  bool isShuttingDown_ = false;
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  ///< tasks that outlive us look at it
+};
+
+}  // namespace zolvar

@@ -1,0 +1,150 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "pool/ParticipantAddress.h"
+#include "pool/PoolSnapshot.h"
+#include "util/Failure.h"
+
+namespace zolvar {
+
+class Application;
+class KDFilePool;
+class KDPoolPresence;
+class SyncWait;
+enum class PasswordState;
+
+struct PoolInfo {
+  std::string name;
+  std::string folder;  ///< empty while it has no place on this machine
+  PoolPhase phase = PoolPhase::Inactive;
+  bool isAnnounced = false;  ///< by us or by others
+  std::size_t participants = 0;  ///< others
+  std::size_t missing = 0;
+  std::size_t conflicts = 0;
+  bool passwordRequired = false;
+  bool isSyncing = false;
+  std::string trouble;  ///< one sentence while something keeps it from working
+};
+
+struct ParticipantInfo {
+  ParticipantAddress address;
+  bool isLocal = false;
+  bool isIgnored = false;
+  double lastSync = 0;  ///< seconds since 1970; 0: never
+  bool passwordRequired = false;
+};
+
+struct MissingFile {
+  std::string path;
+  std::vector<std::string> holders;  ///< user ids that were seen to have it
+};
+
+struct OpenQuestion {
+  std::string poolName;
+  DeleteQuestion question;
+};
+
+struct SyncInProgress {
+  std::string poolName;
+  std::string participant;  ///< user id
+  std::optional<TransferProgress> progress;
+};
+
+struct ProgramStatus {
+  std::string userId;
+  std::string version;
+  std::optional<unsigned> port;  ///< none while the daemon does not run
+  bool isStarted = false;        ///< the pools of the last run are back
+  std::optional<SyncInProgress> sync;
+};
+
+/// How a sync with everyone went.
+struct SyncOutcome {
+  struct Problem {
+    std::string participant;
+    std::string error;
+  };
+  std::vector<std::string> synced;  ///< user ids
+  std::vector<Problem> failed;
+  std::size_t missing = 0;
+};
+
+/// Everything that a person can do, for every front end: checks what is asked for, and does it with
+/// the application. A refusal is a Failure whose `reason` is the whole sentence (see refusalText).
+/// Folders are full paths. Outcomes that take time come through `done`. Main thread.
+class Operations {
+ public:
+  using Done = std::function<void(Result<>)>;
+
+  explicit Operations(Application& application);
+  ~Operations();
+
+  // Folders.
+  void share(const std::string& folder, const std::optional<std::string>& password, Done done);
+  /// Without a folder: where it lay before, or in the sync folder directory. A folder of another
+  /// name is the parent in which one of the pool's name is made.
+  void subscribe(const std::string& name, const std::string& folder,
+                 const std::optional<std::string>& password, Done done);
+  Result<> unsubscribe(const std::string& name);
+  void remove(const std::string& name, Done done);
+  void setPassword(const std::string& name, const std::string& password, Done done);
+
+  // What is there.
+  [[nodiscard]] std::vector<PoolInfo> list() const;
+  [[nodiscard]] PoolInfo info(const KDPoolPresence& presence) const;
+  [[nodiscard]] Result<std::vector<ParticipantInfo>> participants(const std::string& name) const;
+  [[nodiscard]] Result<std::vector<MissingFile>> missing(const std::string& name) const;
+  [[nodiscard]] Result<std::vector<Conflict>> conflicts(const std::string& name) const;
+  void tree(const std::string& name, const std::string& path,
+            std::function<void(Result<std::string>)> done);
+  [[nodiscard]] std::vector<OpenQuestion> questions() const;
+  [[nodiscard]] ProgramStatus status() const;
+
+  // Versions.
+  void useVersion(const std::string& name, const std::string& path, const std::string& id,
+                  Done done);
+  void dropVersion(const std::string& name, const std::string& path, const std::string& id,
+                   Done done);
+  void fetchVersion(const std::string& name, const std::string& path, const std::string& id,
+                    const std::string& to, Done done);
+  /// `deletes`: on the whole network; else the files are fetched again.
+  void answer(const std::string& name, bool deletes, Done done);
+
+  // Syncs.
+  Result<> sync(const std::optional<std::string>& name);
+  /// Syncs with all participants of the pool; `progressed` is called while files come, `done` when
+  /// everybody was tried.
+  Result<> syncAndWait(const std::string& name,
+                       std::function<void(const TransferProgress&)> progressed,
+                       std::function<void(Result<SyncOutcome>)> done);
+
+  // Settings.
+  [[nodiscard]] std::optional<std::string> setting(const std::string& key) const;
+  /// An empty value removes the setting.
+  Result<> set(const std::string& key, const std::string& value);
+
+ private:
+  [[nodiscard]] Result<KDPoolPresence*> known(const std::string& name) const;
+  [[nodiscard]] Result<KDFilePool*> subscribed(const std::string& name) const;
+  void place(KDFilePool& pool, const std::optional<std::string>& password, Done done);
+  void onVersion(const std::string& name, const std::string& path, const std::string& id,
+                 const Done& done,
+                 const std::function<void(KDFilePool&, const VersionId&)>& act);
+
+  Application& application_;
+  std::set<std::unique_ptr<SyncWait>> waits_;
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  ///< later tasks hold it weakly
+};
+
+/// A refusal by a rule; `sentence` is all there is to say.
+tl::unexpected<Failure> refusal(std::string sentence);
+/// What to tell a person: a refusal's own sentence, else the failure's message.
+std::string refusalText(const Failure& failure);
+
+}  // namespace zolvar

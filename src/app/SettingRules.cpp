@@ -1,0 +1,57 @@
+#include "app/SettingRules.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+namespace zolvar {
+namespace {
+
+constexpr std::string_view OwnKeys[] = {"QMPool-", "QMPoolIdentity-", "HasPassword-",
+                                        "activePools", "KnownVersion"};
+
+struct Choice {
+  std::string_view key;
+  std::vector<std::string_view> values;
+};
+
+const std::vector<Choice>& choices() {
+  static const std::vector<Choice> known = {
+      {"Pace", {"normal", "quick"}},
+      {"HeadlessDeleteAnswer", {"ask", "reget", "delete"}},
+  };
+  return known;
+}
+
+constexpr std::string_view Numbers[] = {"BWLimitIn", "BWLimitOut", "VersionsDays",
+                                        "VersionsMegabytes"};
+
+}  // namespace
+
+std::optional<std::string> settingProblem(const std::string& key, const std::string& value) {
+  const bool isPlain = !key.empty() && std::none_of(key.begin(), key.end(), [](char character) {
+    return static_cast<unsigned char>(character) < 0x20 || character == '/';
+  });
+  if (!isPlain) return "A setting's name is not empty and has no '/' and no control character.";
+  for (const auto own : OwnKeys) {
+    if (key.starts_with(own)) return fmt::format("Zolvar keeps the setting '{}' itself.", key);
+  }
+  if (value.empty()) return std::nullopt;
+  for (const auto& choice : choices()) {
+    if (key != choice.key) continue;
+    if (std::find(choice.values.begin(), choice.values.end(), value) != choice.values.end()) break;
+    return fmt::format("The setting '{}' is one of: {}.", key, fmt::join(choice.values, ", "));
+  }
+  if (std::find(std::begin(Numbers), std::end(Numbers), key) != std::end(Numbers)) {
+    const bool isNumber = value.size() <= 9 && std::all_of(value.begin(), value.end(), [](char c) {
+      return c >= '0' && c <= '9';
+    });
+    if (!isNumber) return fmt::format("The setting '{}' is a whole number.", key);
+  }
+  return std::nullopt;
+}
+
+}  // namespace zolvar
