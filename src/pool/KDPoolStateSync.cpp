@@ -16,11 +16,15 @@ namespace {
 
 constexpr std::string_view TodoFileName = ".Zolvar/todos.plist";
 
-/// Hands out the lines of a text as a log reader wants them.
-Folder::Reader readerOf(const std::vector<std::string>& lines) {
+std::string joined(const std::vector<std::string>& lines) {
   std::string text;
   for (const std::string& line : lines) text += line + "\n";
-  return [text = std::move(text), offset = std::size_t{0}](char* buffer, std::size_t size) mutable {
+  return text;
+}
+
+/// Hands out a text as a log reader wants it.
+Folder::Reader readerOf(const std::string& text) {
+  return [&text, offset = std::size_t{0}](char* buffer, std::size_t size) mutable {
     const std::size_t count = std::min(size, text.size() - offset);
     std::memcpy(buffer, text.data() + offset, count);
     offset += count;
@@ -53,7 +57,8 @@ void KDPoolState::finishLogLoad(bool /*allLogsArrived*/) {
         const std::string userId =
             guarded.name.substr(0, guarded.name.size() - LogFileExtension.size());
         LogReader reader(*store_, userId, LogReader::Mode::Tolerant, platform_.log);
-        (void)reader.readAll(readerOf(guarded.linesNewToUs), 0);
+        const std::string text = joined(guarded.linesNewToUs);
+        (void)reader.readAll(readerOf(text), 0, text.size());
         const auto& read = reader.summary().entries;
         entries.insert(entries.end(), read.begin(), read.end());
         if (const auto now = folder_->attributes(joinPath(MetadataFolderName, guarded.name))) {
