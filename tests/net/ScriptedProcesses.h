@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/ProcessLauncher.h"
-#include "support/SimulatedFileSystem.h"
+#include "support/SimulatedPlatform.h"
 
 namespace zolvar {
 
@@ -88,6 +88,14 @@ class ScriptedProcesses : public ProcessLauncher {
 
   SimulatedFileSystem& files_;
   int nextPid_ = 4711;
+};
+
+/// A simulated host whose processes are scripted.
+struct ScriptedHost : SimulatedPlatform {
+  using SimulatedPlatform::SimulatedPlatform;
+  ScriptedProcesses processes{files};
+  Platform platform{clock, random,  loop,     lanes,     files,        processes, services,
+                    hosts, secrets, defaults, workspace, networkWatch, log};
 };
 
 }  // namespace zolvar

@@ -5,7 +5,6 @@
 #include "net/ScriptedProcesses.h"
 #include "net/ServerControl.h"
 #include "platform/Lanes.h"
-#include "support/SimulatedPlatform.h"
 
 namespace zolvar {
 namespace {
@@ -26,11 +25,9 @@ class DaemonTest : public testing::Test {
   }
   bool exists(const std::string& path) const { return host.files.exists(path); }
 
-  SimulatedPlatform host;
-  ScriptedProcesses processes{host.files};
-  Platform platform{host.clock,    host.random,    host.loop,  host.lanes,   host.files,
-                    processes,     host.services,  host.hosts, host.secrets, host.defaults,
-                    host.workspace, host.networkWatch, host.log};
+  ScriptedHost host;
+  Platform& platform = host.platform;
+  ScriptedProcesses& processes = host.processes;
   const std::string support = *host.files.supportFolder();
   std::shared_ptr<TransferDaemon> daemon =
       std::make_shared<TransferDaemon>(platform, support, "/home/user/Public/Zolvar");
