@@ -1,6 +1,7 @@
 #include "app/Application.h"
 
 #include "app/DiscoveryReactions.h"
+#include "app/Operations.h"
 #include "app/PoolPlaces.h"
 #include "app/PoolRestorer.h"
 #include "app/TodoRetries.h"
@@ -54,6 +55,9 @@ Result<> Application::prepare() {
   const auto support = platform_.fileSystem.supportFolder();
   if (!support) return tl::unexpected(support.error());
   auto lock = platform_.fileSystem.lock(joinPath(*support, LockFileName));
+  if (!lock && lock.error().kind == FailureKind::Refused) {
+    return refusal("Zolvar is running already for this user.");
+  }
   if (!lock) return tl::unexpected(lock.error());
   lock_ = std::move(*lock);
 

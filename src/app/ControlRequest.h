@@ -18,7 +18,7 @@ enum class ControlCommand {
 };
 
 /// One request of the control protocol, checked: the command is known, its required fields are
-/// there, every field is known and of its type. A value; docs/file-formats.md has the grammar.
+/// there, every field is known and of its type. A value; docs/control-protocol.md has the grammar.
 class ControlRequest {
  public:
   /// Reads one line. Fails (Refused) with one sentence.

@@ -98,7 +98,11 @@ void addFolderCommands(Builder& builder, Values& values) {
 void addListings(Builder& builder, Values& values) {
   builder.listing("list", "All folders, shared here or announced by others");
   builder.nameOf(builder.listing("participants", "Who takes part in a folder", builder.named()));
-  builder.nameOf(builder.listing("missing", "Files that are still to be fetched", builder.named()));
+  builder.nameOf(builder.listing("missing", "Files that are still to be fetched",
+                                 [&](auto& request) {
+                                   request["name"] = values.name;
+                                   if (!values.json) request["holders"] = true;
+                                 }));
   builder.nameOf(
       builder.listing("conflicts", "Files with more than one version", builder.named()));
   auto* tree = builder.listing("tree", "All versions of one file", [&](auto& request) {

@@ -101,10 +101,19 @@ std::string participantsText(const json& participants) {
   return participants.empty() ? "Nobody takes part now.\n" : table.text();
 }
 
-std::string missingText(const json& paths) {
+std::string joined(const json& names) {
   std::string text;
-  for (const auto& path : paths) text += cell(path) + '\n';
+  for (const auto& name : names) text += (text.empty() ? "" : ", ") + cell(name);
   return text;
+}
+
+std::string missingText(const json& files) {
+  if (files.empty()) return {};
+  Table table({"FILE", "SEEN AT"});
+  for (const auto& file : files) {
+    table.add({cell(file.at("path")), joined(file.at("holders"))});
+  }
+  return table.text();
 }
 
 std::string conflictsText(const json& conflicts) {
@@ -113,10 +122,9 @@ std::string conflictsText(const json& conflicts) {
     text += cell(conflict.at("path")) + '\n';
     Table table({"ID", "FILE TIME", "LOGGED", "HERE", "CHOSEN BY"});
     for (const auto& version : conflict.at("versions")) {
-      std::string by;
-      for (const auto& user : version.at("selectedBy")) by += (by.empty() ? "" : ", ") + cell(user);
       table.add({cell(version.at("id")), timeCell(version.at("modTime")),
-                 timeCell(version.at("logTime")), yes(version.at("local")), by});
+                 timeCell(version.at("logTime")), yes(version.at("local")),
+                 joined(version.at("selectedBy"))});
     }
     text += table.text("  ");
   }
