@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <type_traits>
+#include <utility>
 
+#include "log/MappedBytes.h"
 #include "platform/Clock.h"
 #include "platform/Log.h"
 #include "util/InconsistencyError.h"
@@ -19,35 +20,6 @@ static_assert(std::is_trivially_destructible_v<KDPathRecord>);
 
 namespace {
 
-/// Memory in chunks that never move. A chunk's pages cost nothing before they are written, so that
-/// a small store stays small.
-class ChunkedBytes {
- public:
-  explicit ChunkedBytes(std::size_t chunkSize) : chunkSize_(chunkSize) {}
-
-  char* take(std::size_t size) {
-    if (size > left_) grow(size);
-    char* const taken = next_;
-    next_ += size;
-    left_ -= size;
-    return taken;
-  }
-  [[nodiscard]] char* chunk(std::size_t index) const { return chunks_[index].get(); }
-
- private:
-  void grow(std::size_t size) {
-    const std::size_t chunkSize = std::max(size, chunkSize_);
-    chunks_.push_back(std::make_unique_for_overwrite<char[]>(chunkSize));
-    next_ = chunks_.back().get();
-    left_ = chunkSize;
-  }
-
-  std::size_t chunkSize_;
-  std::vector<std::unique_ptr<char[]>> chunks_;
-  char* next_ = nullptr;
-  std::size_t left_ = 0;
-};
-
 /// Mixes eight bytes at a time; every bit of the result depends on every bit of the text.
 std::uint32_t mixedHash(std::string_view text, std::uint64_t seed) {
   constexpr std::uint64_t Factor = 0x9E3779B97F4A7C15U;
@@ -55,44 +27,60 @@ std::uint32_t mixedHash(std::string_view text, std::uint64_t seed) {
     const auto product = static_cast<unsigned __int128>(a) * b;
     return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64U);
   };
+  const auto word = [](const char* bytes) {
+    std::uint64_t eight = 0;
+    std::memcpy(&eight, bytes, sizeof eight);
+    return eight;
+  };
   std::uint64_t hash = seed ^ (text.size() * Factor);
-  const char* bytes = text.data();
-  std::size_t left = text.size();
-  for (; left >= 8; left -= 8, bytes += 8) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes, 8);
-    hash = mix(hash ^ word, Factor);
+  if (text.size() >= 8) {
+    const char* const last = text.data() + text.size() - 8;
+    for (const char* next = text.data(); next < last; next += 8) {
+      hash = mix(hash ^ word(next), Factor);
+    }
+    hash = mix(hash ^ word(last), Factor ^ seed);  // may overlap the word before it
+  } else {
+    std::uint64_t few = 0;
+    for (const char character : text) few = few << 8U | static_cast<unsigned char>(character);
+    hash = mix(hash ^ few, Factor ^ seed);
   }
-  std::uint64_t tail = 0;
-  std::memcpy(&tail, bytes, left);
-  hash = mix(hash ^ tail, Factor ^ seed);
   return static_cast<std::uint32_t>(hash ^ (hash >> 32U));
 }
 
 }  // namespace
 
 struct KDEntryStore::Storage {
-  static constexpr std::size_t RecordsAChunk = 8192;
-  static constexpr std::size_t EntriesAChunk = 8192;
-  static constexpr std::size_t TextChunk = 512U << 10U;
-  static constexpr std::size_t FirstSlots = 64;
+  static constexpr std::size_t RecordsAChunk = ChunkedBytes::ChunkSize / sizeof(KDPathRecord);
+  static constexpr unsigned FirstSlotBits = 8;
 
   /// A place of the path table: which path, and its hash, so that probing and growing need not
   /// touch the records.
   struct Slot {
-    std::uint32_t hash = 0;
-    std::uint32_t number = 0;  ///< number of the path + 1; 0 for a free place
+    std::uint32_t hash;
+    std::uint32_t number;  ///< number of the path + 1; 0 for a free place
   };
 
-  ChunkedBytes entries{EntriesAChunk * sizeof(KDLogFileEntry)};
-  ChunkedBytes records{RecordsAChunk * sizeof(KDPathRecord)};
-  ChunkedBytes texts{TextChunk};
-  std::vector<Slot> slots = std::vector<Slot>(FirstSlots);  ///< a power of two, at most 4/5 full
+  ChunkedBytes entries;
+  ChunkedBytes records;
+  ChunkedBytes texts;
+  MappedBytes table = makeTable(FirstSlotBits);  ///< 2^slotBits slots, at most 4/5 full
+  unsigned slotBits = FirstSlotBits;
   std::size_t pathCount = 0;
   /// Differs from run to run, so that no log can be written to make all paths collide.
   std::uint64_t seed = reinterpret_cast<std::uintptr_t>(this) * 0xD6E8FEB86659FD93U;
   const std::string* lastUser = &internedUserId({});
   const std::string* lastParentUser = lastUser;
+
+  static MappedBytes makeTable(unsigned bits) {
+    const std::size_t size = sizeof(Slot) << bits;
+    return {size, size >= MappedBytes::HugePage ? MappedBytes::Pages::Huge
+                                                : MappedBytes::Pages::Ordinary};
+  }
+  [[nodiscard]] Slot* slots() const { return reinterpret_cast<Slot*>(table.data()); }
+  [[nodiscard]] std::size_t slotCount() const { return std::size_t{1} << slotBits; }
+  /// The hash's first bits: growing the table keeps the order, so that both tables are walked
+  /// from front to back.
+  [[nodiscard]] std::size_t home(std::uint32_t hash) const { return hash >> (32 - slotBits); }
 
   [[nodiscard]] KDPathRecord& record(std::size_t number) const {
     char* const chunk = records.chunk(number / RecordsAChunk);
@@ -100,51 +88,57 @@ struct KDEntryStore::Storage {
         chunk + (number % RecordsAChunk) * sizeof(KDPathRecord)));
   }
 
-  /// Index of the slot that holds the path, or of the free one where it belongs.
-  [[nodiscard]] std::size_t find(std::string_view text, std::uint32_t hash) const {
-    const std::size_t mask = slots.size() - 1;
-    std::size_t index = hash & mask;
-    while (slots[index].number != 0) {
-      if (slots[index].hash == hash && record(slots[index].number - 1).text == text) break;
+  /// The slot that holds the path, or the free one where it belongs.
+  [[nodiscard]] Slot& find(std::string_view text, std::uint32_t hash) const {
+    const std::size_t mask = slotCount() - 1;
+    Slot* const all = slots();
+    std::size_t index = home(hash);
+    while (all[index].number != 0) {
+      if (all[index].hash == hash && record(all[index].number - 1).text == text) break;
       index = (index + 1) & mask;
     }
-    return index;
+    return all[index];
   }
 
   void growTable() {
-    std::vector<Slot> old(slots.size() * 2);
-    old.swap(slots);
-    const std::size_t mask = slots.size() - 1;
-    for (const Slot& slot : old) {
-      if (slot.number == 0) continue;
-      std::size_t index = slot.hash & mask;
-      while (slots[index].number != 0) index = (index + 1) & mask;
-      slots[index] = slot;
+    constexpr unsigned MoreBits = 2;  // four times as large
+    require(slotBits + MoreBits <= 32, "path count < 2^32");
+    const std::size_t oldCount = slotCount();
+    const MappedBytes old = std::exchange(table, makeTable(slotBits + MoreBits));
+    slotBits += MoreBits;
+    const std::size_t mask = slotCount() - 1;
+    const Slot* const from = reinterpret_cast<const Slot*>(old.data());
+    for (const Slot* slot = from; slot != from + oldCount; ++slot) {
+      if (slot->number == 0) continue;
+      std::size_t index = home(slot->hash);
+      while (slots()[index].number != 0) index = (index + 1) & mask;
+      slots()[index] = *slot;
     }
   }
 
-  KDPathRecord& path(std::string_view text) {
-    const std::uint32_t hash = mixedHash(text, seed);
-    std::size_t index = find(text, hash);
-    if (slots[index].number != 0) return record(slots[index].number - 1);
+  [[nodiscard]] std::uint32_t hashOf(std::string_view text) const { return mixedHash(text, seed); }
 
-    require(pathCount < std::numeric_limits<std::uint32_t>::max(), "path count < 2^32 - 1");
-    if ((pathCount + 1) * 5 > slots.size() * 4) {
+  KDPathRecord& path(std::string_view text, std::uint32_t hash) {
+    Slot* found = &find(text, hash);
+    if (found->number != 0) return record(found->number - 1);
+
+    require(text.size() <= ChunkedBytes::ChunkSize, "path length <= 2 MiB");
+    if ((pathCount + 1) * 5 > slotCount() * 4) {
       growTable();
-      index = find(text, hash);
+      found = &find(text, hash);
     }
     char* const bytes = texts.take(text.size());
     std::memcpy(bytes, text.data(), text.size());
     auto* const added = new (records.take(sizeof(KDPathRecord))) KDPathRecord;
     added->text = {bytes, text.size()};
     added->hash = hash;
-    slots[index] = {hash, static_cast<std::uint32_t>(++pathCount)};
+    *found = {hash, static_cast<std::uint32_t>(++pathCount)};
     return *added;
   }
 
   /// Logs come user by user: the lock around all ids is taken once a user, not once an entry.
   static const std::string& interned(std::string_view userId, const std::string*& last) {
-    if (*last != userId) last = &internedUserId(userId);
+    if (last->data() != userId.data() && *last != userId) last = &internedUserId(userId);
     return *last;
   }
 };
@@ -152,12 +146,19 @@ struct KDEntryStore::Storage {
 KDEntryStore::KDEntryStore() : storage_(std::make_unique<Storage>()) {}
 KDEntryStore::~KDEntryStore() = default;
 
-KDPathRecord& KDEntryStore::path(std::string_view text) { return storage_->path(text); }
+KDPathRecord& KDEntryStore::path(std::string_view text) { 
+  return storage_->path(text, storage_->hashOf(text));
+}
 
 KDPathRecord* KDEntryStore::findPath(std::string_view text) const {
-  const std::size_t index = storage_->find(text, mixedHash(text, storage_->seed));
-  const std::uint32_t number = storage_->slots[index].number;
+  const std::uint32_t number = storage_->find(text, storage_->hashOf(text)).number;
   return number == 0 ? nullptr : &storage_->record(number - 1);
+}
+
+KDEntryStore::PathHint KDEntryStore::expectPath(std::string_view text) const {
+  const std::uint32_t hash = storage_->hashOf(text);
+  __builtin_prefetch(storage_->slots() + storage_->home(hash), 1);
+  return {hash};
 }
 
 std::size_t KDEntryStore::pathCount() const { return storage_->pathCount; }
@@ -169,8 +170,12 @@ void KDEntryStore::forEachPath(const std::function<void(KDPathRecord&)>& visit) 
 }
 
 KDLogFileEntry* KDEntryStore::add(const KDEntryFields& fields) {
+  return add(fields, {storage_->hashOf(fields.path)});
+}
+
+KDLogFileEntry* KDEntryStore::add(const KDEntryFields& fields, PathHint hint) {
   require(fields.logTime > fields.plogTime, "aLogTime > aPLogTime");
-  KDPathRecord& path = storage_->path(fields.path);
+  KDPathRecord& path = storage_->path(fields.path, hint.hash);
   auto* const entry =
       new (storage_->entries.take(sizeof(KDLogFileEntry))) KDLogFileEntry;
   entry->logTime_ = fields.logTime;

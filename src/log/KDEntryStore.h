@@ -62,6 +62,14 @@ class KDEntryStore {
   /// ("aLogTime > aPLogTime").
   KDLogFileEntry* add(const KDEntryFields& fields);
 
+  /// Where a path will be looked for; good for this store and this text only.
+  struct PathHint {
+    std::uint32_t hash;
+  };
+  /// Begins to fetch the path's place in the table from memory, for an `add` a moment later.
+  [[nodiscard]] PathHint expectPath(std::string_view text) const;
+  KDLogFileEntry* add(const KDEntryFields& fields, PathHint hint);
+
   /// Makes an entry of our own, with logTime from the clock in whole seconds, never below
   /// `notBefore` (our own last entry). A parent that lies in the future is waited for, up to
   /// LongestFutureWait seconds; beyond that the entry takes the parent's time + 1 and

@@ -103,12 +103,19 @@ void KDLogFile::keepTimeGrowing(std::int64_t before) {
   }
 }
 
+Result<> KDLogFile::readInto(LogReader& reader, std::uint64_t offset) {
+  const auto attributes = folder_.attributes(path_);
+  if (!attributes) return tl::unexpected(attributes.error());
+  const auto bytes = folder_.open(path_, offset);
+  if (!bytes) return tl::unexpected(bytes.error());
+  return reader.readAll(*bytes, offset, attributes->size);
+}
+
 std::vector<KDLogFileEntry*> KDLogFile::entriesFromOffset(std::uint64_t offset,
                                                           KDEntryStore& store) {
   if (!isOpen_ && !open()) return {};
   LogReader reader(store, userId_, LogReader::Mode::Strict, log_);
-  const auto bytes = folder_.open(path_, offset);
-  const auto read = bytes ? reader.readAll(*bytes, offset) : tl::unexpected(bytes.error());
+  const auto read = readInto(reader, offset);
   if (!read) log_.warning("{}", read.error().message());
   if (reader.refusedPaths() > 0) {
     log_.warning("Warning: Left out {} entries of '{}' with unusable paths.",
@@ -118,10 +125,8 @@ std::vector<KDLogFileEntry*> KDLogFile::entriesFromOffset(std::uint64_t offset,
 }
 
 Result<LogReadSummary> KDLogFile::readTolerantly(std::uint64_t offset, KDEntryStore& store) {
-  const auto bytes = folder_.open(path_, offset);
-  if (!bytes) return tl::unexpected(bytes.error());
   LogReader reader(store, userId_, LogReader::Mode::Tolerant, log_);
-  if (const auto read = reader.readAll(*bytes, offset); !read) return tl::unexpected(read.error());
+  if (const auto read = readInto(reader, offset); !read) return tl::unexpected(read.error());
   return std::move(reader.summary());
 }
 

@@ -14,6 +14,7 @@ namespace zolvar {
 class Folder;
 class KDLogFile;
 class Log;
+class LogReader;
 
 class KDLogFileDelegate {
  public:
@@ -64,6 +65,7 @@ class KDLogFile {
   [[nodiscard]] std::string description() const;
 
  private:
+  Result<> readInto(LogReader& reader, std::uint64_t offset);
   Result<std::string> missingLineFeed(std::uint64_t size);
   void keepTimeGrowing(std::int64_t before);
 

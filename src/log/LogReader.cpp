@@ -2,9 +2,12 @@
 
 #include <fmt/ranges.h>
 
+#include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cstring>
 #include <memory>
+#include <optional>
 
 #include "log/LogLineCodec.h"
 #include "platform/Log.h"
@@ -15,22 +18,49 @@ namespace zolvar {
 
 namespace {
 
-constexpr std::size_t LongestUserId = LongestComponent;
 constexpr const char* TooFewComponents = "[components count] >= 5";
+
+bool isUserId(std::string_view text) {
+  return text.size() <= LongestComponent && isValidUtf8(text);
+}
+
+/// The value of eight decimal digits, all at once: neighbours are joined to pairs, fours, eight.
+/// None when any byte is no digit.
+std::optional<std::uint64_t> eightDigits(const char* text) {
+  static_assert(std::endian::native == std::endian::little);
+  std::uint64_t word = 0;
+  std::memcpy(&word, text, 8);
+  const std::uint64_t digits = word ^ 0x3030303030303030U;
+  // Bytes above 9 carry into their high half when 6 is added, or have bits there already.
+  if ((((digits + 0x0606060606060606U) | digits) & 0xF0F0F0F0F0F0F0F0U) != 0) return std::nullopt;
+  const std::uint64_t pairs = (digits * 10 + (digits >> 8U)) & 0x00FF00FF00FF00FFU;
+  const std::uint64_t fours = (pairs * 100 + (pairs >> 16U)) & 0x0000FFFF0000FFFFU;
+  return (fours * 10000 + (fours >> 32U)) & 0xFFFFFFFFU;
+}
+
+/// Whole numbers of up to 15 digits, which every double holds: nearly all times are such.
+std::optional<std::uint64_t> wholeNumber(std::string_view text) {
+  constexpr std::size_t ExactDigits = 15;
+  if (text.empty() || text.size() > ExactDigits) return std::nullopt;
+  std::uint64_t whole = 0;
+  if (text.size() >= 8) {
+    const auto first = eightDigits(text.data());
+    if (!first) return std::nullopt;
+    whole = *first;
+    text.remove_prefix(8);
+  }
+  for (const char digit : text) {
+    if (digit < '0' || digit > '9') return std::nullopt;
+    whole = whole * 10 + static_cast<std::uint64_t>(digit - '0');
+  }
+  return whole;
+}
 
 /// A time as the format allows it: finite, 0 <= time < 2^40.
 bool parseTime(std::string_view text, double& time) {
-  constexpr std::size_t ExactDigits = 15;  // any number of so many digits is a double
-  if (!text.empty() && text.size() <= ExactDigits) {
-    std::uint64_t whole = 0;
-    std::size_t index = 0;
-    for (; index < text.size() && text[index] >= '0' && text[index] <= '9'; ++index) {
-      whole = whole * 10 + static_cast<std::uint64_t>(text[index] - '0');
-    }
-    if (index == text.size()) {
-      time = static_cast<double>(whole);
-      return time < KDEntryStore::TimesEnd;
-    }
+  if (const auto whole = wholeNumber(text)) {
+    time = static_cast<double>(*whole);
+    return time < KDEntryStore::TimesEnd;
   }
   const char* const end = text.data() + text.size();
   const auto parsed = std::from_chars(text.data(), end, time);
@@ -43,20 +73,25 @@ bool parseTime(std::string_view text, double& time) {
 LogReader::LogReader(KDEntryStore& store, std::string_view userId, Mode mode, Log& log)
     : store_(store),
       log_(log),
-      userId_(userId),
       mode_(mode),
       userIdIsUsable_(!userId.ends_with(LogFileExtension)),
       parser_() {
   if (csv_init(&parser_, 0) != 0) {
     throw InconsistencyError("CSV error: Couldn't initialize CSV parser.");
   }
-  fields_.userId = userId_;
+  for (Row& row : rows_) row.fields.userId = internedUserId(userId);
 }
 
 LogReader::~LogReader() { csv_free(&parser_); }
 
-Result<> LogReader::readAll(const Folder::Reader& reader, std::uint64_t offset) {
+Result<> LogReader::readAll(const Folder::Reader& reader, std::uint64_t offset,
+                            std::uint64_t size) {
   if (mode_ == Mode::Strict) require(userIdIsUsable_, "![aUserId hasSuffix:@\".fplog\"]");
+  constexpr std::uint64_t ShortLine = 64;
+  constexpr std::uint64_t MostReserved = 1U << 21U;  // a file may be large and hold no lines
+  if (size > offset) {
+    summary_.entries.reserve(std::min((size - offset) / ShortLine, MostReserved));
+  }
   constexpr std::size_t BufferSize = PieceSize + LongestLine;
   const auto buffer = std::make_unique_for_overwrite<char[]>(BufferSize);
   std::size_t kept = 0;               // bytes of a line whose end has not been read yet
@@ -93,6 +128,7 @@ Result<> LogReader::readAll(const Folder::Reader& reader, std::uint64_t offset) 
     if (kept > 0) std::memmove(buffer.get(), bytes.data(), kept);
   }
   if (kept > 0 && mode_ == Mode::Strict) takeLine({buffer.get(), kept});
+  for (std::size_t next = 1; next <= Delay; ++next) addPending(rows_[(current_ + next) % Delay]);
   return {};
 }
 
@@ -153,21 +189,22 @@ void LogReader::startRow() {
 }
 
 void LogReader::takeField(std::string_view bytes) {
+  Row& row = rows_[current_];
   switch (fieldCount_++) {
     case 0:
-      timesAreNumbers_ = parseTime(bytes, fields_.logTime);
+      timesAreNumbers_ = parseTime(bytes, row.fields.logTime);
       break;
     case 1:
-      timesAreNumbers_ = parseTime(bytes, fields_.plogTime) && timesAreNumbers_;
+      timesAreNumbers_ = parseTime(bytes, row.fields.plogTime) && timesAreNumbers_;
       break;
     case 2:
-      path_ = bytes;  // libcsv's buffer holds one field at a time
+      row.path = bytes;  // libcsv's buffer holds one field at a time
       break;
     case 3:
-      timesAreNumbers_ = parseTime(bytes, fields_.modTime) && timesAreNumbers_;
+      timesAreNumbers_ = parseTime(bytes, row.fields.modTime) && timesAreNumbers_;
       break;
     case 4:
-      puserId_ = bytes;
+      row.puserId = bytes;
       break;
     default:
       break;  // the comment, and what a later version may add behind it
@@ -175,25 +212,35 @@ void LogReader::takeField(std::string_view bytes) {
 }
 
 void LogReader::takeRow() {
+  Row& row = rows_[current_];
   if (fieldCount_ < 2) {
     skipRow(nullptr);
   } else if (fieldCount_ < 5) {
     skipRow(TooFewComponents);
   } else if (!timesAreNumbers_) {
     skipRow("0 <= time < 2^40");
-  } else if (!(fields_.logTime > fields_.plogTime)) {
+  } else if (!(row.fields.logTime > row.fields.plogTime)) {
     skipRow("aLogTime > aPLogTime");
-  } else if (!userIdIsUsable_ || puserId_.size() > LongestUserId || !isValidUtf8(puserId_)) {
+  } else if (!userIdIsUsable_ || !isUserId(row.puserId)) {
     skipRow("user id can name a log");
-  } else if (!isSafeRelativePath(path_)) {
+  } else if (!isSafeRelativePath(row.path)) {
     ++refusedPaths_;
     skipRow(nullptr);
   } else {
-    fields_.path = path_;
-    fields_.puserId = puserId_;
-    summary_.entries.push_back(store_.add(fields_));
+    row.hint = store_.expectPath(row.path);
+    row.isPending = true;
+    current_ = (current_ + 1) % Delay;
+    addPending(rows_[current_]);
   }
   startRow();
+}
+
+void LogReader::addPending(Row& row) {
+  if (!row.isPending) return;
+  row.isPending = false;
+  row.fields.path = row.path;
+  row.fields.puserId = row.puserId;
+  summary_.entries.push_back(store_.add(row.fields, row.hint));
 }
 
 /// `condition` is none for rows that every reader leaves out quietly.

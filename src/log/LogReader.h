@@ -2,6 +2,7 @@
 
 #include <csv.h>
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -15,7 +16,7 @@ namespace zolvar {
 
 /// Turns the bytes of one user's log into entries of a store: one read of one log. Lines go to
 /// libcsv one by one, so that a line whose quotes do not match ends with its line feed. A row
-/// allocates nothing but its entry. Caller synchronises; the store and the user id must outlive it.
+/// allocates nothing but its entry. Caller synchronises; the store must outlive it.
 class LogReader {
  public:
   enum class Mode {
@@ -31,9 +32,10 @@ class LogReader {
   LogReader(const LogReader&) = delete;
   LogReader& operator=(const LogReader&) = delete;
 
-  /// Reads to the end; `offset` is where `reader` stands. Called once. Fails as the reader does.
-  /// Strict mode throws InconsistencyError at a malformed row.
-  Result<> readAll(const Folder::Reader& reader, std::uint64_t offset);
+  /// Reads to the end; `offset` is where `reader` stands, `size` the file's size as far as it is
+  /// known (room is reserved by it). Called once. Fails as the reader does. Strict mode throws
+  /// InconsistencyError at a malformed row.
+  Result<> readAll(const Folder::Reader& reader, std::uint64_t offset, std::uint64_t size);
 
   [[nodiscard]] LogReadSummary& summary() { return summary_; }
   /// Rows whose path may name nothing inside a pool's folder; they are among summary().rowsSkipped.
@@ -53,19 +55,29 @@ class LogReader {
 
   KDEntryStore& store_;
   Log& log_;
-  std::string userId_;
   Mode mode_;
   bool userIdIsUsable_;
   csv_parser parser_;
   LogReadSummary summary_;
   std::uint64_t refusedPaths_ = 0;
 
-  // The row in progress.
+  /// A row on its way into the store.
+  struct Row {
+    KDEntryFields fields;
+    std::string path;
+    std::string puserId;
+    KDEntryStore::PathHint hint{};
+    bool isPending = false;
+  };
+  /// Accepted rows wait until so many more were read: time enough for the memory that the store
+  /// will look at to arrive.
+  static constexpr std::size_t Delay = 4;
+  void addPending(Row& row);
+
+  std::array<Row, Delay> rows_;
+  std::size_t current_ = 0;  ///< the row in progress; the oldest pending one follows
   unsigned fieldCount_ = 0;
   bool timesAreNumbers_ = true;
-  KDEntryFields fields_;
-  std::string path_;
-  std::string puserId_;
   // The line in progress.
   unsigned rowsSkippedInLine_ = 0;
   const char* brokenCondition_ = nullptr;  ///< of the first malformed row

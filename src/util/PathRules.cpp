@@ -3,6 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
 
 namespace zolvar {
 
@@ -39,9 +42,25 @@ std::size_t multibyteLength(std::string_view text, std::size_t index) {
   return length;
 }
 
-bool isSafeComponent(std::string_view component) {
-  return !component.empty() && component.size() <= LongestComponent && component != "." &&
-         component != "..";
+constexpr std::uint64_t eachByte(unsigned char byte) { return byte * 0x0101010101010101U; }
+
+/// Eight bytes from `index` on, the first one lowest; harmless letters where the text has ended.
+std::uint64_t wordAt(std::string_view text, std::size_t index) {
+  static_assert(std::endian::native == std::endian::little);
+  std::uint64_t word = eachByte('x');
+  const std::size_t left = text.size() - index;
+  if (left >= sizeof word) {
+    std::memcpy(&word, text.data() + index, sizeof word);
+  } else {
+    std::memcpy(&word, text.data() + index, left);
+  }
+  return word;
+}
+
+/// The highest bit of each byte of an ASCII word that is `byte`.
+constexpr std::uint64_t equalBytes(std::uint64_t word, char byte) {
+  const std::uint64_t zeroWhereEqual = word ^ eachByte(static_cast<unsigned char>(byte));
+  return ~(zeroWhereEqual + eachByte(0x7F)) & eachByte(0x80);
 }
 
 /// C0, DEL and C1 (which UTF-8 writes as C2 80 to C2 9F).
@@ -85,27 +104,39 @@ bool isMetadataPath(std::string_view path) {
   });
 }
 
-// Runs once for every line of every log: one pass, byte by byte, nothing allocated.
+// Runs once for every line of every log, so ASCII is looked at eight bytes at a time.
 bool isSafeRelativePath(std::string_view path) {
   if (path.empty() || path.size() > LongestPath || isMetadataPath(path)) return false;
   std::size_t componentStart = 0;
+  const auto endComponent = [&](std::size_t end) {
+    const std::size_t size = end - componentStart;
+    const char* const component = path.data() + componentStart;
+    componentStart = end + 1;
+    if (size > 2) return size <= LongestComponent;
+    return size > 0 && !(component[0] == '.' && (size == 1 || component[1] == '.'));
+  };
   for (std::size_t index = 0; index < path.size();) {
-    const unsigned char byte = byteAt(path, index);
-    if (byte > '/' && byte < 0x80) {  // most bytes: letters and digits
-      ++index;
-    } else if (byte >= 0x80) {
+    std::uint64_t word = wordAt(path, index);
+    const std::uint64_t beyondAscii = word & eachByte(0x80);
+    const auto asciiCount = static_cast<unsigned>(std::countr_zero(beyondAscii)) / 8;  // 8 for none
+    if (asciiCount == 0) {
       const std::size_t length = multibyteLength(path, index);
       if (length == 0) return false;
       index += length;
-    } else if (byte == '/') {
-      if (!isSafeComponent(path.substr(componentStart, index - componentStart))) return false;
-      componentStart = ++index;
-    } else {
-      if (byte == '\0' || byte == '\n' || byte == '\r') return false;
-      ++index;
+      continue;
     }
+    if (beyondAscii != 0) {
+      const std::uint64_t kept = (std::uint64_t{1} << (asciiCount * 8)) - 1;
+      word = (word & kept) | (eachByte('x') & ~kept);
+    }
+    if ((equalBytes(word, '\0') | equalBytes(word, '\n') | equalBytes(word, '\r')) != 0) return false;
+    for (std::uint64_t slashes = equalBytes(word, '/'); slashes != 0; slashes &= slashes - 1) {
+      const auto place = static_cast<unsigned>(std::countr_zero(slashes)) / 8;
+      if (!endComponent(index + place)) return false;
+    }
+    index += asciiCount;
   }
-  return isSafeComponent(path.substr(componentStart));
+  return endComponent(path.size());
 }
 
 std::optional<std::string> poolNameProblem(std::string_view name) {
