@@ -22,8 +22,8 @@ const std::string Pool = "/home/user/Docs";
 
 /// Answers from fields, and keeps what was called, in order.
 struct ScriptedSteps : PoolSyncSteps {
-  explicit ScriptedSteps(std::vector<std::string>& diary) : diary(diary) {}
-  std::vector<std::string>& diary;
+  explicit ScriptedSteps(std::vector<std::string>* diary) : diary(diary) {}
+  std::vector<std::string>* diary;
   bool detached = false;
   bool recovering = false;
   bool accessible = true;
@@ -37,7 +37,7 @@ struct ScriptedSteps : PoolSyncSteps {
   std::vector<ReplacedFile> settled;
 
   void note(const std::string& step) {
-    diary.push_back(step);
+    diary->push_back(step);
     if (step == detachesIn) detached = true;
     if (step == throwsIn) throw std::runtime_error("trouble in " + step);
   }
@@ -134,7 +134,7 @@ class KDPoolSyncTest : public testing::Test {
                      host_.files,   launcher_,      host_.services,  host_.hosts,
                      host_.secrets, host_.defaults, host_.workspace, host_.networkWatch,
                      host_.log};
-  std::shared_ptr<ScriptedSteps> steps_ = std::make_shared<ScriptedSteps>(diary_);
+  std::shared_ptr<ScriptedSteps> steps_ = std::make_shared<ScriptedSteps>(&diary_);
   std::vector<std::optional<TransferProgress>> progress_;
   KDPoolSync sync_{platform_, host_.lanes.start("state"), steps_,
                    [this](std::optional<TransferProgress> progress) { progress_.push_back(progress); }};
@@ -223,13 +223,12 @@ TEST_F(KDPoolSyncTest, neverCallsATroubleSuccess) {
        {"scan", "prepare", "finish partly"}},
       {"left while logs load", [&] { steps_->detachesIn = "finish"; }, 20,
        {"scan", "prepare", "load", "finish"}},
-      {"left while files are chosen",
+      {"left while listing",
        [&] {
-         steps_->detachesIn = "decide";
          steps_->wanted = {"a"};
-         launcher_.script = {{}, {0, listing({"a"})}};
+         launcher_.script = {{}, {0, listing({"a"}), "", false, [&] { steps_->detached = true; }}};
        },
-       20, {"scan", "prepare", "load", "finish", "list", "decide", "copy"}},
+       20, {"scan", "prepare", "load", "finish", "list"}},
       {"ended by us while logs load",
        [&] { launcher_.script = {{0, "", "", false, [&] { sync_.terminateTask(); }}}; }, 20,
        {"scan", "prepare", "load", "finish partly"}},
@@ -243,15 +242,139 @@ TEST_F(KDPoolSyncTest, neverCallsATroubleSuccess) {
        {"scan", "prepare", "load", "finish partly"}},
   };
   for (const auto& row : rows) {
-    *steps_ = [this] {
-      ScriptedSteps fresh(diary_);
-      return fresh;
-    }();
+    *steps_ = ScriptedSteps(&diary_);
     launcher_.script.clear();
     row.arrange();
     EXPECT_EQ(row.status, sync().status) << row.what;
     EXPECT_EQ(row.diary, diary_) << row.what;
   }
+}
+
+TEST_F(KDPoolSyncTest, reportsAHostThatIsNotFound) {
+  EXPECT_EQ(10, sync(Nowhere).status);
+  EXPECT_THAT(diary_, ElementsAre("scan"));
+  EXPECT_TRUE(host_.log.contains("Host gamma.local not (no longer?) found."));
+}
+
+TEST_F(KDPoolSyncTest, endsWithTheTextOfAnException) {
+  steps_->throwsIn = "check";
+  const SyncEnd end = sync();
+  EXPECT_EQ(-1, end.status);
+  EXPECT_EQ("trouble in check", end.exceptionText);
+  steps_->throwsIn.clear();
+  launcher_.isInstalled = false;
+  EXPECT_EQ("Could not find included zolvar tool.", sync().exceptionText);
+  EXPECT_THAT(diary_, ElementsAre("scan", "prepare", "finish partly")) << "the logs stay guarded";
+  launcher_.isInstalled = true;
+  EXPECT_EQ(0, sync().status);
+}
+
+TEST_F(KDPoolSyncTest, recoversOnlyWithEveryLogThatTheParticipantHas) {
+  const std::string listed =
+      "drwxr-xr-x          4,096 2026/11/22 19:33:47 .Zolvar\n"
+      "-rw-r--r--          1,000 2026/11/22 19:33:47 .Zolvar/user@alpha.local.fplog\n"
+      "-rw-r--r--             20 2026/11/22 19:33:47 .Zolvar/bob@beta.local.fplog\n"
+      "-rw-r--r--             20 2026/11/22 19:33:47 .Zolvar/todos.plist\n"
+      "-rw-r--r--             20 2026/11/22 19:33:47 .Zolvar/sub/x@y.fplog\n";
+  const struct {
+    const char* what;
+    std::vector<ScriptedLauncher::Act> script;
+    std::map<std::string, std::uint64_t> sizes;
+    int status;
+  } rows[] = {
+      {"all", {{0, listed}, {}}, {{"user@alpha.local.fplog", 1000}, {"bob@beta.local.fplog", 21}}, 0},
+      {"one is short", {{0, listed}, {}}, {{"user@alpha.local.fplog", 999}, {"bob@beta.local.fplog", 20}}, 12},
+      {"one is missing", {{0, listed}, {}}, {{"user@alpha.local.fplog", 1000}}, 12},
+      {"partial load", {{0, listed}, {23}}, {{"user@alpha.local.fplog", 1000}, {"bob@beta.local.fplog", 20}}, 23},
+      {"partial listing", {{23, listed}, {}}, {{"user@alpha.local.fplog", 1000}, {"bob@beta.local.fplog", 20}}, 23},
+      {"nothing there", {{0, ""}, {}}, {}, 12},
+  };
+  steps_->recovering = true;
+  steps_->wanted = {"a"};
+  for (const auto& row : rows) {
+    launcher_.script.assign(row.script.begin(), row.script.end());
+    steps_->sizes = row.sizes;
+    EXPECT_EQ(row.status, sync().status) << row.what;
+    EXPECT_EQ("--recursive", launcher_.requests[0].arguments[0]);
+    EXPECT_THAT(launcher_.requests[0].arguments, SizeIs(2));
+    EXPECT_EQ(0, std::count(diary_.begin(), diary_.end(), "copy")) << row.what;
+  }
+  EXPECT_EQ(10, sync(Nowhere).status);
+}
+
+TEST_F(KDPoolSyncTest, handsOverWhatACopyRunReplaced) {
+  settings_.keepsVersions = true;
+  steps_->wanted = {"a"};
+  steps_->warped = {"a"};
+  // The tool saves what it replaces; the program dies before anyone looks at the second run's.
+  const auto saves = [&](const std::string& content) {
+    return ScriptedLauncher::Act{0, "", "", false, [this, content] {
+      for (const std::string& argument : launcher_.requests.back().arguments) {
+        const std::string option = "--backup-dir=";
+        if (argument.starts_with(option)) {
+          host_.files.write(argument.substr(option.size()) + "/a", content);
+        }
+      }
+    }};
+  };
+  launcher_.script = {{}, {0, listing({"a"})}, saves("first"), saves("second")};
+  EXPECT_EQ(0, sync().status);
+  EXPECT_THAT(diary_, ElementsAre("scan", "prepare", "load", "finish", "list", "decide", "copy", "copy over",
+                                  "settle", "settle", "check"));
+  ASSERT_THAT(steps_->settled, SizeIs(2));
+  EXPECT_EQ("a", steps_->settled[0].path);
+  EXPECT_NE(steps_->settled[0].savedPath, steps_->settled[1].savedPath);
+
+  steps_->settled.clear();
+  steps_->warped.clear();
+  steps_->throwsIn = "settle";
+  launcher_.script = {{}, {0, listing({"a"})}, saves("third")};
+  EXPECT_EQ(-1, sync().status);
+  steps_->throwsIn.clear();
+  steps_->wanted.clear();
+  EXPECT_EQ(0, sync().status);
+  ASSERT_THAT(steps_->settled, SizeIs(1)) << "the next sync finds what was left";
+  EXPECT_EQ("third", host_.files.readAll(steps_->settled[0].savedPath).value_or(
+                         host_.files.readAll([&] {
+                           std::string closed = steps_->settled[0].savedPath;
+                           return closed.erase(closed.find(".open"), 5);
+                         }()).value_or("")));
+
+  host_.files.faults.failAlways("makeDirectories");
+  steps_->wanted = {"a"};
+  launcher_.script = {{}, {0, listing({"a"})}};
+  EXPECT_EQ(11, sync().status) << "nothing is replaced without a place for it";
+  EXPECT_EQ(0, std::count(diary_.begin(), diary_.end(), "copy"));
+}
+
+TEST_F(KDPoolSyncTest, fetchesOneVersionFromWhoeverHasIt) {
+  const std::string target = "/home/user/Desktop/a (old)";
+  ASSERT_TRUE(host_.files.makeFolder("/home/user/Desktop"));
+  const std::string line = "-rw-r--r--             10 1970/01/02 00:00:00 sub/a\n";
+  const auto fetch = [&](std::vector<ScriptedLauncher::Act> script, const std::string& path = "sub/a") {
+    launcher_.script.assign(script.begin(), script.end());
+    return sync_.fetchVersion(path, 86400, target, {Nowhere, Beta, Beta}, settings_);
+  };
+  const auto brings = [&](std::int64_t time) {
+    return ScriptedLauncher::Act{0, "", "", false, [this, time] {
+      host_.files.write(launcher_.requests.back().arguments.back() + "/sub/a", "content", time);
+    }};
+  };
+  EXPECT_EQ(FailureKind::Transient, fetch({{10}, {10}}).error().kind);
+  EXPECT_EQ(FailureKind::Transient, fetch({{0, listing({"sub/a"})}, {0, ""}}).error().kind)
+      << "the host that was not found may have it";
+  EXPECT_EQ(FailureKind::Refused, fetch({}, "../a").error().kind);
+  EXPECT_FALSE(host_.files.exists(target));
+
+  // The first one has it no longer when the copy run comes.
+  EXPECT_TRUE(fetch({{0, line}, brings(99999), {0, line}, brings(86400)}));
+  EXPECT_EQ("content", host_.files.readAll(target));
+  EXPECT_EQ(86400, host_.files.attributesOf(target)->modTime);
+  EXPECT_TRUE(host_.files.subfolders(*host_.files.supportFolder()).empty());
+
+  launcher_.requests.clear();
+  EXPECT_EQ(FailureKind::Refused, fetch({{0, line}, brings(86400)}).error().kind);
+  EXPECT_THAT(launcher_.requests, IsEmpty()) << "nothing is ever replaced";
 }
 
 }  // namespace
