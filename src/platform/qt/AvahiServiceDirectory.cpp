@@ -8,6 +8,7 @@
 #include "platform/qt/AvahiBrowser.h"
 #include "platform/qt/AvahiPublication.h"
 #include "platform/qt/AvahiTxt.h"
+#include "util/PathRules.h"
 
 namespace zolvar {
 
@@ -31,7 +32,8 @@ Result<std::unique_ptr<Publication>> AvahiServiceDirectory::publish(const std::s
                                                                     std::uint16_t port,
                                                                     const TxtRecord& txt,
                                                                     PublicationEvents events) {
-  if (name.find('\0') != name.npos || !avahi_is_valid_service_name(name.c_str())) {
+  if (name.find('\0') != name.npos || !avahi_is_valid_service_name(name.c_str()) ||
+      !isValidUtf8(name)) {
     return fail(FailureKind::Refused, "announce", name,
                 "a name on the network has 1 to 63 bytes of UTF-8");
   }
