@@ -35,8 +35,9 @@ bool comesFirstInTransfer(std::string_view left, std::string_view right) {
   for (;;) {
     const std::size_t leftEnd = left.find('/');
     const std::size_t rightEnd = right.find('/');
-    const std::string_view leftName = left.substr(0, leftEnd);
-    const std::string_view rightName = right.substr(0, rightEnd);
+    // A folder's name counts with its slash.
+    const std::string_view leftName = left.substr(0, leftEnd == left.npos ? leftEnd : leftEnd + 1);
+    const std::string_view rightName = right.substr(0, rightEnd == right.npos ? rightEnd : rightEnd + 1);
     const bool leftIsFile = leftEnd == std::string_view::npos;
     const bool rightIsFile = rightEnd == std::string_view::npos;
     if (leftIsFile != rightIsFile) return leftIsFile;

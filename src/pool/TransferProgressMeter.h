@@ -20,7 +20,7 @@ struct AwaitedFile {
 };
 
 /// Whether the transfer tool handles `left` before `right`: in each directory the files come first,
-/// in the order of their bytes, and then the sub-folders.
+/// in the order of their bytes, and then the sub-folders, by their names with the slash.
 [[nodiscard]] bool comesFirstInTransfer(std::string_view left, std::string_view right);
 
 /// Watches a copy run from outside: which of the awaited files lie there with the listed size and
