@@ -35,10 +35,14 @@ KDLogFileEntry* KDVersionTree::find(const KDPathRecord& path, const std::string*
     if (++steps == SearchedVersions) break;
   }
   if (path.entryCount <= SearchedVersions) return nullptr;
-  const auto index = indexes_.find(&path);
-  if (index == indexes_.end()) return nullptr;
-  const auto found = index->second.find({user, logTime});
-  return found == index->second.end() ? nullptr : found->second;
+  Index& index = indexes_[&path];
+  for (KDLogFileEntry* entry = path.newest; index.covered < path.entryCount;
+       entry = entry->previous()) {
+    index.versions.emplace(VersionKey{&entry->userId(), entry->logTime()}, entry);
+    ++index.covered;
+  }
+  const auto found = index.versions.find({user, logTime});
+  return found == index.versions.end() ? nullptr : found->second;
 }
 
 KDLogFileEntry* KDVersionTree::version(const KDPathRecord& path, const std::string& userId,
@@ -85,16 +89,6 @@ void KDVersionTree::store(KDLogFileEntry& entry) {
   entry.setPrevious(path.newest);
   path.newest = &entry;
   ++path.entryCount;
-  if (path.entryCount > SearchedVersions) {
-    Index& index = indexes_[&path];
-    if (index.empty()) {
-      for (KDLogFileEntry* known = path.newest; known; known = known->previous()) {
-        index.emplace(VersionKey{&known->userId(), known->logTime()}, known);
-      }
-    } else {
-      index.emplace(VersionKey{&entry.userId(), entry.logTime()}, &entry);
-    }
-  }
   if (KDLogFileEntry* parent = entry.parentEntry()) {
     if (parent->childCount() == 0) removeLeaf(path, *parent);
     parent->setChildCount(parent->childCount() + 1);

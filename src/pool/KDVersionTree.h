@@ -98,7 +98,10 @@ class KDVersionTree {
   struct VersionKeyHash {
     std::size_t operator()(const VersionKey& key) const;
   };
-  using Index = std::unordered_map<VersionKey, KDLogFileEntry*, VersionKeyHash>;
+  struct Index {
+    std::unordered_map<VersionKey, KDLogFileEntry*, VersionKeyHash> versions;
+    std::uint32_t covered = 0;  ///< so many of the path's oldest entries are in it
+  };
 
   void link(KDLogFileEntry& entry);
   void store(KDLogFileEntry& entry);
@@ -112,7 +115,8 @@ class KDVersionTree {
   std::unordered_map<const KDPathRecord*,
                      std::vector<std::pair<const std::string*, KDLogFileEntry*>>>
       selectedBranches_;
-  std::unordered_map<const KDPathRecord*, Index> indexes_;  ///< of paths with many versions
+  /// Of paths where a search had to go far back; brought up to date by the next such search.
+  mutable std::unordered_map<const KDPathRecord*, Index> indexes_;
   std::unordered_set<KDPathRecord*> needsRepair_;
   std::uint64_t orphans_ = 0;
   std::uint64_t liveCount_ = 0;
