@@ -10,8 +10,8 @@ def scenario_first_share(lab):
     old = plans.write("garden.txt", "beans", age=100000).stat().st_mtime
     plans.write("house/roof.txt", "slate", age=5000)
     plans.write("house/cellar/wine.txt", "red", age=5000)
-    plans.at("empty").mkdir()
-    plans.at("link").symlink_to("house/roof.txt")
+    plans.mkdir("empty")
+    plans.link("link", "house/roof.txt")
     here = ann.share("Plans")
     there = bob.subscribe("Plans")
     tree = converge(here, there, limit=240)

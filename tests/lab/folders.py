@@ -44,6 +44,7 @@ def scenario_moved(lab):
             ann.stop()
         target = ann.files / str(place).lstrip("/")
         target.parent.mkdir()
+        ann.own(target.parent)
         here.root.rename(target)
         if not running:
             ann.start()
@@ -74,7 +75,7 @@ def scenario_unmounted(lab):
     """A folder on a disk that is unmounted is not an empty folder."""
     ann, bob = lab.host("alpha"), lab.host("beta")
     disk, place = bob.home / "disk", bob.home / "mounted"
-    bob.shell(f"mkdir -p {disk}/Mounts {place}; mount --bind {disk} {place}")
+    bob.shell(f"mkdir -p {disk}/Mounts {place}; chown -R {bob.uid}:{bob.uid} {disk} {place}\nmount --bind {disk} {place}")
     ann, bob, here, there = pair(lab, "Mounts", folder=place / "Mounts")
     before = here.tree()
     bob.shell(f"umount -l {place}")
@@ -104,7 +105,7 @@ def scenario_remove_and_refuse(lab):
     """What cannot be shared is refused with a sentence; a removed folder goes to the Trash."""
     ann, bob, here, there = pair(lab, "Refuses")
     for name in ("with:colon", "percent%", "bracket[", "Refuses/deep", "trailing "):
-        (ann.home / name).mkdir(parents=True, exist_ok=True)
+        ann.folder(name)
         try:
             ann.command("share", str(ann.home / name))
         except Refused as refusal:

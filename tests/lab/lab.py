@@ -20,6 +20,8 @@ from pathlib import Path
 
 PATIENCE = float(os.environ.get("ZOLVAR_LAB_PATIENCE", "1"))  # stretches every time limit
 TIMEZONES = ["UTC", "Europe/Berlin", "America/St_Johns"]      # file times must not depend on it
+USERS = {"alpha": ("ann", 1001), "beta": ("bob", 1002), "gamma": ("root", 0)}  # name, uid
+ZOLVAR = "/run/programs/bin/zolvar"
 FIRST_PROCESS = ("import signal\nsignal.signal(signal.SIGCHLD, signal.SIG_IGN)\n"
                  "print('up', flush=True)\nwhile True: signal.pause()")
 
@@ -91,8 +93,9 @@ class Namespace:
         check(self.keeper.stdout.readline() == b"up\n", "no namespaces to be had")
         self.pid = int(children(self.keeper.pid)[0])
 
-    def enter(self, command):
-        return ["nsenter", "-t", str(self.pid), "-n", "-m", "-u", "-i", "-p", "--", *command]
+    def enter(self, command, uid=0):
+        return ["nsenter", "-t", str(self.pid), "-n", "-m", "-u", "-i", "-p",
+                "-S", str(uid), "-G", str(uid), "--", *command]
 
     def shell(self, script, network_only=False):
         """Runs a script inside; with `network_only` process ids in it mean what they mean here."""
@@ -117,10 +120,10 @@ def children(pid):
 class Process:
     """A program on a host, in the foreground there, with its output in a file."""
 
-    def __init__(self, host, command, output):
+    def __init__(self, host, command, output, uid=0):
         self.output = output
         with open(output, "ab") as sink:
-            self.entered = subprocess.Popen(host.enter(command), stdin=subprocess.DEVNULL,
+            self.entered = subprocess.Popen(host.enter(command, uid), stdin=subprocess.DEVNULL,
                                             stdout=sink, stderr=sink, env=host.environment,
                                             preexec_fn=die_with_parent)
 
@@ -145,24 +148,26 @@ class Process:
 class Host(Namespace):
     """One machine with one user. Files are reached as that machine sees them."""
 
-    def __init__(self, lab, name, user, pace):
+    def __init__(self, lab, name, pace):
         super().__init__()
-        self.lab, self.name, self.user = lab, name, user
-        self.user_id = f"{user}@{name}.local"
+        self.lab, self.name = lab, name
+        self.user, self.uid = USERS[name]
+        self.user_id = f"{self.user}@{name}.local"
         self.number = len(lab.hosts) + 1
         self.directory = lab.directory / name
         self.home = self.directory / "home"
         self.zolvard = None
         self.files = Path(f"/proc/{self.pid}/root")
         self.environment = {
-            "PATH": search_path(), "HOME": str(self.home), "LOGNAME": user, "USER": user,
-            "XDG_RUNTIME_DIR": "/run/user/0", "LANG": "C.UTF-8",
+            "PATH": search_path(), "HOME": str(self.home), "LOGNAME": self.user, "USER": self.user,
+            "XDG_RUNTIME_DIR": f"/run/user/{self.uid}", "LANG": "C.UTF-8",
             "TZ": TIMEZONES[self.number % len(TIMEZONES)]}
         for key, value in os.environ.items():
             if key.startswith(("ASAN_", "UBSAN_", "TSAN_", "LSAN_")):
                 self.environment[key] = value
         for folder in ("home", "services"):
             (self.directory / folder).mkdir(parents=True)
+        self.own(self.home)
         self._prepare()
         self.bus = Process(self, ["dbus-daemon", "--system", "--nofork", "--nopidfile"],
                            self.directory / "bus.log")
@@ -172,6 +177,8 @@ class Host(Namespace):
 
     def _prepare(self):
         texts = {
+            "passwd": f"{self.user}:x:{self.uid}:{self.uid}::{self.home}:/bin/sh\n"
+                      + Path("/etc/passwd").read_text(),
             "nsswitch.conf": "passwd: files\ngroup: files\n"
                              "hosts: files mdns4_minimal [NOTFOUND=return] dns\n",
             "hosts": f"127.0.0.1 localhost\n127.0.1.1 {self.name}\n",
@@ -184,12 +191,14 @@ class Host(Namespace):
         binds = "\n".join(
             f'target=$(readlink -m /etc/{name}); mkdir -p "$(dirname "$target")"; '
             f'touch "$target"; mount --bind {self.directory}/{name} "$target"'
-            for name in ("nsswitch.conf", "hosts", "resolv.conf"))
+            for name in ("passwd", "nsswitch.conf", "hosts", "resolv.conf"))
         self.shell(f"""
             hostname {self.name}
             mount -t tmpfs -o mode=755 tmpfs /run
-            mkdir -p -m 755 /run/dbus /run/avahi-daemon /run/user /run/lock
-            mkdir -m 700 /run/user/0
+            mkdir -p -m 755 /run/dbus /run/avahi-daemon /run/user /run/lock /run/programs
+            mkdir -m 700 /run/user/{self.uid}
+            chown {self.uid}:{self.uid} /run/user/{self.uid}
+            mount --bind {self.lab.programs.parent} /run/programs
             {binds}
             mount --bind {self.directory}/services /etc/avahi/services""")
         port = f"port{self.number}"
@@ -213,12 +222,18 @@ class Host(Namespace):
     def stop_avahi(self, number=signal.SIGTERM):
         self.avahi.end(number)
 
+    def own(self, *paths):
+        """Gives to this host's user what the test has made."""
+        for path in paths:
+            os.chown(path, self.uid, self.uid, follow_symlinks=False)
+
     def connect(self, connected):
         """Plugs the network cable in, or pulls it at the switch."""
         self.lab.switch.shell(f"ip link set {self.port} {'up' if connected else 'down'}")
 
     def run(self, command, text=None, limit=60):
-        return subprocess.run(self.enter(command), input=text, capture_output=True, text=True,
+        """Runs a command as this host's user."""
+        return subprocess.run(self.enter(command, self.uid), input=text, capture_output=True, text=True,
                               env=self.environment, timeout=limit * PATIENCE)
 
     # zolvard and the command line.
@@ -227,16 +242,18 @@ class Host(Namespace):
         """Writes settings as they lie on disk; for while zolvard is not running."""
         path = self.home / ".config/Zolvar/Zolvar.conf"
         path.parent.mkdir(parents=True, exist_ok=True)
+        self.own(path.parent.parent, path.parent)
         path.write_text("[General]\n" + "".join(f"{key}={value}\n" for key, value in values.items()))
+        self.own(path)
 
     def start(self):
         check(not self.zolvard, f"{self.name}: zolvard is running")
-        self.zolvard = Process(self, [str(self.lab.programs / "zolvard"), "--debug"],
-                               self.directory / "zolvard.log")
+        self.zolvard = Process(self, ["/run/programs/bin/zolvard", "--debug"],
+                               self.directory / "zolvard.log", self.uid)
 
         def answers():
             check(self.zolvard.running(), f"{self.name}: zolvard ended at start")
-            return self.run([str(self.lab.programs / "zolvar"), "status"]).returncode == 0
+            return self.run([ZOLVAR, "status"]).returncode == 0
         wait_until(answers, 30, f"{self.name}: zolvard does not answer")
 
     def stop(self):
@@ -254,7 +271,7 @@ class Host(Namespace):
         self.start()
 
     def command(self, *arguments, text=None, limit=60):
-        result = self.run([str(self.lab.programs / "zolvar"), *arguments], text, limit)
+        result = self.run([ZOLVAR, *arguments], text, limit)
         if result.returncode == 1:
             raise Refused(result.stderr.strip())
         check(result.returncode == 0, f"{self.name}: zolvar {' '.join(arguments)}: status "
@@ -272,11 +289,11 @@ class Host(Namespace):
         """Where a folder of that name lies unless told otherwise; made, not shared yet."""
         folder = Folder(self, name, self.home / name)
         folder.root.mkdir(parents=True, exist_ok=True)
+        self.own(folder.root)
         return folder
 
     def share(self, name, password=None, folder=None):
         folder = folder or self.home / name
-        (self.files / str(folder).lstrip("/")).mkdir(parents=True, exist_ok=True)
         self._with_password(["share", str(folder)], password)
         return self.active(name, folder)
 
@@ -333,11 +350,23 @@ class Folder:
     def write(self, relative, content, age=0):
         """`age` in seconds sets the file's time back, so that no scan takes it for unfinished."""
         path = self.at(relative)
-        path.parent.mkdir(parents=True, exist_ok=True)
+        self.mkdir(path.parent.relative_to(self.root))
         path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        self.host.own(path)
         if age:
             os.utime(path, (time.time() - age, int(time.time()) - age))
         return path
+
+    def mkdir(self, relative):
+        path = self.at(relative)
+        if not path.is_dir():
+            self.mkdir(path.parent.relative_to(self.root))
+            path.mkdir(exist_ok=True)
+            self.host.own(path)
+
+    def link(self, relative, target):
+        self.at(relative).symlink_to(target)
+        self.host.own(self.at(relative))
 
     def read(self, relative):
         try:
@@ -373,7 +402,7 @@ class Folder:
                 for conflict in self.host.cli("conflicts", self.name)}
 
     def rename(self, old, new):
-        self.at(new).parent.mkdir(parents=True, exist_ok=True)
+        self.mkdir(self.at(new).parent.relative_to(self.root))
         self.at(old).rename(self.at(new))
 
     def remove(self, relative):
@@ -447,8 +476,6 @@ def converge(*folders, limit=90, conflicts=0):
 class Lab:
     """The hosts of one test run, and their switch. Use with `with`."""
 
-    USERS = {"alpha": "ann", "beta": "bob", "gamma": "cem", "delta": "dot"}
-
     def __init__(self, programs, keep=False):
         self.programs = Path(programs).resolve()
         self.keep = keep or bool(os.environ.get("ZOLVAR_LAB_KEEP"))
@@ -469,7 +496,7 @@ class Lab:
     def host(self, name, pace="quick", zolvard=True):
         """The host of that name, made at the first call; its zolvard runs unless told otherwise."""
         if name not in self.hosts:
-            self.hosts[name] = Host(self, name, self.USERS.get(name, name), pace)
+            self.hosts[name] = Host(self, name, pace)
         host = self.hosts[name]
         if zolvard and not host.zolvard:
             host.start()
@@ -482,14 +509,14 @@ class Lab:
                 if pool["active"]:
                     host.command("unsubscribe", pool["name"])
 
-    def report(self, lines=60):
+    def report(self, lines=40):
         """What the hosts have to say about a failure."""
         for host in self.hosts.values():
             print(f"--- {host.name}: last lines of its log")
             print("\n".join(host.log().splitlines()[-lines:]))
             if host.zolvard and host.zolvard.running():
                 print(f"--- {host.name}: folders")
-                print(host.run([str(self.programs / "zolvar"), "list", "--json"]).stdout.strip())
+                print(host.run([ZOLVAR, "list", "--json"]).stdout.strip())
         sys.stdout.flush()
 
     def __exit__(self, *_):

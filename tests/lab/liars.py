@@ -5,7 +5,7 @@ import os
 import shutil
 import time
 
-from lab import Process, always, check, converge, wait_until
+from lab import ZOLVAR, Process, always, check, converge, wait_until
 
 PORT = 49999
 LIAR = "mallory@gamma.local"
@@ -104,19 +104,19 @@ def scenario_announcements(lab):
         configurations = list((host.home / ".local/share/Zolvar").glob("instance-*.fpcfg"))
         check(len(configurations) == 1, f"configurations: {configurations}")
         check("evil" not in configurations[0].read_text(), "an announced name became configuration")
-        check("arn" in host.log(), f"{host.name} warned of nothing")
+        check("warning: " in host.log(), f"{host.name} warned of nothing")
     # Protocols that we do not speak are not spoken to.
     for name in ("Older", "Newer", "Short"):
         module = liar.module(name)
         (module / "file").write_text("other protocol")
         if ann.pool(name) and ann.pool(name)["announced"]:
-            ann.run([str(lab.programs / "zolvar"), "subscribe", name, str(ann.home / name)])
+            ann.run([ZOLVAR, "subscribe", name, str(ann.home / name)])
     time.sleep(12)
     for name in ("Older", "Newer", "Short"):
         check(not (ann.home / name / "file").exists() and not liar.asked_for(f"rsync on {name}"),
               f"synced with {name}")
         if ann.pool(name):
-            ann.run([str(lab.programs / "zolvar"), "unsubscribe", name])
+            ann.run([ZOLVAR, "unsubscribe", name])
     liar.close()
 
 
@@ -140,7 +140,8 @@ def scenario_logs(lab):
     here, there = share_with_liar(lab, "Gifts")
     victim = here.host.home / "victim"
     victim.mkdir()
-    here.at("alias").symlink_to("../victim")
+    here.host.own(victim)
+    here.link("alias", "../victim")
     now = int(time.time()) - 500
     year = now + 365 * 86400
     good = ["good", "deep/good", "after the rubbish"]
@@ -153,7 +154,7 @@ def scenario_logs(lab):
     rows += [row(now + 3, "two fields", 0, fields=2), row(now + 3, "four fields", 0, fields=4),
              row("nan", "not a number", now), row("inf", "endless", now), row(-5, "negative", now),
              row(1e300, "too late", now), row(now + 3, "own child", now, now + 3),
-             row(now + 3, "before its parent", now, now + 400, "ann@alpha.local"),
+             row(now + 3, "before its parent", now, now + 400, here.host.user_id),
              b'"unclosed, quote\n', b"\x00\x01\x02\xfe\xff" * 50 + b"\n", b"\n", b",,,,,,,,,,\n", b'"\n',
              row(now + 4, "after the rubbish", now),
              row(year, "future", now), row(year + 5, "future", now + 1, year)]
@@ -179,7 +180,7 @@ def scenario_logs(lab):
             wait_until(lambda: folder.read(name) == f"mallory's {name}", 90,
                        lambda: f"{folder}: {name} did not come, missing "
                                f"{folder.host.cli('missing', 'Gifts')}")
-        check("arn" in folder.host.log()[mark:], f"{folder.host.name} warned of nothing")
+        check("warning: " in folder.host.log()[mark:], f"{folder.host.name} warned of nothing")
         outside = [path for path in folder.host.home.rglob("*escaped*") if path.is_file()]
         check(not outside, f"something got out: {outside}")
         wait_until(lambda: not {"evil.sh", "deeper", "picture@gamma.local.tiff"} &
