@@ -63,6 +63,9 @@ Result<> ControlServer::listen(const std::string& path) {
     return fail(FailureKind::Transient, "make the control socket", path,
                 server_.errorString().toStdString());
   }
+  if (::chmod(path.c_str(), S_IRUSR | S_IWUSR) != 0) {
+    return tl::unexpected(failureFromErrno(errno, "protect the control socket", path));
+  }
   return {};
 }
 

@@ -176,6 +176,7 @@ std::string statusText(const json& status) {
 }
 
 std::string syncText(const json& data) {
+  if (!data.is_object()) return {};
   std::string text;
   for (const auto& failure : data.value("failed", json::array())) {
     text += fmt::format("{}: {}\n", cell(failure.at("participant")), cell(failure.at("error")));
