@@ -84,8 +84,8 @@ struct KDEntryStore::Storage {
 
   [[nodiscard]] KDPathRecord& record(std::size_t number) const {
     char* const chunk = records.chunk(number / RecordsAChunk);
-    return *std::launder(reinterpret_cast<KDPathRecord*>(
-        chunk + (number % RecordsAChunk) * sizeof(KDPathRecord)));
+    return *std::launder(
+        reinterpret_cast<KDPathRecord*>(chunk + (number % RecordsAChunk) * sizeof(KDPathRecord)));
   }
 
   /// The slot that holds the path, or the free one where it belongs.
@@ -146,7 +146,7 @@ struct KDEntryStore::Storage {
 KDEntryStore::KDEntryStore() : storage_(std::make_unique<Storage>()) {}
 KDEntryStore::~KDEntryStore() = default;
 
-KDPathRecord& KDEntryStore::path(std::string_view text) { 
+KDPathRecord& KDEntryStore::path(std::string_view text) {
   return storage_->path(text, storage_->hashOf(text));
 }
 
@@ -176,8 +176,7 @@ KDLogFileEntry* KDEntryStore::add(const KDEntryFields& fields) {
 KDLogFileEntry* KDEntryStore::add(const KDEntryFields& fields, PathHint hint) {
   require(fields.logTime > fields.plogTime, "aLogTime > aPLogTime");
   KDPathRecord& path = storage_->path(fields.path, hint.hash);
-  auto* const entry =
-      new (storage_->entries.take(sizeof(KDLogFileEntry))) KDLogFileEntry;
+  auto* const entry = new (storage_->entries.take(sizeof(KDLogFileEntry))) KDLogFileEntry;
   entry->logTime_ = fields.logTime;
   entry->plogTime_ = fields.plogTime;
   entry->modTime_ = fields.modTime;
@@ -230,8 +229,7 @@ KDEntryStore::Made KDEntryStore::branchSelectionEntryForUser(Clock& clock, Log& 
 }
 
 KDEntryStore::Made KDEntryStore::branchDeletionEntryForUser(Clock& clock, Log& log,
-                                                            double notBefore,
-                                                            KDLogFileEntry& entry,
+                                                            double notBefore, KDLogFileEntry& entry,
                                                             std::string_view user) {
   require(entry.type() != KDLogFileEntry::KDDeletionType, "[self type] != KDDeletionType");
   const Made made =

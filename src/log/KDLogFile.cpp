@@ -118,8 +118,8 @@ std::vector<KDLogFileEntry*> KDLogFile::entriesFromOffset(std::uint64_t offset,
   const auto read = readInto(reader, offset);
   if (!read) log_.warning("{}", read.error().message());
   if (reader.refusedPaths() > 0) {
-    log_.warning("Warning: Left out {} entries of '{}' with unusable paths.",
-                 reader.refusedPaths(), path_);
+    log_.warning("Warning: Left out {} entries of '{}' with unusable paths.", reader.refusedPaths(),
+                 path_);
   }
   return std::move(reader.summary().entries);
 }

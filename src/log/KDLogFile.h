@@ -25,8 +25,8 @@ class KDLogFileDelegate {
 /// What a read of a log found besides entries.
 struct LogReadSummary {
   std::vector<KDLogFileEntry*> entries;  ///< in file order
-  std::uint64_t endOffset = 0;     ///< just behind the last whole line (one with a line feed)
-  std::uint64_t rowsSkipped = 0;   ///< malformed rows, and entries whose path was refused
+  std::uint64_t endOffset = 0;           ///< just behind the last whole line (one with a line feed)
+  std::uint64_t rowsSkipped = 0;         ///< malformed rows, and entries whose path was refused
   std::uint64_t bytesSkipped = 0;
 };
 
@@ -46,15 +46,17 @@ class KDLogFile {
   /// Requires: not older than the last one taken ("[entry logTime]>=lastLogTime").
   void appendEntry(const KDLogFileEntry* entry);
   [[nodiscard]] bool hasEntriesToAppend() const { return !entriesToAppend_.empty(); }
-  /// Writes what was taken, flushes it, gives the file a time at least one second later than it had,
-  /// and tells the delegate. Nothing taken: does nothing. A file that does not end in a line feed
-  /// gets one first. On failure the entries stay taken.
+  /// Writes what was taken, flushes it, gives the file a time at least one second later than it
+  /// had, and tells the delegate. Nothing taken: does nothing. A file that does not end in a line
+  /// feed gets one first. On failure the entries stay taken.
   Result<> synchronizeFile();
 
   /// Reads from a line start, 0 or a remembered offset, to the end, in pieces. A malformed row
   /// throws InconsistencyError ("[components count] >= 5" and others).
   std::vector<KDLogFileEntry*> entriesFromOffset(std::uint64_t offset, KDEntryStore& store);
-  std::vector<KDLogFileEntry*> allEntries(KDEntryStore& store) { return entriesFromOffset(0, store); }
+  std::vector<KDLogFileEntry*> allEntries(KDEntryStore& store) {
+    return entriesFromOffset(0, store);
+  }
   /// The same for logs that strangers wrote: a malformed row, a refused path or a last line without
   /// line feed costs only itself and is counted; a damaged line never swallows the next.
   Result<LogReadSummary> readTolerantly(std::uint64_t offset, KDEntryStore& store);

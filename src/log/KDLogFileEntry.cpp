@@ -100,8 +100,12 @@ KDLogFileEntry::Type KDLogFileEntry::type() const {
 }
 
 std::array<std::string, 6> KDLogFileEntry::components() const {
-  return {timeText(logTime_), timeText(plogTime_), std::string(path()), timeText(modTime_),
-          puserId_ != nullptr ? *puserId_ : std::string(), std::string(comment())};
+  return {timeText(logTime_),
+          timeText(plogTime_),
+          std::string(path()),
+          timeText(modTime_),
+          puserId_ != nullptr ? *puserId_ : std::string(),
+          std::string(comment())};
 }
 
 void KDLogFileEntry::setParentEntry(KDLogFileEntry* parent) {
@@ -150,9 +154,9 @@ int KDLogFileEntry::compareLogTime(const KDLogFileEntry& other) const {
 }
 
 bool KDLogFileEntry::isEqual(const KDLogFileEntry& other) const {
-  return logTime_ == other.logTime_ && modTime_ == other.modTime_ &&
-         plogTime_ == other.plogTime_ && userId_ == other.userId_ &&
-         &puserId() == &other.puserId() && (path_ == other.path_ || path() == other.path());
+  return logTime_ == other.logTime_ && modTime_ == other.modTime_ && plogTime_ == other.plogTime_ &&
+         userId_ == other.userId_ && &puserId() == &other.puserId() &&
+         (path_ == other.path_ || path() == other.path());
 }
 
 std::string KDLogFileEntry::description() const {

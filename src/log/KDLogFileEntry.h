@@ -100,7 +100,6 @@ class KDLogFileEntry {
   KDLogFileEntry* previous_ = nullptr;
   KDLogFileEntry* nextLeaf_ = nullptr;
   std::uint32_t childCount_ = 0;
-  std::uint32_t flags_ = 0;
 };
 
 /// The single instance of a user id; kept for the life of the process. Any thread.

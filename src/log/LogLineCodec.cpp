@@ -81,8 +81,7 @@ CsvParse csvLinesWithComponents(std::string_view text) {
   if (parsed == text.size()) {
     csv_fini(&parser, &endField, &endRow, &collected);
   } else {
-    parse.error =
-        fmt::format("CSV error: Processed only {} from {} bytes.", parsed, text.size());
+    parse.error = fmt::format("CSV error: Processed only {} from {} bytes.", parsed, text.size());
   }
   parse.rows = std::move(collected.rows);
   return parse;

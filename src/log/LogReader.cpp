@@ -94,9 +94,9 @@ Result<> LogReader::readAll(const Folder::Reader& reader, std::uint64_t offset,
   }
   constexpr std::size_t BufferSize = PieceSize + LongestLine;
   const auto buffer = std::make_unique_for_overwrite<char[]>(BufferSize);
-  std::size_t kept = 0;               // bytes of a line whose end has not been read yet
-  std::uint64_t overlong = 0;         // bytes of a line that became too long, already let go
-  std::uint64_t position = offset;    // in the file, behind the bytes in the buffer
+  std::size_t kept = 0;             // bytes of a line whose end has not been read yet
+  std::uint64_t overlong = 0;       // bytes of a line that became too long, already let go
+  std::uint64_t position = offset;  // in the file, behind the bytes in the buffer
   summary_.endOffset = offset;
   while (true) {
     const auto count = reader(buffer.get() + kept, PieceSize);
@@ -149,8 +149,7 @@ std::size_t LogReader::takeLines(std::string_view bytes) {
 void LogReader::takeLine(std::string_view line) {
   rowsSkippedInLine_ = 0;
   brokenCondition_ = nullptr;
-  const std::size_t parsed =
-      csv_parse(&parser_, line.data(), line.size(), &onField, &onRow, this);
+  const std::size_t parsed = csv_parse(&parser_, line.data(), line.size(), &onField, &onRow, this);
   if (line.back() == '\n') {
     // Whatever is still open now, a quoted field, would swallow the next line: it is cut here.
     csv_fini(&parser_, nullptr, &onOpenRow, this);

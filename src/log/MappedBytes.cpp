@@ -10,8 +10,8 @@ namespace zolvar {
 MappedBytes::MappedBytes(std::size_t size, Pages pages) {
   // The system promises no more than the alignment of a page: map more and give the ends back.
   const std::size_t spare = pages == Pages::Huge ? HugePage : 0;
-  void* const mapped = ::mmap(nullptr, size + spare, PROT_READ | PROT_WRITE,
-                              MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  void* const mapped =
+      ::mmap(nullptr, size + spare, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (mapped == MAP_FAILED) throw std::bad_alloc();
   bytes_ = static_cast<char*>(mapped);
   size_ = size;
@@ -32,7 +32,8 @@ void ChunkedBytes::grow() {
   // A small store must not pay for huge pages that it would hardly use.
   constexpr std::size_t OrdinaryChunks = 4;
   const bool isLarge = chunks_.size() >= OrdinaryChunks;
-  chunks_.emplace_back(ChunkSize, isLarge ? MappedBytes::Pages::Huge : MappedBytes::Pages::Ordinary);
+  chunks_.emplace_back(ChunkSize,
+                       isLarge ? MappedBytes::Pages::Huge : MappedBytes::Pages::Ordinary);
   next_ = chunks_.back().data();
   left_ = ChunkSize;
 }

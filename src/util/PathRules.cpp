@@ -19,7 +19,7 @@ unsigned char byteAt(std::string_view text, std::size_t index) {
 std::size_t multibyteLength(std::string_view text, std::size_t index) {
   const unsigned char lead = byteAt(text, index);
   std::size_t length = 0;
-  unsigned char lowest = 0x80;  // bounds of the second byte: they rule out overlong forms,
+  unsigned char lowest = 0x80;   // bounds of the second byte: they rule out overlong forms,
   unsigned char highest = 0xBF;  // surrogates and what lies beyond U+10FFFF
   if (lead >= 0xC2 && lead <= 0xDF) {
     length = 2;
@@ -129,7 +129,8 @@ bool isSafeRelativePath(std::string_view path) {
       const std::uint64_t kept = (std::uint64_t{1} << (asciiCount * 8)) - 1;
       word = (word & kept) | (eachByte('x') & ~kept);
     }
-    if ((equalBytes(word, '\0') | equalBytes(word, '\n') | equalBytes(word, '\r')) != 0) return false;
+    if ((equalBytes(word, '\0') | equalBytes(word, '\n') | equalBytes(word, '\r')) != 0)
+      return false;
     for (std::uint64_t slashes = equalBytes(word, '/'); slashes != 0; slashes &= slashes - 1) {
       const auto place = static_cast<unsigned>(std::countr_zero(slashes)) / 8;
       if (!endComponent(index + place)) return false;
@@ -149,8 +150,9 @@ std::optional<std::string> poolNameProblem(std::string_view name) {
   if (hasControlCharacter(name)) return "The name contains a control character.";
   const std::size_t special = name.find_first_of(":/[]%\\");
   if (special != std::string_view::npos) {
-    return fmt::format("The name '{}' contains the character '{}', which a shared folder cannot have.",
-                       name, name[special]);
+    return fmt::format(
+        "The name '{}' contains the character '{}', which a shared folder cannot have.", name,
+        name[special]);
   }
   if (name.front() == ' ' || name.back() == ' ' || name.find("  ") != std::string_view::npos) {
     return fmt::format("The name '{}' begins or ends with a blank or contains two in a row.", name);

@@ -43,8 +43,8 @@ constexpr std::string_view BinaryMagic = "bplist00";
 /// Bounds the nesting of an XML property list without understanding more of it than its brackets.
 /// Where comments or CDATA make it doubtful what a bracket means, containers count as never closed.
 bool isShallowXml(std::string_view text, int depthLimit) {
-  const bool closes = text.find("<!--") == std::string_view::npos &&
-                      text.find("<![") == std::string_view::npos;
+  const bool closes =
+      text.find("<!--") == std::string_view::npos && text.find("<![") == std::string_view::npos;
   int depth = 0;
   for (std::size_t open = text.find('<'); open != std::string_view::npos;
        open = text.find('<', open + 1)) {
