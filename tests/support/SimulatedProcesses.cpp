@@ -52,14 +52,16 @@ void collect(const SimulatedTree::Node& node, const std::string& path,
 
 }  // namespace
 
-class SimulatedProcesses::DaemonLaunch : public Process {
+/// A program that has done its work when it is waited for.
+class SimulatedProcesses::SimpleRun : public Process {
  public:
-  DaemonLaunch(int pid, int status, std::string error)
-      : pid_(pid), status_(status), error_(std::move(error)) {}
+  SimpleRun(int pid, int status, std::string error, std::string output = {})
+      : pid_(pid), status_(status), error_(std::move(error)), output_(std::move(output)) {}
   [[nodiscard]] int pid() const override { return pid_; }
   void terminate() override {}
   ProcessEnd wait(const SilenceLimits& /*limits*/, const ProcessSinks& sinks) override {
     if (sinks.errors && !error_.empty()) sinks.errors(error_);
+    if (sinks.output && !output_.empty()) sinks.output(output_);
     return {status_, false};
   }
 
@@ -67,6 +69,7 @@ class SimulatedProcesses::DaemonLaunch : public Process {
   int pid_;
   int status_;
   std::string error_;
+  std::string output_;
 };
 
 class SimulatedProcesses::ClientRun : public Process {
@@ -216,11 +219,15 @@ Result<std::shared_ptr<Process>> SimulatedProcesses::start(const ProcessRequest&
   if (request.program != ToolPath || !isToolInstalled) {
     return fail(FailureKind::Absent, "start", request.program);
   }
+  if (request.arguments == std::vector<std::string>{"--version"}) {
+    return std::make_shared<SimpleRun>(
+        nextPid_++, 0, "", "rsync  version " + toolVersion + "  protocol version 32\nmore\n");
+  }
   for (const std::string& argument : request.arguments) {
     if (argument != "--daemon") continue;
     std::string error;
     const int status = launchDaemon(request.arguments, error);
-    return std::make_shared<DaemonLaunch>(nextPid_++, status, error);
+    return std::make_shared<SimpleRun>(nextPid_++, status, error);
   }
   return std::make_shared<ClientRun>(*this, request, nextPid_++);
 }

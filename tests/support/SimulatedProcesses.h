@@ -42,6 +42,7 @@ class SimulatedProcesses : public ProcessLauncher {
   TransferTroubles troubles;
   mutable Faults faults;
   bool isToolInstalled = true;
+  std::string toolVersion = "3.5.0";
   std::set<unsigned> takenPorts;               ///< by other programs
   std::map<std::string, int> heldConnections;  ///< module → connections that others hold
   bool ignoresTerminate = false;               ///< daemons go on at SIGTERM
@@ -62,7 +63,7 @@ class SimulatedProcesses : public ProcessLauncher {
 
  private:
   class ClientRun;
-  class DaemonLaunch;
+  class SimpleRun;
   struct Living {
     std::vector<std::string> commandLine;
     unsigned port = 0;  ///< 0: no daemon
