@@ -53,7 +53,7 @@ def scenario_other_version(lab):
     disputed("text", here, there)
     target = here.host.home / "bobs-text"
     here.command("fetch", "text", here.version("text", local=False), str(target))
-    check(target.read_text() == "what bob wrote!", "another version was fetched")
+    check(here.host.seen(target).read_text() == "what bob wrote!", "another version was fetched")
     check(here.read("text") == "what ann wrote", "fetching changed the folder")
 
 

@@ -12,11 +12,11 @@ import lab
 
 
 def say(text):
-    print("\n" + textwrap.fill(textwrap.dedent(text).strip(), 78), flush=True)
+    print("\n" + textwrap.fill(" ".join(text.split()), 78), flush=True)
 
 
 def step(title):
-    print(f"\n\033[1m── {title} \033[0m".ljust(82, "─"), flush=True)
+    print(f"\n\033[1m{f'── {title} '.ljust(78, '─')}\033[0m", flush=True)
 
 
 def typed(host, command, output=""):
@@ -60,7 +60,7 @@ def play(hosts):
     lab.wait_until(lambda: (bob.pool("Recipes") or {}).get("announced"), 30, "no announcement")
     zolvar(bob, "list")
     there = bob.subscribe("Recipes")
-    typed(bob, "zolvar subscribe Recipes")
+    typed(bob, "zolvar subscribe Recipes ~/Recipes")
     lab.converge(here, there)
     show(there)
 

@@ -34,7 +34,7 @@ def scenario_moved(lab):
     ann, bob, here, there = pair(lab, "Moves")
 
     def at(place):
-        here.path, here.root = place, ann.files / str(place).lstrip("/")
+        here.path, here.root = place, ann.seen(place)
         wait_until(lambda: ann.pool("Moves")["folder"] == str(place), 60,
                    lambda: f"not followed to {place}: {ann.pool('Moves')}")
 
@@ -42,7 +42,7 @@ def scenario_moved(lab):
         place = ann.home / f"drawer {turn}" / "Moves"
         if not running:
             ann.stop()
-        target = ann.files / str(place).lstrip("/")
+        target = ann.seen(place)
         target.parent.mkdir()
         ann.own(target.parent)
         here.root.rename(target)
@@ -54,7 +54,7 @@ def scenario_moved(lab):
         there.write("deep/two", f"to the new place {turn}", age=5)
         converge(here, there)
         check(here.read("deep/two") == f"to the new place {turn}", "not written to the new place")
-    check(not (ann.home / "Moves").exists(), "the old place was made again")
+    check(not ann.seen(ann.home / "Moves").exists(), "the old place was made again")
 
 
 def scenario_removed(lab):
@@ -81,10 +81,10 @@ def scenario_unmounted(lab):
     bob.shell(f"umount -l {place}")
     here.write("one", "while unmounted", age=5)
     always(lambda: here.tree().keys() >= before.keys(), 12, "files were deleted at ann's")
-    check(not (place / "Mounts").exists(), "the folder was made on the wrong disk")
+    check(not bob.seen(place / "Mounts").exists(), "the folder was made on the wrong disk")
     bob.restart()
     always(lambda: here.tree().keys() >= before.keys(), 8, "files were deleted after the restart")
-    check(not (place / "Mounts").exists(), "the folder was made on the wrong disk")
+    check(not bob.seen(place / "Mounts").exists(), "the folder was made on the wrong disk")
     bob.shell(f"mount --bind {disk} {place}")
     if not bob.pool("Mounts")["active"]:
         bob.restart()

@@ -155,7 +155,7 @@ class Host(Namespace):
         self.user_id = f"{self.user}@{name}.local"
         self.number = len(lab.hosts) + 1
         self.directory = lab.directory / name
-        self.home = self.directory / "home"
+        self.home = Path("/home") / self.user
         self.zolvard = None
         self.files = Path(f"/proc/{self.pid}/root")
         self.environment = {
@@ -167,7 +167,7 @@ class Host(Namespace):
                 self.environment[key] = value
         for folder in ("home", "services"):
             (self.directory / folder).mkdir(parents=True)
-        self.own(self.home)
+        self.own(self.directory / "home")
         self._prepare()
         self.bus = Process(self, ["dbus-daemon", "--system", "--nofork", "--nopidfile"],
                            self.directory / "bus.log")
@@ -199,6 +199,9 @@ class Host(Namespace):
             mkdir -m 700 /run/user/{self.uid}
             chown {self.uid}:{self.uid} /run/user/{self.uid}
             mount --bind {self.lab.programs.parent} /run/programs
+            mount -t tmpfs -o mode=755 tmpfs /home
+            mkdir {self.home}
+            mount --bind {self.directory}/home {self.home}
             {binds}
             mount --bind {self.directory}/services /etc/avahi/services""")
         port = f"port{self.number}"
@@ -222,6 +225,10 @@ class Host(Namespace):
     def stop_avahi(self, number=signal.SIGTERM):
         self.avahi.end(number)
 
+    def seen(self, path):
+        """Where a path of this host can be reached from outside."""
+        return self.files / str(path).lstrip("/")
+
     def own(self, *paths):
         """Gives to this host's user what the test has made."""
         for path in paths:
@@ -240,7 +247,7 @@ class Host(Namespace):
 
     def settings(self, values):
         """Writes settings as they lie on disk; for while zolvard is not running."""
-        path = self.home / ".config/Zolvar/Zolvar.conf"
+        path = self.seen(self.home / ".config/Zolvar/Zolvar.conf")
         path.parent.mkdir(parents=True, exist_ok=True)
         self.own(path.parent.parent, path.parent)
         path.write_text("[General]\n" + "".join(f"{key}={value}\n" for key, value in values.items()))
@@ -325,7 +332,7 @@ class Host(Namespace):
 
     def kept(self):
         """What this user can get back: file name → contents, of all Trash folders and versions."""
-        share = self.files / str(self.home / ".local/share").lstrip("/")
+        share = self.seen(self.home / ".local/share")
         found = {}
         for top in (share / "Trash/files", share / "Zolvar/Trash", share / "Zolvar/versions"):
             for path in top.rglob("*"):
@@ -339,7 +346,7 @@ class Folder:
 
     def __init__(self, host, name, path):
         self.host, self.name, self.path = host, name, Path(path)
-        self.root = host.files / str(path).lstrip("/")
+        self.root = host.seen(path)
 
     def __str__(self):
         return f"{self.host.name}:{self.path}"

@@ -101,7 +101,7 @@ def scenario_announcements(lab):
         check(names <= {"True", "Honest", "Older", "Newer", "Short", *ann_folders(host)},
               f"{host.name} believes in {names}")
         check(host.zolvard.running(), f"{host.name} ended")
-        configurations = list((host.home / ".local/share/Zolvar").glob("instance-*.fpcfg"))
+        configurations = list(host.seen(host.home / ".local/share/Zolvar").glob("instance-*.fpcfg"))
         check(len(configurations) == 1, f"configurations: {configurations}")
         check("evil" not in configurations[0].read_text(), "an announced name became configuration")
         check("warning: " in host.log(), f"{host.name} warned of nothing")
@@ -113,7 +113,7 @@ def scenario_announcements(lab):
             ann.run([ZOLVAR, "subscribe", name, str(ann.home / name)])
     time.sleep(12)
     for name in ("Older", "Newer", "Short"):
-        check(not (ann.home / name / "file").exists() and not liar.asked_for(f"rsync on {name}"),
+        check(not ann.seen(ann.home / name / "file").exists() and not liar.asked_for(f"rsync on {name}"),
               f"synced with {name}")
         if ann.pool(name):
             ann.run([ZOLVAR, "unsubscribe", name])
@@ -138,7 +138,7 @@ def scenario_logs(lab):
     liar = Liar(lab)
     module = liar.module("Gifts")
     here, there = share_with_liar(lab, "Gifts")
-    victim = here.host.home / "victim"
+    victim = here.host.seen(here.host.home / "victim")
     victim.mkdir()
     here.host.own(victim)
     here.link("alias", "../victim")
@@ -181,7 +181,7 @@ def scenario_logs(lab):
                        lambda: f"{folder}: {name} did not come, missing "
                                f"{folder.host.cli('missing', 'Gifts')}")
         check("warning: " in folder.host.log()[mark:], f"{folder.host.name} warned of nothing")
-        outside = [path for path in folder.host.home.rglob("*escaped*") if path.is_file()]
+        outside = [path for path in folder.host.seen(folder.host.home).rglob("*escaped*") if path.is_file()]
         check(not outside, f"something got out: {outside}")
         wait_until(lambda: not {"evil.sh", "deeper", "picture@gamma.local.tiff"} &
                    set(os.listdir(folder.root / ".Zolvar")), 30,

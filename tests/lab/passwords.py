@@ -20,7 +20,7 @@ def scenario_right(lab):
     check(here.read("secret") == "of both", "bob's edit did not arrive")
     # The files that hold a password are the user's alone.
     for host in (ann, bob):
-        for path in host.home.rglob("*"):
+        for path in host.seen(host.home).rglob("*"):
             if path.is_file() and b"pass#word" in path.read_bytes():
                 check(path.stat().st_mode & 0o077 == 0, f"{path} can be read by others")
 
