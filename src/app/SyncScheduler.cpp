@@ -61,6 +61,11 @@ void SyncScheduler::stop() {
 }
 
 void SyncScheduler::enqueue(const Participant& participant) {
+  if (!participant->speaksOurProtocol()) {
+    platform_.log.warning("Warning: Sync with {} skipped due to different protocol versions.",
+                          participant->description());
+    return;
+  }
   participant->resetLastSyncDate();
   queue_.append(participant);
 }

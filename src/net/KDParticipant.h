@@ -42,6 +42,10 @@ class KDParticipant : public std::enable_shared_from_this<KDParticipant> {
   [[nodiscard]] bool passwordRequired() const { return passwordRequired_; }
   void setPasswordRequired(bool required) { passwordRequired_ = required; }
 
+  /// What its announcement last said; with another protocol than ours there is no sync.
+  [[nodiscard]] bool speaksOurProtocol() const { return speaksOurProtocol_; }
+  void setSpeaksOurProtocol(bool speaks) { speaksOurProtocol_ = speaks; }
+
   /// Ignoring lasts until the program ends, also while nobody else holds the participant.
   [[nodiscard]] bool isIgnored() const;
   void setIsIgnored(bool ignored);
@@ -55,6 +59,7 @@ class KDParticipant : public std::enable_shared_from_this<KDParticipant> {
   KDParticipants& table_;
   double lastSyncDate_ = 0;
   bool passwordRequired_ = false;
+  bool speaksOurProtocol_ = true;
   std::optional<std::string> pictureData_;
 };
 

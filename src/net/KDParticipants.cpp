@@ -45,6 +45,7 @@ std::shared_ptr<KDParticipant> KDParticipants::fromService(const std::string& se
   const bool isNew = known == known_.end() || known->second.expired();
   auto made = participant(address);
   if (isNew) made->setPasswordRequired(decodedUnsignedIntValue(record, txt::Password) != 0);
+  made->setSpeaksOurProtocol(decodedUnsignedIntValue(record, txt::Version) == ProtocolVersion);
   return made;
 }
 
