@@ -53,6 +53,7 @@ void KDPoolState::scan() {
   if (wholeSeconds(platform_.clock.now()) - lastScan_ <= 1) {
     platform_.clock.sleepUntil(platform_.clock.now() + 1);
   }
+  copying_.clear();  // what changes from now on is no copy run's doing
   Scan scan;
   scan.number = ++scanNumber_;
   scan.now = platform_.clock.now();
@@ -257,6 +258,11 @@ void KDPoolState::settleVanished(Scan& scan) {
     }
   });
   missingOnce_ = std::move(missing);
+  const auto answered = std::erase_if(inQuestion_, [this](const std::string& path) {
+    const KDPathRecord* record = store_->findPath(path);
+    return !record || record->activeLeafCount == 0;  // a peer deleted it meanwhile
+  });
+  isQuestionStale_ = isQuestionStale_ || answered > 0;
   if (!toFetch.empty()) {
     for (const std::string& path : toFetch) {
       if (KDPathRecord* record = store_->findPath(path)) record_->forget(*record);
@@ -299,7 +305,23 @@ Result<> KDPoolState::answerQuestion(std::uint64_t questionId, int code) {
     addTodoFiles(paths);
     listener_->fullSyncNeeded();
   } else if (code > Reget) {
+    // The question was about what lay here; a version that came since is fetched, not deleted.
+    std::set<std::string> newer;
+    for (const std::string& path : paths) {
+      const KDPathRecord* record = store_->findPath(path);
+      if (!record || !record->disk || tree_->selectedLeaf(*record).leaf != record->disk->entry) {
+        newer.insert(path);
+      }
+    }
+    for (const std::string& path : newer) {
+      paths.erase(path);
+      if (KDPathRecord* record = store_->findPath(path)) record_->forget(*record);
+    }
     logFileSystemDeletionsAtPaths(paths);
+    if (!newer.empty()) {
+      addTodoFiles(newer);
+      listener_->fullSyncNeeded();
+    }
   }
   const auto written = flush();
   publish();

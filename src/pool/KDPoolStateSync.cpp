@@ -166,7 +166,7 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
                             text, settings_.folderPath);
     }
   }
-  copying_ = ready;
+  copying_.insert(ready.begin(), ready.end());
   return ready;
 }
 
@@ -196,6 +196,12 @@ void KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
       continue;
     }
     if (tree_->versionWithModTime(*path, comparedTime(*saved), settings_.userId)) continue;
+    // Saved once more since the run: that too is somebody's work, and the later one stays in place.
+    const auto here = folder_->attributes(file.path);
+    if (here && here->kind != FileKind::Directory &&
+        !tree_->versionWithModTime(*path, comparedTime(*here), settings_.userId)) {
+      continue;
+    }
     platform_.log.warning(
         "'{}' in {} was edited while a newer version arrived; the edit stays and becomes a branch.",
         file.path, settings_.folderPath);

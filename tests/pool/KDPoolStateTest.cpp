@@ -170,6 +170,22 @@ TEST_F(KDPoolStateTest, asksBeforeAVanishedFileIsDeletedOnTheNetwork) {
   EXPECT_EQ(heard.snapshot->question, nullptr);
 }
 
+TEST_F(KDPoolStateTest, anAnswerDoesNotReachVersionsThatCameAfterTheQuestion) {
+  arrives("bob@beta.local", {line(100, 0, "f", 90), line(101, 0, "g", 91)});
+  fetch("f", "first", 90);
+  fetch("g", "second", 91);
+  host.files.remove(path("f"));
+  host.files.remove(path("g"));
+  scan();
+  scan();
+  ASSERT_EQ(heard.questions, 1);
+  arrives("bob@beta.local", {line(200, 100, "f", 190)});
+  ASSERT_TRUE(state->answerQuestion(heard.question->id, 1001));
+  EXPECT_EQ(missing(), std::vector<std::string>{"f"});
+  EXPECT_EQ(ownLog().find("\"f\",\"0\""), std::string::npos) << ownLog();
+  EXPECT_NE(ownLog().find("\"g\",\"0\""), std::string::npos) << ownLog();
+}
+
 TEST_F(KDPoolStateTest, fetchesWhatIsMissingAtTheStart) {
   put("a", "one");
   scan();
