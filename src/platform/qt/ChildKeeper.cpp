@@ -1,6 +1,7 @@
 #include "platform/qt/ChildKeeper.h"
 
 #include <fcntl.h>
+#include <linux/close_range.h>
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
@@ -19,8 +20,6 @@
 namespace zolvar {
 
 namespace {
-
-constexpr double Patience = 5;  // seconds from SIGTERM to SIGKILL
 
 double steadyNow() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
@@ -54,6 +53,8 @@ struct ChildStart {
     for (int number = 0; number < 3; ++number) {
       isReady = isReady && dup2(descriptors[number], number) == number;
     }
+    // Also what libraries opened without care, or what we inherited ourselves.
+    syscall(SYS_close_range, 3U, ~0U, CLOSE_RANGE_CLOEXEC);
     if (isReady && chdir("/") == 0) {
       sigprocmask(SIG_SETMASK, &none, nullptr);
       execve(program, arguments, environment);
@@ -147,7 +148,8 @@ int Child::reap() {
   return status_;
 }
 
-ChildKeeper::ChildKeeper() : wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+ChildKeeper::ChildKeeper(double patience)
+    : patience_(patience), wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   thread_ = std::jthread([this] { loop(); });
 }
 
@@ -169,13 +171,13 @@ Result<std::shared_ptr<Child>> ChildKeeper::spawn(const ChildPlan& plan) {
 
 void ChildKeeper::terminate(const std::shared_ptr<Child>& child) {
   if (!child->signalGroup(SIGTERM)) return;
-  perform([this, child] { wards_.push_back({child, steadyNow() + Patience, false}); });
+  perform([this, child] { wards_.push_back({child, steadyNow() + patience_, false}); });
 }
 
 void ChildKeeper::abandon(const std::shared_ptr<Child>& child) {
   if (child->isReaped()) return;
   child->signalGroup(SIGTERM);
-  perform([this, child] { wards_.push_back({child, steadyNow() + Patience, true}); });
+  perform([this, child] { wards_.push_back({child, steadyNow() + patience_, true}); });
 }
 
 void ChildKeeper::perform(std::function<void()> task) {
@@ -226,7 +228,7 @@ int ChildKeeper::lookAfterWards() {
     }
     if (ward.killTime <= now) {
       ward.child->signalGroup(SIGKILL);
-      ward.killTime = now + Patience;
+      ward.killTime = now + patience_;
     }
     next = next < 0 ? ward.killTime : std::min(next, ward.killTime);
     return false;

@@ -56,13 +56,14 @@ struct ChildPlan {
 /// thread.
 class ChildKeeper {
  public:
-  ChildKeeper();
+  /// `patience`: seconds from asking a child to end to killing it.
+  explicit ChildKeeper(double patience);
   ~ChildKeeper();
 
   /// Starts a child in its own process group, in the folder "/", with no other descriptor and
   /// ordinary signal handling. Fails: Absent, Refused, Transient, as exec tells.
   Result<std::shared_ptr<Child>> spawn(const ChildPlan& plan);
-  /// Asks the child's group to end now, and kills it after five seconds if it is still there.
+  /// Asks the child's group to end now, and kills it when it is still there after the patience.
   void terminate(const std::shared_ptr<Child>& child);
   /// Ends the child as terminate does, and reaps it.
   void abandon(const std::shared_ptr<Child>& child);
@@ -79,6 +80,7 @@ class ChildKeeper {
   int lookAfterWards();
   void perform(std::function<void()> task);
 
+  const double patience_;
   std::mutex mutex_;  ///< guards tasks_ and isStopping_
   std::vector<std::function<void()>> tasks_;
   bool isStopping_ = false;

@@ -15,8 +15,6 @@ namespace zolvar {
 
 namespace {
 
-constexpr double TickInterval = 0.5;  // seconds
-
 double steadyNow() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
@@ -26,7 +24,8 @@ double steadyNow() {
 /// Judges, tick by tick, whether the process group has stood still for too long.
 class PosixProcess::SilenceWatch {
  public:
-  SilenceWatch(const SilenceLimits& limits, pid_t pid) : limits_(limits), activity_(pid) {}
+  SilenceWatch(const SilenceLimits& limits, pid_t pid, double tick)
+      : limits_(limits), activity_(pid), tick_(tick) {}
 
   [[nodiscard]] bool isNeeded() const { return limits_.connecting > 0 || limits_.silent > 0; }
 
@@ -38,7 +37,7 @@ class PosixProcess::SilenceWatch {
   /// True when the limit that applies now is passed.
   bool isPassed() {
     const double silence = steadyNow() - lastMovement_;
-    if (silence < TickInterval) return false;
+    if (silence < tick_) return false;  // the pipes were busy: no need to look further
     const auto bytes = activity_.bytes();
     // Where the kernel keeps no counters, nothing is known, and no healthy transfer is ended.
     if (!bytes || bytes != lastBytes_) {
@@ -56,33 +55,35 @@ class PosixProcess::SilenceWatch {
  private:
   const SilenceLimits limits_;
   const ProcessGroupActivity activity_;
+  const double tick_;
   bool hasStarted_ = false;
   double lastMovement_ = steadyNow();
   std::optional<ProcessGroupActivity::Bytes> lastBytes_;
 };
 
 PosixProcess::PosixProcess(std::shared_ptr<ChildKeeper> keeper, std::shared_ptr<Child> child,
-                           Pipes pipes, std::string input)
+                           Pipes pipes, std::string input, const ProcessPace& pace)
     : keeper_(std::move(keeper)),
       child_(std::move(child)),
       pipes_(std::move(pipes)),
-      input_(std::move(input)) {}
+      input_(std::move(input)),
+      tick_(pace.tick) {}
 
 PosixProcess::~PosixProcess() { keeper_->abandon(child_); }
 
 void PosixProcess::terminate() { keeper_->terminate(child_); }
 
 ProcessEnd PosixProcess::wait(const SilenceLimits& limits, const ProcessSinks& sinks) {
-  SilenceWatch silence(limits, child_->pid());
+  SilenceWatch silence(limits, child_->pid(), tick_);
   const bool needsTicks = sinks.tick || silence.isNeeded();
-  double nextTick = steadyNow() + TickInterval;
+  double nextTick = steadyNow() + tick_;
   ProcessEnd end;
   for (bool hasEnded = false; !hasEnded;) {
     const double remaining = std::max(0.0, nextTick - steadyNow());
     const int timeout = needsTicks ? static_cast<int>(std::ceil(remaining * 1000)) : -1;
     if (pollOnce(timeout, sinks, hasEnded)) silence.sawPipeTraffic();
     if (hasEnded || !needsTicks || steadyNow() < nextTick) continue;
-    nextTick = steadyNow() + TickInterval;
+    nextTick = steadyNow() + tick_;
     if (sinks.tick) sinks.tick();
     if (silence.isNeeded() && !end.silenced && silence.isPassed()) {
       end.silenced = true;

@@ -8,6 +8,12 @@
 
 namespace zolvar {
 
+/// How often a waiting process is looked at, and how long an asked one may take to end, in seconds.
+struct ProcessPace {
+  double tick = 0.5;
+  double patience = 5;
+};
+
 /// A running child with our ends of its pipes. `terminate` and `pid` from any thread, `wait` from
 /// one. While nobody waits, a child that writes more than a pipe holds stands still.
 class PosixProcess : public Process {
@@ -20,7 +26,7 @@ class PosixProcess : public Process {
   };
 
   PosixProcess(std::shared_ptr<ChildKeeper> keeper, std::shared_ptr<Child> child, Pipes pipes,
-               std::string input);
+               std::string input, const ProcessPace& pace);
   ~PosixProcess() override;
 
   [[nodiscard]] int pid() const override { return child_->pid(); }
@@ -38,6 +44,7 @@ class PosixProcess : public Process {
   const std::shared_ptr<Child> child_;
   Pipes pipes_;
   std::string input_;
+  const double tick_;    ///< seconds
   std::size_t fed_ = 0;  ///< bytes of input_ already written
 };
 

@@ -15,8 +15,6 @@
 #include <fstream>
 #include <limits>
 
-#include "platform/qt/ChildKeeper.h"
-#include "platform/qt/PosixProcess.h"
 #include "util/InconsistencyError.h"
 
 namespace zolvar {
@@ -51,7 +49,8 @@ bool makePipe(Descriptor& reader, Descriptor& writer, const Descriptor& ours) {
 
 }  // namespace
 
-PosixProcessLauncher::PosixProcessLauncher() : keeper_(std::make_shared<ChildKeeper>()) {
+PosixProcessLauncher::PosixProcessLauncher(const ProcessPace& pace)
+    : pace_(pace), keeper_(std::make_shared<ChildKeeper>(pace.patience)) {
   ::signal(SIGPIPE, SIG_IGN);
 }
 
@@ -78,7 +77,8 @@ Result<std::shared_ptr<Process>> PosixProcessLauncher::start(const ProcessReques
   plan.errors = errors.get();
   auto child = keeper_->spawn(plan);
   if (!child) return tl::unexpected(child.error());
-  return std::make_shared<PosixProcess>(keeper_, std::move(*child), std::move(ours), request.input);
+  return std::make_shared<PosixProcess>(keeper_, std::move(*child), std::move(ours), request.input,
+                                        pace_);
 }
 
 Result<std::string> PosixProcessLauncher::clientToolPath() const {

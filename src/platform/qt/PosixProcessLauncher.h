@@ -3,17 +3,16 @@
 #include <memory>
 
 #include "platform/ProcessLauncher.h"
+#include "platform/qt/PosixProcess.h"
 
 namespace zolvar {
-
-class ChildKeeper;
 
 /// Starts programs through one keeper thread. Any thread. While it lives, writing to a pipe that
 /// nobody reads fails instead of ending us (SIGPIPE is ignored for the whole program). Destroying
 /// it ends every child.
 class PosixProcessLauncher : public ProcessLauncher {
  public:
-  PosixProcessLauncher();
+  explicit PosixProcessLauncher(const ProcessPace& pace = {});
   ~PosixProcessLauncher() override;
 
   Result<std::shared_ptr<Process>> start(const ProcessRequest& request) override;
@@ -26,6 +25,7 @@ class PosixProcessLauncher : public ProcessLauncher {
   [[nodiscard]] bool canBind(unsigned port) const override;
 
  private:
+  const ProcessPace pace_;
   const std::shared_ptr<ChildKeeper> keeper_;
 };
 
