@@ -89,8 +89,8 @@ InotifyObservation::InotifyObservation(RunLoop& runLoop, Descriptor inotify, std
     : runLoop_(runLoop),
       inotify_(std::move(inotify)),
       rootPath_(rootPath),
-      changed_(std::move(changed)),
-      lost_(std::move(lost)),
+      changed_(std::make_shared<const Changed>(std::move(changed))),
+      lost_(std::make_shared<const Lost>(std::move(lost))),
       tree_(std::move(rootPath)) {
   readWatch_ = runLoop_.watch(inotify_.get(), RunLoop::Events::Readable, [this] { readEvents(); });
 }
@@ -272,7 +272,8 @@ void InotifyObservation::forget(int watch) {
 void InotifyObservation::tell(FileEvent::Type type, std::string path, bool closed,
                               std::string path2) {
   if (isLost_) return;
-  changed_(FileEvent{type, std::move(path), std::move(path2), closed});
+  const auto changed = changed_;  // survives our destruction from inside
+  (*changed)(FileEvent{type, std::move(path), std::move(path2), closed});
 }
 
 void InotifyObservation::lose(FailureKind kind, const std::string& reason) {
@@ -281,7 +282,8 @@ void InotifyObservation::lose(FailureKind kind, const std::string& reason) {
   pending_.clear();
   runLoop_.cancel(readWatch_);
   inotify_.reset();  // other programs may need the watches
-  lost_(Failure{kind, Attempt, rootPath_, reason});
+  const auto lost = lost_;
+  (*lost)(Failure{kind, Attempt, rootPath_, reason});
 }
 
 }  // namespace zolvar

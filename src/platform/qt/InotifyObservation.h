@@ -73,8 +73,8 @@ class InotifyObservation : public FolderObservation {
   RunLoop& runLoop_;
   Descriptor inotify_;  ///< none once lost
   const std::string rootPath_;
-  const Changed changed_;
-  const Lost lost_;
+  const std::shared_ptr<const Changed> changed_;
+  const std::shared_ptr<const Lost> lost_;
   bool isLost_ = false;
   int rootWatch_ = -1;
   WatchedTree tree_;
