@@ -46,8 +46,8 @@ std::vector<std::string> logicalLines(std::string_view text) {
     const auto end = text.find('\n');
     std::string_view piece = text.substr(0, end);
     text = end == std::string_view::npos ? std::string_view() : text.substr(end + 1);
-    const bool isComment = line.empty() && (trimmed(piece).starts_with('#') ||
-                                            trimmed(piece).starts_with(';'));
+    const bool isComment =
+        line.empty() && (trimmed(piece).starts_with('#') || trimmed(piece).starts_with(';'));
     if (isComment) continue;
     const bool continues = !piece.empty() && piece.back() == '\\';
     if (continues) piece.remove_suffix(1);

@@ -15,7 +15,7 @@ namespace zolvar {
 struct DaemonModule {
   std::string name;
   std::string folderPath;
-  std::string nameHash;       ///< the daemon's user name for it
+  std::string nameHash;  ///< the daemon's user name for it
   bool hasPassword = false;
 };
 
@@ -27,8 +27,8 @@ struct DaemonOwner {
 /// Our own numbers when running as root, none otherwise.
 [[nodiscard]] std::optional<DaemonOwner> currentDaemonOwner();
 
-/// What the transfer daemon is told. A value; the functions below are pure. The file's grammar is in
-/// docs/file-formats.md.
+/// What the transfer daemon is told. A value; the functions below are pure. The file's grammar is
+/// in docs/file-formats.md.
 struct DaemonConfiguration {
   std::string pidFile;
   std::string logFile;
@@ -61,8 +61,8 @@ struct ParsedSection {
   std::map<std::string, std::string> parameters;
 };
 /// Follows the daemon's rules: comments, continuation with a backslash, sections that repeat join,
-/// "[global]" goes back to the global part, which always comes first. Fails: Damaged (a line without "=", an unclosed section,
-/// an include, a "%VAR%", a value given twice).
+/// "[global]" goes back to the global part, which always comes first. Fails: Damaged (a line
+/// without "=", an unclosed section, an include, a "%VAR%", a value given twice).
 Result<std::vector<ParsedSection>> parseDaemonConfiguration(std::string_view text);
 
 /// Reads `text` back and compares it with what was meant. Fails: Refused, naming the first

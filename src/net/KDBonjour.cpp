@@ -60,9 +60,8 @@ Result<std::shared_ptr<KDNetService>> KDBonjour::startNetService(const std::stri
     announcements_.erase(refused->name_);
     center_.post(NetServiceErrorNotification{refused->name_, failure});
   };
-  auto publication =
-      platform_.services.publish(uniqueName, ServiceType, static_cast<std::uint16_t>(port),
-                                 service->info_, std::move(events));
+  auto publication = platform_.services.publish(
+      uniqueName, ServiceType, static_cast<std::uint16_t>(port), service->info_, std::move(events));
   if (!publication) return tl::unexpected(publication.error());
   service->publication_ = std::move(*publication);
   announcements_[uniqueName] = service->info_;

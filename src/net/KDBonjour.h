@@ -28,8 +28,8 @@ class KDNetService {
   [[nodiscard]] std::uint32_t port() const { return port_; }
   [[nodiscard]] const TxtRecord& announcementInfo() const { return info_; }
   void setAnnouncementInfo(TxtRecord info) { info_ = std::move(info); }
-  /// Publishes the announcement info as the service's TXT record; false, with a log line and a beep,
-  /// when it is refused.
+  /// Publishes the announcement info as the service's TXT record; false, with a log line and a
+  /// beep, when it is refused.
   bool announceInfo();
 
  private:
@@ -53,8 +53,8 @@ class KDBonjour {
 
   /// Browses from the first call on; later ones do nothing.
   void startNetServiceBrowser();
-  /// Publishes a service. Its add is posted once it is established, NetServiceErrorNotification when
-  /// that fails later. Fails: Refused (the name is longer than 63 bytes).
+  /// Publishes a service. Its add is posted once it is established, NetServiceErrorNotification
+  /// when that fails later. Fails: Refused (the name is longer than 63 bytes).
   Result<std::shared_ptr<KDNetService>> startNetService(const std::string& uniqueName,
                                                         std::uint32_t port, TxtRecord info);
 

@@ -25,10 +25,11 @@ class KDParticipants {
   std::shared_ptr<KDParticipant> participant(const ParticipantAddress& address);
 
   /// The participant that a discovered service stands for; null, with a warning, when the name is
-  /// malformed or announcementProblem refuses it. `passwordRequired` is set from the announcement on
-  /// a new object only; a known one keeps its flag, and that is intended: a changed announcement
+  /// malformed or announcementProblem refuses it. `passwordRequired` is set from the announcement
+  /// on a new object only; a known one keeps its flag, and that is intended: a changed announcement
   /// reaches it through KDPeer.
-  std::shared_ptr<KDParticipant> fromService(const std::string& serviceName, const TxtRecord& record);
+  std::shared_ptr<KDParticipant> fromService(const std::string& serviceName,
+                                             const TxtRecord& record);
 
   [[nodiscard]] const std::set<std::shared_ptr<KDParticipant>>& ignoredParticipants() const {
     return ignored_;

@@ -21,7 +21,7 @@ namespace zolvar {
 namespace {
 
 constexpr std::string_view AddressPoolExtension = ".zolvaraddresses";
-constexpr unsigned LeastBandwidth = 10;           // KB/s
+constexpr unsigned LeastBandwidth = 10;            // KB/s
 constexpr std::uint64_t LargestPicture = 1 << 20;  // bytes
 
 unsigned bandwidthLimit(const Platform& platform, const char* key) {
@@ -60,8 +60,8 @@ KDPeer::KDPeer(Settings settings, Platform& platform, NotificationCenter& center
   hooks.changed = [this](bool running, const std::string& trouble) {
     serverDidChange(running, trouble);
   };
-  server_ = std::make_unique<ServerControl>(platform, daemon_, lane_, settings_.port,
-                                            std::move(hooks));
+  server_ =
+      std::make_unique<ServerControl>(platform, daemon_, lane_, settings_.port, std::move(hooks));
   observeAll();
 }
 
@@ -212,7 +212,7 @@ std::optional<std::string> KDPeer::servingProblem(const KDPoolPresence& presence
 }
 
 DaemonConfiguration KDPeer::configuration() const {
-  DaemonConfiguration configuration{pidFilePath(),      logFilePath(),    lockFilePath(),
+  DaemonConfiguration configuration{pidFilePath(),      logFilePath(),   lockFilePath(),
                                     passwordFilePath(), settings_.owner, {}};
   for (const auto& [name, presence] : presences_) {
     const KDFilePool& pool = presence->pool();
@@ -223,9 +223,7 @@ DaemonConfiguration KDPeer::configuration() const {
   return configuration;
 }
 
-std::string KDPeer::configFileContent() const {
-  return zolvar::configFileContent(configuration());
-}
+std::string KDPeer::configFileContent() const { return zolvar::configFileContent(configuration()); }
 
 std::string KDPeer::passwordFileContent() const {
   std::vector<std::pair<std::string, std::string>> passwords;
@@ -262,8 +260,7 @@ void KDPeer::loadPicture(const std::shared_ptr<KDParticipant>& participant,
           weak = std::weak_ptr(alive_)] {
     std::string bytes;
     if (const auto opened = fileSystem.open(folder)) {
-      const std::string file =
-          joinPath(MetadataFolderName, participant->userId() + ".tiff");
+      const std::string file = joinPath(MetadataFolderName, participant->userId() + ".tiff");
       bytes = (*opened)->read(file, 0, LargestPicture).value_or("");
     }
     runLoop.post([participant, done, weak, bytes = std::move(bytes)]() mutable {

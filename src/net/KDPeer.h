@@ -40,7 +40,7 @@ class KDPeer {
     std::string basePath;
     std::string userId;  ///< empty: localUserId
     KDFilePoolDelegate* delegate = nullptr;
-    PoolClass addressPoolClass;          ///< for paths that end in ".zolvaraddresses"; may be empty
+    PoolClass addressPoolClass;  ///< for paths that end in ".zolvaraddresses"; may be empty
     std::optional<DaemonOwner> owner = currentDaemonOwner();
   };
 
@@ -145,10 +145,10 @@ class KDPeer {
   std::shared_ptr<Lane> lane_;
   std::unique_ptr<ServerControl> server_;
   std::vector<NotificationCenter::Observation> observations_;
-  std::set<std::string> servedNames_;              ///< modules of the last configuration
+  std::set<std::string> servedNames_;                ///< modules of the last configuration
   std::map<std::string, std::string> toldProblems_;  ///< last sentence told, by pool name
-  std::map<std::string, int> failedPublications_;  ///< in a row, by pool name
-  std::set<std::string> suspects_;                 ///< services that may be our own id elsewhere
+  std::map<std::string, int> failedPublications_;    ///< in a row, by pool name
+  std::set<std::string> suspects_;                   ///< services that may be our own id elsewhere
   std::shared_ptr<bool> alive_;  ///< tasks that may outlive the peer hold it weakly
 };
 

@@ -45,7 +45,8 @@ class KDPoolPresence {
   [[nodiscard]] bool isAnnounced() const { return service_ != nullptr; }
   /// Publishes, or publishes anew when the port or the name has changed.
   Result<> announceWithPort(std::uint32_t port);
-  /// Refreshes the TXT record. Without a service, or when it is refused, isAnnouncementNeeded stays.
+  /// Refreshes the TXT record. Without a service, or when it is refused, isAnnouncementNeeded
+  /// stays.
   void updateAnnouncement();
   void revokeAnnouncement() { service_.reset(); }
   [[nodiscard]] bool isAnnouncementNeeded() const { return isAnnouncementNeeded_; }

@@ -11,8 +11,8 @@ class KDFilePool;
 
 // Posted on the main thread.
 
-/// A service was seen for the first time (its TXT record has arrived and is in order), or one of our
-/// own was established.
+/// A service was seen for the first time (its TXT record has arrived and is in order), or one of
+/// our own was established.
 struct NetServiceDidAddNotification {
   std::string serviceName;
   TxtRecord txt;

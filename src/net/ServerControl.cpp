@@ -67,10 +67,9 @@ void ServerControl::begin(Goal goal) {
       (goal == Goal::Start && running_) || (goal == Goal::Restart && !running_ && !wanted_);
   busy_ = true;
   if (nothingToDo) {
-    platform_.runLoop.post(
-        [this, weak = std::weak_ptr(alive_), running = running_, port = port_] {
-          if (!weak.expired()) finish({{}, running, port, false});
-        });
+    platform_.runLoop.post([this, weak = std::weak_ptr(alive_), running = running_, port = port_] {
+      if (!weak.expired()) finish({{}, running, port, false});
+    });
     return;
   }
   // A restart of a wanted daemon that is down is a start; so is the second half of stop and start.

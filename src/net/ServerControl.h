@@ -13,9 +13,9 @@ namespace zolvar {
 
 class Lane;
 
-/// Decides when the transfer daemon is started and stopped, and remembers how that went. At most one
-/// job is on the lane; requests made meanwhile are joined to one that follows it: a stop beats what
-/// came before it, a start after a stop is a restart, restarts become one. While the daemon is
+/// Decides when the transfer daemon is started and stopped, and remembers how that went. At most
+/// one job is on the lane; requests made meanwhile are joined to one that follows it: a stop beats
+/// what came before it, a start after a stop is a restart, restarts become one. While the daemon is
 /// wanted, a start that failed is tried again every 30 s, and a daemon that died is started anew.
 /// Owned by KDPeer; the platform outlives it. Main thread.
 class ServerControl {

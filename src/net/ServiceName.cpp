@@ -1,9 +1,9 @@
 #include "net/ServiceName.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <charconv>
-
-#include <fmt/format.h>
 
 #include "net/DaemonConfiguration.h"
 #include "net/TxtCodec.h"
@@ -58,8 +58,7 @@ std::optional<ServiceNameParts> parseServiceName(std::string_view name) {
   return parts;
 }
 
-std::optional<std::string> announcementProblem(const std::string& name,
-                                               const TxtRecord& record) {
+std::optional<std::string> announcementProblem(const std::string& name, const TxtRecord& record) {
   const auto parts = parseServiceName(name);
   if (!parts) return "The service name is malformed.";
   if (!isUserName(parts->user)) return "The user name cannot be part of a log's name.";

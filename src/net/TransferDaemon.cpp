@@ -109,8 +109,7 @@ Result<> TransferDaemon::launch(unsigned port, unsigned bandwidthLimit) {
   if (!tool) return tl::unexpected(tool.error());
   ProcessRequest request;
   request.program = *tool;
-  request.arguments = {"--daemon", fmt::format("--port={}", port),
-                       "--config=" + configFilePath()};
+  request.arguments = {"--daemon", fmt::format("--port={}", port), "--config=" + configFilePath()};
   if (bandwidthLimit != 0) {
     request.arguments.insert(request.arguments.begin(),
                              fmt::format("--bwlimit={}", bandwidthLimit));

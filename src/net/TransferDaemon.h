@@ -19,10 +19,10 @@ struct DaemonStart {
   std::string passwordFileContent;  ///< "" when no served folder has a password
 };
 
-/// Starts and stops the transfer daemon, which runs in the background on its own and is known by its
-/// pid file alone. Every operation blocks (no longer than 10 s for each wait) and belongs on the
-/// peer's lane. The files lie in the support folder and are named after the base path, so a later
-/// run finds what an earlier one left. The platform outlives it.
+/// Starts and stops the transfer daemon, which runs in the background on its own and is known by
+/// its pid file alone. Every operation blocks (no longer than 10 s for each wait) and belongs on
+/// the peer's lane. The files lie in the support folder and are named after the base path, so a
+/// later run finds what an earlier one left. The platform outlives it.
 class TransferDaemon {
  public:
   TransferDaemon(Platform& platform, const std::string& supportFolder, const std::string& basePath);
@@ -35,8 +35,8 @@ class TransferDaemon {
 
   /// Starts the daemon on the first port from the wanted one on that can be bound, and returns that
   /// port. A daemon that an earlier run left is ended first. Fails: Refused (the configuration does
-  /// not read back as meant), Transient (no port, files, the tool did not start or did not write its
-  /// pid within 10 s).
+  /// not read back as meant), Transient (no port, files, the tool did not start or did not write
+  /// its pid within 10 s).
   Result<unsigned> start(const DaemonStart& wanted);
   /// Ends the daemon and removes its files, the log excepted. A pid that is not our daemon's is
   /// never signalled. Fails: Transient when it is still there after 10 s and a kill.

@@ -16,7 +16,8 @@ TEST(TxtCodec, fixesTheBytesOfEachValue) {
   encodeUnsignedIntValue(record, "v", 2);
   encodeUnsignedIntValue(record, "big", 0xfedcba98U);
   encodeStringValue(record, "fsn", "Zürich", log);
-  EXPECT_EQ(record, (TxtRecord{{"v", "\0\0\0\2"s}, {"big", "\xfe\xdc\xba\x98"}, {"fsn", "Zürich"}}));
+  EXPECT_EQ(record,
+            (TxtRecord{{"v", "\0\0\0\2"s}, {"big", "\xfe\xdc\xba\x98"}, {"fsn", "Zürich"}}));
   EXPECT_EQ(decodedUnsignedIntValue(record, "v"), 2U);
   EXPECT_EQ(decodedUnsignedIntValue(record, "big"), 0xfedcba98U);
   EXPECT_EQ(decodedUnsignedIntValue({{"v", "\0\0\2"s}}, "v"), 0U);

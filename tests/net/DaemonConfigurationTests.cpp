@@ -1,13 +1,13 @@
-#include "net/DaemonConfiguration.h"
-
 #include <gtest/gtest.h>
+
+#include "net/DaemonConfiguration.h"
 
 namespace zolvar {
 namespace {
 
 DaemonConfiguration configuration(std::vector<DaemonModule> modules = {}) {
-  return {"/s/i.fppid", "/s/i.fplog", "/s/i.fplck", "/s/i.passwd", std::nullopt,
-          std::move(modules)};
+  return {"/s/i.fppid",  "/s/i.fplog", "/s/i.fplck",
+          "/s/i.passwd", std::nullopt, std::move(modules)};
 }
 
 constexpr const char* GlobalPart =
@@ -16,8 +16,8 @@ constexpr const char* GlobalPart =
 
 TEST(DaemonConfiguration, isLetterForLetter) {
   EXPECT_EQ(configFileContent(configuration()), GlobalPart);
-  auto two = configuration({{"Docs", "/home/u/Docs", "0a0b0c0d", false},
-                            {"My Music", "/m/My Music", "1a2b3c4d", true}});
+  auto two = configuration(
+      {{"Docs", "/home/u/Docs", "0a0b0c0d", false}, {"My Music", "/m/My Music", "1a2b3c4d", true}});
   EXPECT_EQ(configFileContent(two),
             std::string(GlobalPart) +
                 "[Docs]\npath = /home/u/Docs/\nmax connections = 2\nread only = yes\n"
@@ -66,8 +66,8 @@ TEST(DaemonConfiguration, refusesWhatWouldReadOtherwise) {
       {"a variable", {{"x", "/a/%HOME%", "h", false}}},
       {"a bracket in a name", {{"x]y", "/a", "h", false}}},
       {"the global section", {{"Global", "/a", "h", false}}},
-      {"names that the daemon takes for one", {{"My Docs", "/a", "h", false},
-                                               {"mydocs", "/b", "i", false}}},
+      {"names that the daemon takes for one",
+       {{"My Docs", "/a", "h", false}, {"mydocs", "/b", "i", false}}},
       {"outer blanks in a name", {{" x", "/a", "h", false}}},
       {"an empty name", {{"", "/a", "h", false}}},
   };

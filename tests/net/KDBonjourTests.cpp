@@ -1,7 +1,6 @@
-#include "net/KDBonjour.h"
-
 #include <gtest/gtest.h>
 
+#include "net/KDBonjour.h"
 #include "support/SimulatedPlatform.h"
 #include "util/NotificationCenter.h"
 #include "util/hexHash.h"

@@ -1,7 +1,6 @@
-#include "net/KDParticipant.h"
-
 #include <gtest/gtest.h>
 
+#include "net/KDParticipant.h"
 #include "net/KDParticipants.h"
 #include "net/ServiceName.h"
 #include "net/TxtCodec.h"
@@ -71,8 +70,8 @@ TEST_F(ParticipantTest, showsAddressPoolsWithoutTheirExtension) {
 
 TEST_F(ParticipantTest, isNotMadeFromRubbish) {
   EXPECT_EQ(table.fromService("@beta.local:49999/x", announcement(false)), nullptr);
-  EXPECT_TRUE(log.contains(
-      "Warning - malformed service name '@beta.local:49999/x' encountered. Ignored."));
+  EXPECT_TRUE(
+      log.contains("Warning - malformed service name '@beta.local:49999/x' encountered. Ignored."));
   EXPECT_EQ(fromService(80), nullptr);
   try {
     (void)table.participant({"u", "h", 1, ""});

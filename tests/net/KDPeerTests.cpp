@@ -1,9 +1,8 @@
-#include "net/KDPeer.h"
-
 #include <gtest/gtest.h>
 
 #include "net/KDBonjour.h"
 #include "net/KDParticipants.h"
+#include "net/KDPeer.h"
 #include "net/ScriptedProcesses.h"
 #include "util/InconsistencyError.h"
 #include "util/hexHash.h"
@@ -59,8 +58,8 @@ class PeerTest : public testing::Test {
     encodeUnsignedIntValue(record, txt::Version, ProtocolVersion);
     if (needsPassword) encodeUnsignedIntValue(record, txt::Password, ProtocolVersion);
     const auto name = makeServiceName(userId, port, hexHash("Docs"));
-    auto published = beta.services.publish(name, ServiceType, static_cast<std::uint16_t>(port),
-                                           record, {});
+    auto published =
+        beta.services.publish(name, ServiceType, static_cast<std::uint16_t>(port), record, {});
     world.loop.advance(1);
     return std::move(*published);
   }
@@ -121,7 +120,8 @@ TEST_F(PeerTest, announcesExactlyWhatPeersNeed) {
   run();
   const auto record = [this] {
     world.loop.advance(1);
-    return host.services.published().at(makeServiceName("anna@alpha.local", 49999, hexHash("Docs")));
+    return host.services.published().at(
+        makeServiceName("anna@alpha.local", 49999, hexHash("Docs")));
   };
   const TxtRecord first = record();
   EXPECT_EQ(first.size(), 3U);
@@ -202,8 +202,8 @@ TEST_F(PeerTest, noticesItsOwnIdElsewhere) {
   const auto stranger = announceElsewhere("ben@beta.local", 49999);
   const auto twin = announceElsewhere("anna@alpha.local", 50001);
   world.loop.advance(30);
-  EXPECT_EQ(twins, std::vector<std::string>{makeServiceName("anna@alpha.local", 50001,
-                                                            hexHash("Docs"))});
+  EXPECT_EQ(twins,
+            std::vector<std::string>{makeServiceName("anna@alpha.local", 50001, hexHash("Docs"))});
   EXPECT_EQ(warnings.size(), 1U);
 }
 
@@ -247,8 +247,9 @@ TEST_F(PeerTest, countsRemoteParticipantsAndDecidesToSync) {
   EXPECT_TRUE(presence.needsToSync(theirs, *ben));
   encodeUnsignedIntValue(theirs, txt::Version, 3);
   EXPECT_FALSE(presence.needsToSync(theirs, *ben));
-  EXPECT_TRUE(host.log.contains("Warning: Sync with ben@beta.local (in Docs) skipped due to "
-                                "different protocol versions."));
+  EXPECT_TRUE(
+      host.log.contains("Warning: Sync with ben@beta.local (in Docs) skipped due to "
+                        "different protocol versions."));
 }
 
 TEST_F(PeerTest, addsAndRemovesPools) {

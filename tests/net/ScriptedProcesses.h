@@ -14,18 +14,18 @@
 namespace zolvar {
 
 /// The transfer tool as a daemon, for tests of starting and stopping. Differs from the real one: it
-/// serves nothing; its pid file appears at once unless told otherwise, and a process ends as soon as
-/// it is signalled, unless it is stubborn.
+/// serves nothing; its pid file appears at once unless told otherwise, and a process ends as soon
+/// as it is signalled, unless it is stubborn.
 class ScriptedProcesses : public ProcessLauncher {
  public:
   explicit ScriptedProcesses(SimulatedFileSystem& files) : files_(files) {}
 
-  std::map<int, std::vector<std::string>> running;    ///< pid → command line
-  std::vector<std::vector<std::string>> launches;     ///< arguments of every start
-  std::vector<std::pair<int, int>> signals;           ///< pid, signal
+  std::map<int, std::vector<std::string>> running;  ///< pid → command line
+  std::vector<std::vector<std::string>> launches;   ///< arguments of every start
+  std::vector<std::pair<int, int>> signals;         ///< pid, signal
   std::set<unsigned> takenPorts;
-  std::set<int> stubborn;     ///< ended by SIGKILL only
-  int exitStatus = 0;         ///< of the launching process
+  std::set<int> stubborn;  ///< ended by SIGKILL only
+  int exitStatus = 0;      ///< of the launching process
   bool writesPidFile = true;
   bool hasTool = true;
   std::function<void()> duringLaunch;

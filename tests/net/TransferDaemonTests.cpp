@@ -1,9 +1,8 @@
-#include "net/TransferDaemon.h"
-
 #include <gtest/gtest.h>
 
 #include "net/ScriptedProcesses.h"
 #include "net/ServerControl.h"
+#include "net/TransferDaemon.h"
 #include "platform/Lanes.h"
 
 namespace zolvar {
@@ -108,7 +107,10 @@ TEST_F(DaemonTest, tellsWhyItDoesNotStart) {
       {"no tool", [this] { processes.hasTool = false; }, "zolvar"},
       {"no disk", [this] { host.files.faults.failAlways("replace"); },
        "Unable to launch daemon - could not create config file."},
-      {"no port", [this] { for (unsigned p = 49999; p < 65536; ++p) processes.takenPorts.insert(p); },
+      {"no port",
+       [this] {
+         for (unsigned p = 49999; p < 65536; ++p) processes.takenPorts.insert(p);
+       },
        "no port from 49999 on is free"},
   };
   for (const Row& row : rows) {
@@ -139,16 +141,19 @@ class ServerControlTest : public DaemonTest {
  protected:
   ServerControl::Done note(const std::string& name) {
     return [this, name](const Result<>& result) {
-      told.push_back(name + (result ? "" : result.error().kind == FailureKind::Cancelled
-                                               ? " cancelled"
-                                               : " failed"));
+      told.push_back(name + (result                                          ? ""
+                             : result.error().kind == FailureKind::Cancelled ? " cancelled"
+                                                                             : " failed"));
     };
   }
   void run() { host.loop.runUntilIdle(); }
 
   std::vector<std::string> told;
   std::vector<bool> changes;
-  ServerControl control{platform, daemon, host.lanes.start("peer"), 49999,
+  ServerControl control{platform,
+                        daemon,
+                        host.lanes.start("peer"),
+                        49999,
                         {[this] { return wanted(); },
                          [this](bool running, const std::string&) { changes.push_back(running); }}};
 };
