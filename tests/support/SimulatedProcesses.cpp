@@ -60,8 +60,8 @@ class SimulatedProcesses::SimpleRun : public Process {
   [[nodiscard]] int pid() const override { return pid_; }
   void terminate() override {}
   ProcessEnd wait(const SilenceLimits& /*limits*/, const ProcessSinks& sinks) override {
-    if (sinks.errors && !error_.empty()) sinks.errors(error_);
     if (sinks.output && !output_.empty()) sinks.output(output_);
+    if (sinks.errors && !error_.empty()) sinks.errors(error_);
     return {status_, false};
   }
 
