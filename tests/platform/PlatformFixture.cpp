@@ -1,5 +1,7 @@
 #include "PlatformFixture.h"
 
+#include <unistd.h>
+
 #include <QCoreApplication>
 #include <chrono>
 #include <cstdlib>
@@ -40,6 +42,8 @@ const auto* const homeEnvironment = static_cast<HomeEnvironment*>(
     testing::AddGlobalTestEnvironment(new HomeEnvironment));
 
 }  // namespace
+
+std::string memoryFolder() { return access("/dev/shm", W_OK) == 0 ? "/dev/shm" : ""; }
 
 std::string testDataHome() { return homeEnvironment->dataHome; }
 

@@ -32,6 +32,9 @@ class TemporaryFolder {
   std::string path_;
 };
 
+/// A folder in memory for tests that make many files, or "" where there is none.
+std::string memoryFolder();
+
 /// The user data folder that all tests of this binary run with ($XDG_DATA_HOME).
 std::string testDataHome();
 
