@@ -76,7 +76,7 @@ LogReader::LogReader(KDEntryStore& store, std::string_view userId, Mode mode, Lo
       mode_(mode),
       userIdIsUsable_(!userId.ends_with(LogFileExtension)),
       parser_() {
-  if (csv_init(&parser_, 0) != 0) {
+  if (csv_init(&parser_, CSV_EMPTY_IS_NULL) != 0) {
     throw InconsistencyError("CSV error: Couldn't initialize CSV parser.");
   }
   for (Row& row : rows_) row.fields.userId = internedUserId(userId);
@@ -167,7 +167,8 @@ void LogReader::takeLine(std::string_view line) {
 void LogReader::refuseLine(std::string_view line) {
   if (brokenCondition_ == TooFewComponents) {
     // The text names another bound than the condition: kept as is, intended.
-    log_.error("components count < 4: is {}", csvLinesWithComponents(line).rows);
+    const auto rows = csvLinesWithComponents(line).rows;
+    log_.error("components count < 4: is {}", rows.empty() ? CsvRow() : rows.front());
   }
   require(false, brokenCondition_);
 }
@@ -204,6 +205,7 @@ void LogReader::takeField(std::string_view bytes) {
       break;
     case 4:
       row.puserId = bytes;
+      isCutOff_ = bytes.data() == nullptr;
       break;
     default:
       break;  // the comment, and what a later version may add behind it
@@ -214,7 +216,7 @@ void LogReader::takeRow() {
   Row& row = rows_[current_];
   if (fieldCount_ < 2) {
     skipRow(nullptr);
-  } else if (fieldCount_ < 5) {
+  } else if (fieldCount_ < 5 || (fieldCount_ == 5 && isCutOff_)) {
     skipRow(TooFewComponents);
   } else if (!timesAreNumbers_) {
     skipRow("0 <= time < 2^40");

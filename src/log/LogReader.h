@@ -78,6 +78,8 @@ class LogReader {
   std::size_t current_ = 0;  ///< the row in progress; the oldest pending one follows
   unsigned fieldCount_ = 0;
   bool timesAreNumbers_ = true;
+  /// The fifth field has not even its quotes: when it is the last one, a write ended before it.
+  bool isCutOff_ = false;
   // The line in progress.
   unsigned rowsSkippedInLine_ = 0;
   const char* brokenCondition_ = nullptr;  ///< of the first malformed row
