@@ -17,13 +17,6 @@ class Scenario : public ::testing::Test {
   SimulatedPeer& a = net.peer("alpha");
   SimulatedPeer& b = net.peer("beta");
 
-  void shareWith(const Files& files, const std::vector<SimulatedPeer*>& subscribers) {
-    for (const auto& [path, content] : files) a.write("Docs/" + path, content);
-    net.advance(60);
-    a.share("Docs");
-    for (SimulatedPeer* peer : subscribers) peer->subscribe("Docs");
-    net.settle();
-  }
   std::size_t clientRuns() {
     std::size_t runs = 0;
     for (SimulatedPeer* peer : net.peers()) runs += peer->host.processes.runs.size();
@@ -36,7 +29,8 @@ TEST_F(Scenario, everyKindOfFileReachesASubscriber) {
   a.host.files.makeLink(a.path("Docs/link"), "sub/y");
   a.host.files.makeLink(a.path("Docs/away"), "/etc/passwd");
   a.host.files.makeOther(a.path("Docs/socket"));
-  shareWith({{"x", "one"}, {"sub/y", "two"}, {"#odd; \"na\",me", "three"}, {" \xc3\xa9 ", ""}},
+  net.share(a, "Docs",
+            {{"x", "one"}, {"sub/y", "two"}, {"#odd; \"na\",me", "three"}, {" \xc3\xa9 ", ""}},
             {&b});
   const Files expected = {
       {"x", "one"},       {"sub", "/"},   {"sub/y", "two"},    {"#odd; \"na\",me", "three"},
@@ -47,7 +41,7 @@ TEST_F(Scenario, everyKindOfFileReachesASubscriber) {
 }
 
 TEST_F(Scenario, editsTravelBothWaysAndThenNothingRuns) {
-  shareWith({{"x", "one"}, {"y", "one"}}, {&b});
+  net.share(a, "Docs", {{"x", "one"}, {"y", "one"}}, {&b});
   a.write("Docs/x", "two");
   b.save("Docs/y", "two");
   b.write("Docs/new/z", "one");
@@ -64,7 +58,8 @@ TEST_F(Scenario, editsTravelBothWaysAndThenNothingRuns) {
 TEST_F(Scenario, filesVanishedHereAreFetchedAgainOrDeletedEverywhere) {
   for (const bool deletes : {false, true}) {
     const std::string name = deletes ? "gone" : "back";
-    if (!deletes) shareWith({{"back", "one"}, {"gone", "two"}, {"stays", "three"}}, {&b});
+    if (!deletes)
+      net.share(a, "Docs", {{"back", "one"}, {"gone", "two"}, {"stays", "three"}}, {&b});
     b.erase("Docs/" + name);
     net.settle();
     EXPECT_EQ(b.questioned("Docs"), Paths{name});
@@ -77,7 +72,7 @@ TEST_F(Scenario, filesVanishedHereAreFetchedAgainOrDeletedEverywhere) {
 }
 
 TEST_F(Scenario, aRenamedAndARecreatedFileArrive) {
-  shareWith({{"old", "one"}, {"other", "two"}}, {&b});
+  net.share(a, "Docs", {{"old", "one"}, {"other", "two"}}, {&b});
   b.move("Docs/old", "Docs/new");
   net.settle();
   EXPECT_EQ(b.questioned("Docs"), Paths{"old"});
@@ -93,7 +88,7 @@ TEST_F(Scenario, editsAtOnceBranchAndAPersonChooses) {
     const std::string name = std::string("file to ") + choice;
     const std::string path = "Docs/" + name;
     if (name.ends_with("use")) {
-      shareWith({{"file to use", "one"}, {"file to drop", "one"}}, {&b});
+      net.share(a, "Docs", {{"file to use", "one"}, {"file to drop", "one"}}, {&b});
     }
     net.world.network.partition({{"alpha"}, {"beta"}});
     net.advance(300);
@@ -129,7 +124,7 @@ TEST_F(Scenario, editsAtOnceBranchAndAPersonChooses) {
 
 TEST_F(Scenario, anEditTravelsThroughASecondPeerAfterItsAuthorLeft) {
   auto& c = net.peer("gamma");
-  shareWith({{"x", "one"}}, {&b, &c});
+  net.share(a, "Docs", {{"x", "one"}}, {&b, &c});
   c.setIsOn(false);
   net.advance(300);
   a.write("Docs/x", "two");
@@ -147,7 +142,7 @@ TEST_F(Scenario, anEditTravelsThroughASecondPeerAfterItsAuthorLeft) {
 
 TEST_F(Scenario, partsOfANetworkWorkOnAndComeTogether) {
   auto& c = net.peer("gamma");
-  shareWith({{"x", "one"}, {"y", "one"}, {"z", "one"}}, {&b, &c});
+  net.share(a, "Docs", {{"x", "one"}, {"y", "one"}, {"z", "one"}}, {&b, &c});
   net.world.network.partition({{"alpha", "beta"}, {"gamma"}});
   a.write("Docs/x", "two");
   c.write("Docs/z", "two");
@@ -161,7 +156,7 @@ TEST_F(Scenario, partsOfANetworkWorkOnAndComeTogether) {
 }
 
 TEST_F(Scenario, whatHappenedWhileTheProgramWasOffIsLoggedAtItsStart) {
-  shareWith({{"x", "one"}, {"y", "one"}}, {&b});
+  net.share(a, "Docs", {{"x", "one"}, {"y", "one"}}, {&b});
   b.quit();
   b.write("Docs/x", "two");
   b.write("Docs/new", "one");
@@ -173,7 +168,7 @@ TEST_F(Scenario, whatHappenedWhileTheProgramWasOffIsLoggedAtItsStart) {
 }
 
 TEST_F(Scenario, leavingKeepsTheFilesAndComingBackMergesWhatWasDoneMeanwhile) {
-  shareWith({{"x", "one"}, {"y", "one"}}, {&b});
+  net.share(a, "Docs", {{"x", "one"}, {"y", "one"}}, {&b});
   b.unsubscribe("Docs");
   net.advance(60);
   a.write("Docs/x", "two");

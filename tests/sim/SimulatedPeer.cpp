@@ -220,6 +220,16 @@ std::vector<SimulatedPeer*> Net::peers() const {
   return all;
 }
 
+void Net::share(SimulatedPeer& owner, const std::string& folder,
+                const std::map<std::string, std::string>& files,
+                const std::vector<SimulatedPeer*>& subscribers) {
+  for (const auto& [path, content] : files) owner.write(folder + "/" + path, content);
+  advance(60);
+  owner.share(folder);
+  for (SimulatedPeer* peer : subscribers) peer->subscribe(folder);
+  settle();
+}
+
 void Net::settle() {
   std::string last;
   double quiet = 0;

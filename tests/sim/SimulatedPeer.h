@@ -79,6 +79,10 @@ class Net {
   SimulatedPeer& peer(const std::string& name);
   [[nodiscard]] std::vector<SimulatedPeer*> peers() const;
   void advance(double seconds) { world.loop.advance(seconds); }
+  /// The owner makes the files and shares the folder, the others subscribe; settled afterwards.
+  void share(SimulatedPeer& owner, const std::string& folder,
+             const std::map<std::string, std::string>& files,
+             const std::vector<SimulatedPeer*>& subscribers);
   /// Lets time pass until no file, log, to-do or conflict has changed for a while. Fails the test
   /// when that does not happen.
   void settle();

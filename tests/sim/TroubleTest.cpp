@@ -16,13 +16,6 @@ class Trouble : public ::testing::Test {
   SimulatedPeer& a = net.peer("alpha");
   SimulatedPeer& b = net.peer("beta");
 
-  void shareWith(const Files& files, const std::vector<SimulatedPeer*>& subscribers) {
-    for (const auto& [path, content] : files) a.write("Docs/" + path, content);
-    net.advance(60);
-    a.share("Docs");
-    for (SimulatedPeer* peer : subscribers) peer->subscribe("Docs");
-    net.settle();
-  }
   static bool has(const SimulatedPeer& peer, const std::string& content) {
     return peer.host.files.everyContent().contains(content);
   }
@@ -32,7 +25,7 @@ class Trouble : public ::testing::Test {
 };
 
 TEST_F(Trouble, aLostLocalLogComesBackFromTheNetwork) {
-  shareWith({{"x", "one"}}, {&b});
+  net.share(a, "Docs", {{"x", "one"}}, {&b});
   b.write("Docs/x", "two");
   b.write("Docs/y", "one");
   net.settle();
@@ -59,7 +52,7 @@ TEST_F(Trouble, anotherCopyOfOurLogNeverMakesItShorter) {
       {"empty", [](const std::string&) { return std::string(); }},
       {"other bytes", [](const std::string& text) { return std::string(text.size(), 'x') + "\n"; }},
   };
-  shareWith({{"x", "one"}, {"y", "one"}}, {&b});
+  net.share(a, "Docs", {{"x", "one"}, {"y", "one"}}, {&b});
   int edits = 0;
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
@@ -83,7 +76,7 @@ TEST_F(Trouble, anotherCopyOfOurLogNeverMakesItShorter) {
 }
 
 TEST_F(Trouble, strangersLogsHarmNothing) {
-  shareWith({{"x", "one"}}, {&b});
+  net.share(a, "Docs", {{"x", "one"}}, {&b});
   b.host.files.write("/home/user/precious", "mine");
   const auto now = static_cast<long long>(net.world.clock.now());
   const std::string time = std::to_string(now);
@@ -138,7 +131,7 @@ TEST_F(Trouble, anEditSavedWhileTheNewerVersionArrivesIsKept) {
   for (const bool inPlace : {true, false}) {
     SCOPED_TRACE(inPlace ? "in place" : "saved aside");
     const std::string path = inPlace ? "Docs/x" : "Docs/y";
-    if (inPlace) shareWith({{"x", "one"}, {"y", "one"}}, {&b});
+    if (inPlace) net.share(a, "Docs", {{"x", "one"}, {"y", "one"}}, {&b});
     b.host.processes.troubles.duringFile = [&](const std::string& /*file*/) {
       b.host.processes.troubles.duringFile = {};
       inPlace ? b.write(path, "last second " + path) : b.save(path, "last second " + path);
@@ -161,7 +154,7 @@ TEST_F(Trouble, anEditSavedWhileTheNewerVersionArrivesIsKept) {
 
 TEST_F(Trouble, aFolderThatIsNotThereDeletesNothingElsewhere) {
   b.host.files.mount(b.path("Docs"), 7);
-  shareWith({{"x", "one"}, {"sub/y", "one"}}, {&b});
+  net.share(a, "Docs", {{"x", "one"}, {"sub/y", "one"}}, {&b});
   ASSERT_EQ(b.read("Docs/sub/y"), "one");
   const Files all = {{"x", "one"}, {"sub", "/"}, {"sub/y", "one"}};
 
@@ -197,7 +190,7 @@ TEST_F(Trouble, aCutAStalledAndAKilledTransferAreMadeGood) {
   const Row rows[] = {{"cut", &TransferTroubles::cutAfterFiles},
                       {"stalled", &TransferTroubles::stallAfterFiles},
                       {"killed", &TransferTroubles::killAfterFiles}};
-  shareWith({{"keep", "one"}}, {&b});
+  net.share(a, "Docs", {{"keep", "one"}}, {&b});
   Files expected = {{"keep", "one"}};
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
@@ -217,7 +210,7 @@ TEST_F(Trouble, aCutAStalledAndAKilledTransferAreMadeGood) {
 
 TEST_F(Trouble, aStalledPeerDoesNotHoldUpTheOthers) {
   auto& c = net.peer("gamma");
-  shareWith({{"x", "one"}}, {&b, &c});
+  net.share(a, "Docs", {{"x", "one"}}, {&b, &c});
   // gamma answers no more, but nobody has noticed: its announcement is still there.
   c.crash();
   c.host.processes.killAll();
@@ -227,7 +220,7 @@ TEST_F(Trouble, aStalledPeerDoesNotHoldUpTheOthers) {
 }
 
 TEST_F(Trouble, aCrashAtAnyCallOfTheDiskLosesNothing) {
-  shareWith({{"x", "one"}, {"sub/y", "one"}}, {&b});
+  net.share(a, "Docs", {{"x", "one"}, {"sub/y", "one"}}, {&b});
   std::string content;
   std::size_t call = 0;
   for (bool hasCrashed = true; hasCrashed; b.start()) {
@@ -249,7 +242,7 @@ TEST_F(Trouble, aCrashAtAnyCallOfTheDiskLosesNothing) {
 }
 
 TEST_F(Trouble, clocksThatDifferAndStepLoseNothing) {
-  shareWith({{"x", "one"}}, {&b});
+  net.share(a, "Docs", {{"x", "one"}}, {&b});
   b.host.clock.step(-9);
   a.write("Docs/x", "by alpha");
   net.settle();
@@ -263,7 +256,7 @@ TEST_F(Trouble, clocksThatDifferAndStepLoseNothing) {
 }
 
 TEST_F(Trouble, aFullDiskIsNoLossAndNoDeletion) {
-  shareWith({{"x", "one"}}, {&b});
+  net.share(a, "Docs", {{"x", "one"}}, {&b});
   for (const char* operation : {"append", "replace", "trash", "rename", "link"}) {
     SCOPED_TRACE(operation);
     b.host.files.faults.failAlways(operation);

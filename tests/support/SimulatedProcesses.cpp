@@ -4,7 +4,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "support/ServedModules.h"
+#include "net/DaemonConfiguration.h"
 #include "support/SimulatedPlatform.h"
 
 namespace zolvar {
@@ -14,9 +14,29 @@ constexpr const char* ToolPath = "/usr/libexec/zolvar/zolvar";
 constexpr int Terminated = 20;
 constexpr int BrokenStream = 12;
 
-std::string valueOf(const ServedModules::Parameters& parameters, const std::string& key) {
+using Parameters = std::map<std::string, std::string>;
+
+std::string valueOf(const Parameters& parameters, const std::string& key) {
   const auto found = parameters.find(key);
   return found == parameters.end() ? std::string() : found->second;
+}
+
+/// The sections by name, "" for the global part. The lab's real daemons check the reader used here.
+std::map<std::string, Parameters> readConfiguration(const std::string& text) {
+  const auto sections = parseDaemonConfiguration(text);
+  if (!sections) throw std::logic_error(sections.error().message());
+  std::map<std::string, Parameters> byName;
+  for (const ParsedSection& section : *sections) byName[section.name] = section.parameters;
+  return byName;
+}
+
+/// Whether the secrets file has the line "USER:PASSWORD" and nobody else can read it.
+bool isLetIn(const SimulatedFileSystem& files, const std::string& secretsPath,
+             const std::string& user, const std::string& password) {
+  const auto attributes = files.attributesOf(secretsPath);
+  if (!attributes || (attributes->mode & 07U) != 0 || password.empty()) return false;
+  const std::string lines = "\n" + files.readAll(secretsPath).value_or("") + "\n";
+  return lines.find("\n" + user + ":" + password + "\n") != std::string::npos;
 }
 
 /// What the sender finds for the wanted names, their directories included.
@@ -255,9 +275,9 @@ int SimulatedProcesses::launchDaemon(const std::vector<std::string>& arguments,
     error = "rsync: [Receiver] failed to open " + daemon.configPath + "\n";
     return 1;
   }
-  const ServedModules modules = ServedModules::parse(*text);
+  auto modules = readConfiguration(*text);
   if (!canBind(daemon.port)) return 0;  // found out only after going into the background
-  daemon.pidPath = valueOf(modules.global, "pidfile");
+  daemon.pidPath = valueOf(modules[""], "pidfile");
   const int pid = nextPid_++;
   if (!daemon.pidPath.empty()) host_.files.save(daemon.pidPath, std::to_string(pid) + "\n");
   living_[pid] = std::move(daemon);
@@ -274,24 +294,22 @@ SimulatedProcesses::Served SimulatedProcesses::serve(unsigned port, const std::s
     if (daemon.port != port) continue;
     const auto text = host_.files.readAll(daemon.configPath);  // read at each connection
     if (!text) return refused("failed to open the config file");
-    const ServedModules modules = ServedModules::parse(*text);
-    const auto* parameters = modules.find(module);
-    if (parameters == nullptr) return refused("Unknown module '" + module + "'");
-    if (const std::string users = valueOf(*parameters, "authusers"); !users.empty()) {
-      const std::string secretsPath = valueOf(*parameters, "secretsfile");
-      const auto attributes = host_.files.attributesOf(secretsPath);
-      const bool isPrivate = attributes && (attributes->mode & 07U) == 0;
-      if (users != user || password.empty() || !isPrivate ||
-          !secretsAccept(*host_.files.readAll(secretsPath), user, password)) {
+    const auto modules = readConfiguration(*text);
+    const auto found = modules.find(module);
+    if (found == modules.end() || module.empty()) return refused("Unknown module '" + module + "'");
+    const Parameters& parameters = found->second;
+    if (const std::string users = valueOf(parameters, "authusers"); !users.empty()) {
+      if (users != user ||
+          !isLetIn(host_.files, valueOf(parameters, "secretsfile"), user, password)) {
         return refused("auth failed on module " + module);
       }
     }
-    const std::string most = valueOf(*parameters, "maxconnections");
+    const std::string most = valueOf(parameters, "maxconnections");
     if (const auto held = heldConnections.find(module);
         !most.empty() && held != heldConnections.end() && held->second >= std::stoi(most)) {
       return refused("max connections (" + most + ") reached -- try again later");
     }
-    const auto root = host_.files.tree().resolve(valueOf(*parameters, "path"));
+    const auto root = host_.files.tree().resolve(valueOf(parameters, "path"));
     if (!root || !(*root)->isDirectory()) return refused("chdir failed");
     return {&host_.files, *root, 0, {}};
   }
