@@ -111,8 +111,16 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
   for (auto& [path, users] : holders_) users.erase(userId);
   for (const ListingEntry& entry : listed) {
     if (!todo_.contains(entry.path)) continue;
-    const KDPathRecord* path = store_->findPath(entry.path);
+    KDPathRecord* path = store_->findPath(entry.path);
     const KDLogFileEntry* leaf = path ? tree_->selectedLeaf(*path).leaf : nullptr;
+    if (path && path->disk && !path->disk->entry &&
+        std::find(entry.modTimes.begin(), entry.modTimes.end(), path->disk->modTime) ==
+            entry.modTimes.end()) {
+      // Nobody logged what lies here since the last copy run, and the participant does not have it:
+      // an edit of ours from the moment of the arrival. The next scan logs it.
+      record_->forget(*path);
+      listener_->scanWanted();
+    }
     if (entry.kind != 'd') {
       const KDLogFileEntry* remote = nullptr;
       for (const std::int64_t time : entry.modTimes) {

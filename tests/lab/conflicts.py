@@ -95,6 +95,27 @@ def scenario_edit_meets_arrival(lab):
         converge(here, there)
 
 
+def scenario_edit_upon_arrival(lab):
+    """Bob saves a file the moment it first appears, while the sync that brought it still runs."""
+    here, there = pair(lab, "Eager")
+    for number in range(30):
+        here.write(f"note {number}", f"ann's {number}", age=1000)
+    open_notes = set(range(30))
+
+    def all_answered():
+        for number in sorted(open_notes):
+            if there.read(f"note {number}"):
+                there.write(f"note {number}", f"bob's answer {number}", age=2)
+                open_notes.discard(number)
+        return not open_notes
+    end = time.monotonic() + 60
+    while not all_answered():
+        check(time.monotonic() < end, f"the notes did not come: {open_notes}")
+    converge(here, there, conflicts=None)
+    for number in range(30):
+        check(survives(f"bob's answer {number}", here, there), f"answer {number} is lost")
+
+
 def scenario_deleted_and_added(lab):
     """Ann deletes a directory; bob has just added a file in it. His file stays."""
     here, there = pair(lab, "Added", **{"box/one": "1", "box/two": "2", "box/inner/three": "3"})
