@@ -1,6 +1,7 @@
 #include "pool/QMFileNotifier.h"
 
 #include <filesystem>
+#include <tuple>
 #include <utility>
 
 #include "util/InconsistencyError.h"
@@ -9,9 +10,14 @@ namespace zolvar {
 
 namespace {
 
+/// Steps count as wholes: "/a/bc" does not lie beneath "/a/b".
 bool liesBeneath(const std::string& path, const std::string& folder) {
   return path.size() > folder.size() && path.starts_with(folder) &&
          (folder.ends_with('/') || path[folder.size()] == '/');
+}
+
+bool isAtOrBeneath(const std::string& path, const std::string& folder) {
+  return path == folder || liesBeneath(path, folder);
 }
 
 std::pair<int, const char*> idAndNameOf(FileEvent::Type type) {
@@ -61,7 +67,7 @@ void QMFileNotifier::addObservedPath(const std::string& path) {
   observedPaths_.insert(added);
   // Once lost, a path is tried again when someone asks for it again.
   std::erase_if(observations_, [&](const auto& known) {
-    return !known.second && (known.first == added || liesBeneath(added, known.first));
+    return !known.second && isAtOrBeneath(added, known.first);
   });
   refreshObservations();
 }
@@ -84,7 +90,7 @@ NotificationCenter::Observation QMFileNotifier::addObserver(
 bool QMFileNotifier::isComplete(const std::string& path) const {
   const std::string wanted = standardized(path);
   for (const auto& [root, observation] : observations_) {
-    if (root != wanted && !liesBeneath(wanted, root)) continue;
+    if (!isAtOrBeneath(wanted, root)) continue;
     return observation && observation->isComplete();
   }
   return false;
@@ -107,7 +113,7 @@ void QMFileNotifier::refreshObservations() {
   for (const auto& path : observedPaths_) {
     if (observations_.contains(path) || isCovered(path)) continue;
     auto observation = fileSystem_.observe(
-        path, [this](const FileEvent& event) { take(event); },
+        path, [this, path](const FileEvent& event) { take(path, event); },
         [this, path](const Failure& failure) { takeLoss(path, failure); });
     if (!observation) failures.emplace(path, observation.error());
     observations_[path] = observation ? std::move(*observation) : nullptr;
@@ -119,7 +125,7 @@ void QMFileNotifier::refreshObservations() {
   }
 }
 
-void QMFileNotifier::take(const FileEvent& event) {
+void QMFileNotifier::take(const std::string& rootPath, const FileEvent& event) {
   if (event.path1.empty() && event.path2.empty()) return;
   require(!event.path1.empty(), "path1");
   QMFileSystemChanged change;
@@ -127,10 +133,12 @@ void QMFileNotifier::take(const FileEvent& event) {
   change.Path1 = standardized(event.path1);
   if (!event.path2.empty()) change.Path2 = standardized(event.path2);
   change.closed = event.closed;
+  const std::string root = rootPath;  // an observer may end the observation that holds it
   const auto isAlive = isAlive_;
-  const auto paths = observedPaths_;  // an observer may change them
+  const auto paths = observedPaths_;
   for (const auto& path : paths) {
-    if (!change.Path1.starts_with(path) && !change.Path2.starts_with(path)) continue;
+    if (!isAtOrBeneath(path, root)) continue;  // another observation tells it
+    if (!isAtOrBeneath(change.Path1, path) && !isAtOrBeneath(change.Path2, path)) continue;
     change.Object = path;
     center_.post(change);
     if (!*isAlive) return;
@@ -147,7 +155,7 @@ void QMFileNotifier::takeLoss(const std::string& rootPath, const Failure& failur
   const auto isAlive = isAlive_;
   const auto paths = observedPaths_;
   for (const auto& path : paths) {
-    if (path != root && !liesBeneath(path, root)) continue;
+    if (!isAtOrBeneath(path, root)) continue;
     center_.post(QMFileSystemObservationLost{path, reason});
     if (!*isAlive) return;
   }

@@ -12,7 +12,7 @@
 namespace zolvar {
 
 /// One change at or below an observed path. Posted on the main thread, once for each observed path
-/// that one of the two paths begins with.
+/// that one of the two paths is or lies beneath.
 struct QMFileSystemChanged {
   std::string Object;     ///< the observed path
   std::string EventName;  ///< "CREATE FILE", "DELETE", "STAT CHANGED", "RENAME", …
@@ -71,7 +71,7 @@ class QMFileNotifier {
  private:
   void refreshObservations();
   [[nodiscard]] bool isCovered(const std::string& path) const;
-  void take(const FileEvent& event);
+  void take(const std::string& root, const FileEvent& event);
   void takeLoss(const std::string& root, const Failure& failure);
 
   FileSystem& fileSystem_;
