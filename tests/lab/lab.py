@@ -462,6 +462,8 @@ def converge(*folders, limit=90, conflicts=0):
         disputed = set()
         for folder in folders:
             pool = folder.host.pool(folder.name)
+            if not pool or not pool["active"]:
+                return f"{folder} is not active: {pool}"
             if amount(pool["missing"]):
                 return f"{folder} misses {folder.host.cli('missing', folder.name)}"
             if conflicts is None:
