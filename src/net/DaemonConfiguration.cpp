@@ -125,18 +125,6 @@ std::string passwordFileContent(
   return content;
 }
 
-std::optional<std::string> moduleNameProblem(std::string_view name) {
-  if (auto problem = poolNameProblem(name)) return problem;
-  if (name.front() == '#' || name.front() == '-') {
-    return fmt::format("The name '{}' begins with '{}', which a shared folder cannot have.", name,
-                       name.front());
-  }
-  if (isSameModule(name, "global")) {
-    return fmt::format("The name '{}' has another meaning and cannot be used.", name);
-  }
-  return std::nullopt;
-}
-
 bool isSameModule(std::string_view left, std::string_view right) {
   return folded(left) == folded(right);
 }

@@ -45,11 +45,6 @@ struct DaemonConfiguration {
 [[nodiscard]] std::string passwordFileContent(
     const std::vector<std::pair<std::string, std::string>>& passwordsByNameHash);
 
-/// Why the daemon cannot serve a folder of this name, one sentence; none when it can. Beyond
-/// poolNameProblem: a leading "#" is a command of its protocol, a leading "-" an option, and it
-/// compares "global" as isSameModule does.
-[[nodiscard]] std::optional<std::string> moduleNameProblem(std::string_view name);
-
 /// Two module names that the daemon takes for one: it compares them without case and blanks, and
 /// the later section's path would be served under the earlier one's name.
 [[nodiscard]] bool isSameModule(std::string_view left, std::string_view right);

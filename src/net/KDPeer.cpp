@@ -192,7 +192,7 @@ std::optional<std::string> KDPeer::servingProblem(const KDPoolPresence& presence
   const KDFilePool& pool = presence.pool();
   const std::string start = "The folder '" + pool.name() + "' is not shared: ";
   if (!pool.hasFullFolderPath()) return start + "It has no place on this machine.";
-  if (auto problem = moduleNameProblem(pool.name())) return start + *problem;
+  if (auto problem = poolNameProblem(pool.name())) return start + *problem;
   if (auto problem = poolPathProblem(pool.folderPath())) return start + *problem;
   if (pool.passwordState() == PasswordState::Unreadable) {
     return start + "Its password cannot be read; unlock the keyring and share it again.";

@@ -67,7 +67,7 @@ std::optional<std::string> announcementProblem(const std::string& name, const Tx
     return fmt::format("The port is not between {} and {}.", LowestPort, HighestPort);
   }
   const std::string folder = fullServiceName(record);
-  if (auto problem = moduleNameProblem(folder)) return problem;
+  if (auto problem = poolNameProblem(folder)) return problem;
   if (parts->poolName != hexHash(folder)) return "Service name and folder name do not match.";
   if (decodedUnsignedIntValue(record, txt::Version) == 0) return "There is no protocol version.";
   const auto digest = record.find(txt::LogDigest);

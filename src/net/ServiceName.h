@@ -30,7 +30,7 @@ struct ServiceNameParts {
 /// Why an announcement that has a folder name is not to be believed, as one sentence; none when it
 /// is in order. The rules: a name that parses, a user without control characters, slashes and
 /// colons, a host on the local network, a port from 1024 to 65535, a folder name that
-/// moduleNameProblem accepts and whose hash is the one in the service name, a protocol version, a
+/// poolNameProblem accepts and whose hash is the one in the service name, a protocol version, a
 /// log digest of 16 bytes if any.
 [[nodiscard]] std::optional<std::string> announcementProblem(const std::string& name,
                                                              const TxtRecord& record);

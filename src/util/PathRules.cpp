@@ -140,7 +140,10 @@ bool isSafeRelativePath(std::string_view path) {
   return endComponent(path.size());
 }
 
-std::optional<std::string> poolNameProblem(std::string_view name) {
+namespace {
+
+/// Why the configuration cannot carry this component of a path.
+std::optional<std::string> componentProblem(std::string_view name) {
   if (name.empty()) return "The name is empty.";
   if (name.size() > LongestPoolName) {
     return fmt::format("The name is {} bytes long; at most {} are possible.", name.size(),
@@ -157,9 +160,30 @@ std::optional<std::string> poolNameProblem(std::string_view name) {
   if (name.front() == ' ' || name.back() == ' ' || name.find("  ") != std::string_view::npos) {
     return fmt::format("The name '{}' begins or ends with a blank or contains two in a row.", name);
   }
-  if (name == "." || name == ".." || name == "global") {
+  if (name == "." || name == "..") {
     return fmt::format("The name '{}' has another meaning and cannot be used.", name);
   }
+  return std::nullopt;
+}
+
+bool isGlobal(std::string_view name) {
+  constexpr std::string_view Global = "global";
+  return std::equal(name.begin(), name.end(), Global.begin(), Global.end(),
+                    [](char left, char right) {
+                      return (left >= 'A' && left <= 'Z' ? left - 'A' + 'a' : left) == right;
+                    });
+}
+
+}  // namespace
+
+std::optional<std::string> poolNameProblem(std::string_view name) {
+  if (auto problem = componentProblem(name)) return problem;
+  if (name.front() == '#' || name.front() == '-') {
+    return fmt::format("The name '{}' begins with '{}', which a shared folder cannot have.", name,
+                       name.front());
+  }
+  if (isGlobal(name))
+    return fmt::format("The name '{}' has another meaning and cannot be used.", name);
   return std::nullopt;
 }
 
@@ -171,7 +195,7 @@ std::optional<std::string> poolPathProblem(std::string_view absolutePath) {
   std::string_view rest = absolutePath.substr(1);
   while (true) {
     const std::size_t slash = rest.find('/');
-    if (auto problem = poolNameProblem(rest.substr(0, slash))) {
+    if (auto problem = componentProblem(rest.substr(0, slash))) {
       return fmt::format("The folder's path cannot be served by the transfer daemon. {}", *problem);
     }
     if (slash == std::string_view::npos) return std::nullopt;
