@@ -30,7 +30,10 @@ void ControlProtocol::handleLine(std::string_view line) {
   if (!alive.expired()) isInCall_ = false;
 }
 
-void ControlProtocol::refuseLongLine() { replyRefusal("The request is too long."); }
+void ControlProtocol::refuseLongLine() {
+  isBusy_ = true;  // for good: what follows on the line is no request
+  callbacks_.send({{"ok", false}, {"error", "The request is too long."}});
+}
 
 void ControlProtocol::dispatch(const ControlRequest& request) {
   using enum ControlCommand;
