@@ -109,6 +109,9 @@ TEST(PathRules, explainsWhichNamesTheDaemonCannotCarry) {
       {".", "another meaning"},
       {"..", "another meaning"},
       {"global", "another meaning"},
+      {"Global", "another meaning"},
+      {"#list", "begins with"},
+      {"-rf", "begins with"},
   };
   for (const auto& [name, problem] : cases) {
     const auto found = poolNameProblem(name);
