@@ -49,9 +49,11 @@ def main():
     module = importlib.import_module(arguments.set)
     scenarios = [value for name, value in vars(module).items()
                  if name.startswith("scenario") and arguments.pattern in name]
+    if not scenarios:
+        parser.error("no such scenario")
     failed = run(scenarios, arguments.programs)
     print("failed: " + ", ".join(failed) if failed else "all passed")
-    return 1 if failed or not scenarios and not arguments.pattern else 0
+    return 1 if failed else 0
 
 
 if __name__ == "__main__":
