@@ -143,8 +143,8 @@ void Application::start() {
   isRestoring_ = true;
   peer_->stopServer([this, alive = alive_](Result<> stopped) {
     if (!*alive || isShuttingDown_) return;
-    if (!stopped) platform_.log.error("Server still running at startup. {}",
-                                      stopped.error().message());
+    if (!stopped)
+      platform_.log.error("Server still running at startup. {}", stopped.error().message());
     restorePools();
   });
   checkTransferTool();
@@ -166,10 +166,7 @@ void Application::restoredPool(KDFilePool& pool, bool hasLog) {
   const auto through = [this, alive = alive_, counts = isRestoring_,
                         name = pool.name()](const Result<>& activated) {
     if (!*alive) return;
-    if (!activated) {
-      observers_.tell(
-          [&](auto& observer) { observer.warning(name, activated.error().message()); });
-    }
+    if (!activated) warn(name, refusalText(activated.error()));
     if (counts) poolIsThrough();
   };
   if (hasLog) {
@@ -189,11 +186,7 @@ void Application::startServer() {
   peer_->startServer([this, alive = alive_](const Result<>& started) {
     if (!*alive) return;
     isStarted_ = true;
-    if (!started) {
-      platform_.log.error("{}", started.error().message());
-    } else if (peer_->isServerRunning()) {
-      peer_->reannounceAllPools();
-    }
+    if (started && peer_->isServerRunning()) peer_->reannounceAllPools();
   });
 }
 
@@ -203,10 +196,18 @@ void Application::checkTransferTool() {
     if (!problem) return;
     platform.runLoop.post([this, alive, problem = *problem] {
       if (!*alive) return;
-      platform_.log.warning("{}", problem);
-      observers_.tell([&](auto& observer) { observer.warning("", problem); });
+      warn("", problem);
     });
   });
+}
+
+void Application::warn(const std::string& poolName, const std::string& sentence) {
+  if (poolName.empty()) {
+    platform_.log.warning("{}", sentence);
+  } else {
+    platform_.log.warning("'{}': {}", poolName, sentence);
+  }
+  observers_.tell([&](auto& observer) { observer.warning(poolName, sentence); });
 }
 
 void Application::lookAfterThings() {
@@ -249,8 +250,8 @@ void Application::setFilePool(KDFilePool& pool, bool active, Done done) {
 }
 
 void Application::activate(KDFilePool& pool, Done done) {
-  pool.activate([this, alive = alive_, done = std::move(done), name = pool.name()](
-                    const Result<>& activated) {
+  pool.activate([this, alive = alive_, done = std::move(done),
+                 name = pool.name()](const Result<>& activated) {
     if (!*alive) return;
     const auto activePool = peer_->poolNamed(name);
     if (activated && activePool && activePool->isActive()) {
@@ -272,23 +273,21 @@ void Application::recover(KDFilePool& pool, const Done& done) {
         "Unable to activate pool. Needs at least one participant to recover local log from "
         "network.");
   }
-  const auto recovering =
-      pool.phase() == PoolPhase::Recovering ? Result<>() : pool.recover();
+  const auto recovering = pool.phase() == PoolPhase::Recovering ? Result<>() : pool.recover();
   if (recovering) queueAllParticipants(pool);
   noteListChanged();
   done(recovering);
 }
 
 void Application::completeActivation(KDFilePool& pool) {
-  // Everything that others know of this machine has arrived; without any of it, the log starts here.
+  // Everything that others know of this machine has arrived; without any of it, the log starts
+  // here.
   if (const auto started = pool.startLocalLog(); !started) {
-    observers_.tell(
-        [&](auto& observer) { observer.warning(pool.name(), started.error().message()); });
+    warn(pool.name(), refusalText(started.error()));
     return;
   }
   activate(pool, [this, alive = alive_, name = pool.name()](const Result<>& activated) {
-    if (!*alive || activated) return;
-    observers_.tell([&](auto& observer) { observer.warning(name, activated.error().message()); });
+    if (*alive && !activated) warn(name, refusalText(activated.error()));
   });
 }
 
@@ -302,13 +301,13 @@ void Application::leave(KDFilePool& pool) {
 void Application::removePool(KDFilePool& pool, Done done) {
   const std::string name = pool.name();
   setFilePool(pool, false);
-  peer_->removePool(pool, [this, alive = alive_, name, done = std::move(done)](
-                              const Result<>& removed) {
-    if (!*alive) return;
-    if (removed) places_->forget(name);
-    noteListChanged();
-    done(removed);
-  });
+  peer_->removePool(pool,
+                    [this, alive = alive_, name, done = std::move(done)](const Result<>& removed) {
+                      if (!*alive) return;
+                      if (removed) places_->forget(name);
+                      noteListChanged();
+                      done(removed);
+                    });
 }
 
 void Application::noteListChanged() {
@@ -326,8 +325,9 @@ void Application::noteMissingFiles(KDFilePool& pool) {
 // What pools ask.
 
 void Application::poolPathsNotAccessible(KDFilePool& pool) {
-  platform_.log.warning("Synced Folder '{}' is not accessible to Zolvar. Please check the path '{}'.",
-                        pool.name(), pool.folderPath());
+  platform_.log.warning(
+      "Synced Folder '{}' is not accessible to Zolvar. Please check the path '{}'.", pool.name(),
+      pool.folderPath());
   observers_.tell([&](auto& observer) { observer.poolPathsNotAccessible(pool); });
 }
 

@@ -22,19 +22,19 @@ class PoolPlaces;
 class PoolRestorer;
 class TodoRetries;
 
-/// The running program's spine: owns the peer, the participants, the sync queue and the reactions to
-/// discovery, brings the pools of the last run back, and tells its observers what happens. One a
+/// The running program's spine: owns the peer, the participants, the sync queue and the reactions
+/// to discovery, brings the pools of the last run back, and tells its observers what happens. One a
 /// user, held by a lock file. Nothing here waits: outcomes come through `done` callbacks and
 /// observers. The platform outlives it. Main thread.
 class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
  public:
   struct Settings {
-    std::string version;              ///< of the program
-    bool asksPeople = false;          ///< a window asks about vanished files; else a setting answers
-    std::optional<Pace> pace;         ///< none: as the default "Pace" says
+    std::string version;       ///< of the program
+    bool asksPeople = false;   ///< a window asks about vanished files; else a setting answers
+    std::optional<Pace> pace;  ///< none: as the default "Pace" says
     KDPeer::PoolClass addressPoolClass;  ///< may be empty
     unsigned port = 49999;
-    std::string userId;               ///< empty: this machine's
+    std::string userId;  ///< empty: this machine's
   };
   using Done = std::function<void(Result<>)>;
 
@@ -65,7 +65,8 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   /// Activates (from the network, where our own log is missing) or deactivates a pool and remembers
   /// it. `done` is told when the pool is active, waits for its own log, or is left.
   void setFilePool(KDFilePool& pool, bool active, Done done = {});
-  /// Leaves the pool if need be, puts its folder with all data into the Trash and forgets its place.
+  /// Leaves the pool if need be, puts its folder with all data into the Trash and forgets its
+  /// place.
   void removePool(KDFilePool& pool, Done done);
   /// Pools came or went, or one moved, by a front end's doing.
   void noteListChanged();
@@ -83,6 +84,8 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   void startServer();
   void checkTransferTool();
   void lookAfterThings();
+  /// Logs a sentence and tells the observers. `poolName` is empty when it is about the program.
+  void warn(const std::string& poolName, const std::string& sentence);
 
   // Activation.
   void leave(KDFilePool& pool);
@@ -120,11 +123,12 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   std::vector<std::unique_ptr<UserDefaults::Observation>> defaultsObservations_;
   std::shared_ptr<Lane> checks_;
   RunLoop::Id housekeeping_ = 0;
-  unsigned poolsToGo_ = 0;   ///< restored pools whose activation is not through
+  unsigned poolsToGo_ = 0;  ///< restored pools whose activation is not through
   bool isRestoring_ = false;
   bool isStarted_ = false;
   bool isShuttingDown_ = false;
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  ///< tasks that outlive us look at it
+  std::shared_ptr<bool> alive_ =
+      std::make_shared<bool>(true);  ///< tasks that outlive us look at it
 };
 
 }  // namespace zolvar

@@ -16,8 +16,8 @@ struct SyncReport {
   KDFilePool& pool;
   ParticipantAddress participant;
   int status = 0;
-  std::string errorMessage;             ///< empty when the status is 0
-  std::set<std::string> loadedFiles;    ///< paths that arrived
+  std::string errorMessage;           ///< empty when the status is 0
+  std::set<std::string> loadedFiles;  ///< paths that arrived
 
   /// All or part of what was wanted has come.
   [[nodiscard]] bool isSuccess() const { return status == 0 || status == 23; }

@@ -2,10 +2,9 @@
 
 #include <functional>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
-
-#include <nlohmann/json.hpp>
 
 #include "util/Failure.h"
 
@@ -16,11 +15,11 @@ class ControlRequest;
 class Operations;
 class WatchEvents;
 
-/// One conversation over the control socket, without the socket: takes requests as lines and answers
-/// each with one object, {"ok": true, "data": ...} or {"ok": false, "error": SENTENCE}; objects with
-/// "event" may come before the answer of a long command, and follow without end after "watch".
-/// Requests are answered one by one: hand in the next line only when not busy. Application and
-/// operations outlive it; answers that come after its end are dropped. Main thread.
+/// One conversation over the control socket, without the socket: takes requests as lines and
+/// answers each with one object, {"ok": true, "data": ...} or {"ok": false, "error": SENTENCE};
+/// objects with "event" may come before the answer of a long command, and follow without end after
+/// "watch". Requests are answered one by one: hand in the next line only when not busy. Application
+/// and operations outlive it; answers that come after its end are dropped. Main thread.
 class ControlProtocol {
  public:
   struct Callbacks {

@@ -32,8 +32,7 @@ std::span<const Rule> rules() {
   static const Field name{"name", Text};
   static const std::vector<Rule> all = {
       {"share", Share, {{"folder", Text}, {"password", OptionalText}}},
-      {"subscribe", Subscribe,
-       {name, {"folder", OptionalText}, {"password", OptionalText}}},
+      {"subscribe", Subscribe, {name, {"folder", OptionalText}, {"password", OptionalText}}},
       {"unsubscribe", Unsubscribe, {name}},
       {"remove", Remove, {name, {"yes", OptionalFlag}}},
       {"password", Password, {name, {"password", Text}}},
@@ -89,8 +88,8 @@ Result<ControlRequest> ControlRequest::parse(std::string_view line) {
   const json request = json::parse(
       line,
       [](int depth, json::parse_event_t event, const json&) {
-        const bool opens = event == json::parse_event_t::object_start ||
-                           event == json::parse_event_t::array_start;
+        const bool opens =
+            event == json::parse_event_t::object_start || event == json::parse_event_t::array_start;
         return !(opens && depth > 1);
       },
       false);
@@ -101,8 +100,8 @@ Result<ControlRequest> ControlRequest::parse(std::string_view line) {
   }
   const auto& name = request["command"].get_ref<const std::string&>();
   const auto known = rules();
-  const auto rule = std::find_if(known.begin(), known.end(),
-                                 [&](const Rule& each) { return name == each.name; });
+  const auto rule =
+      std::find_if(known.begin(), known.end(), [&](const Rule& each) { return name == each.name; });
   if (rule == known.end()) return refusal(fmt::format("There is no command '{}'.", name));
   if (const auto problem = fieldProblem(*rule, request)) return refusal(*problem);
   return ControlRequest(rule->command, request);

@@ -1,9 +1,8 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
-
-#include <nlohmann/json.hpp>
 
 #include "util/Failure.h"
 
@@ -12,9 +11,27 @@ namespace zolvar {
 inline constexpr std::size_t LongestControlLine = 1U << 20;  ///< bytes
 
 enum class ControlCommand {
-  Share, Subscribe, Unsubscribe, Remove, Password,
-  List, Participants, Missing, Conflicts, Tree, Use, Drop, Fetch,
-  Sync, Question, Answer, Get, Set, Status, Watch, Quit,
+  Share,
+  Subscribe,
+  Unsubscribe,
+  Remove,
+  Password,
+  List,
+  Participants,
+  Missing,
+  Conflicts,
+  Tree,
+  Use,
+  Drop,
+  Fetch,
+  Sync,
+  Question,
+  Answer,
+  Get,
+  Set,
+  Status,
+  Watch,
+  Quit,
 };
 
 /// One request of the control protocol, checked: the command is known, its required fields are

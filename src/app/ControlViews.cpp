@@ -48,9 +48,9 @@ json view(const OpenQuestion& question) {
 }
 
 json view(const TransferProgress& progress) {
-  return {{"participant", progress.participant},   {"filesDone", progress.filesDone},
-          {"filesWanted", progress.filesWanted},   {"bytesDone", progress.bytesDone},
-          {"bytesWanted", progress.bytesWanted},   {"bytesPerSecond", progress.bytesPerSecond}};
+  return {{"participant", progress.participant}, {"filesDone", progress.filesDone},
+          {"filesWanted", progress.filesWanted}, {"bytesDone", progress.bytesDone},
+          {"bytesWanted", progress.bytesWanted}, {"bytesPerSecond", progress.bytesPerSecond}};
 }
 
 json view(const ProgramStatus& status) {
@@ -59,12 +59,9 @@ json view(const ProgramStatus& status) {
     syncing = {{"name", status.sync->poolName}, {"participant", status.sync->participant}};
     syncing["progress"] = status.sync->progress ? view(*status.sync->progress) : json();
   }
-  return {{"userId", status.userId},
-          {"port", status.port ? json(*status.port) : json()},
-          {"version", status.version},
-          {"daemonRunning", status.port.has_value()},
-          {"started", status.isStarted},
-          {"syncing", std::move(syncing)}};
+  return {{"userId", status.userId},     {"port", status.port ? json(*status.port) : json()},
+          {"version", status.version},   {"daemonRunning", status.port.has_value()},
+          {"started", status.isStarted}, {"syncing", std::move(syncing)}};
 }
 
 json view(const SyncOutcome& outcome) {

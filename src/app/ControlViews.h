@@ -6,7 +6,8 @@
 
 namespace zolvar::views {
 
-// The data of replies and events of the control protocol. docs/control-protocol.md has their members.
+// The data of replies and events of the control protocol. docs/control-protocol.md has their
+// members.
 
 nlohmann::json view(const PoolInfo& info);
 nlohmann::json view(const ParticipantInfo& info);

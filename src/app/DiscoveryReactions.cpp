@@ -15,9 +15,8 @@
 namespace zolvar {
 
 DiscoveryReactions::DiscoveryReactions(Platform& platform, NotificationCenter& center,
-                                       const Pace& pace, KDPeer& peer,
-                                       KDParticipants& participants, SyncScheduler& scheduler,
-                                       ObserverList& observers)
+                                       const Pace& pace, KDPeer& peer, KDParticipants& participants,
+                                       SyncScheduler& scheduler, ObserverList& observers)
     : platform_(platform),
       pace_(pace),
       peer_(peer),

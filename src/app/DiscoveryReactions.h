@@ -20,8 +20,8 @@ struct Platform;
 /// network. Owned by the application; everything handed in outlives it. Main thread.
 class DiscoveryReactions {
  public:
-  DiscoveryReactions(Platform& platform, NotificationCenter& center, const Pace& pace,
-                     KDPeer& peer, KDParticipants& participants, SyncScheduler& scheduler,
+  DiscoveryReactions(Platform& platform, NotificationCenter& center, const Pace& pace, KDPeer& peer,
+                     KDParticipants& participants, SyncScheduler& scheduler,
                      ObserverList& observers);
 
  private:

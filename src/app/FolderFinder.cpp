@@ -17,8 +17,7 @@ Finding lookAtStoredPath(const StoredPlace& place, FileSystem& fileSystem,
   if (!fileSystem.isFolder(place.path)) return Finding::Missing;
   // Device numbers may change from one start of the machine to the next, so the log decides first.
   if (holdsLog(fileSystem, place.path, userId)) return Finding::Found;
-  const bool isSameFolder =
-      !place.identity || hasIdentity(fileSystem, place.path, *place.identity);
+  const bool isSameFolder = !place.identity || hasIdentity(fileSystem, place.path, *place.identity);
   return isSameFolder ? Finding::FoundWithoutLog : Finding::Missing;
 }
 

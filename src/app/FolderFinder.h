@@ -7,10 +7,10 @@
 namespace zolvar {
 
 enum class Finding {
-  Found,          ///< the folder, with our own log inside
-  FoundWithoutLog,///< the folder as it was stored, our own log is not in it
-  Renamed,        ///< the folder, under a name that is not the pool's: it cannot be used
-  Missing,        ///< nowhere we look, or something else lies in its place (a disk is not mounted)
+  Found,            ///< the folder, with our own log inside
+  FoundWithoutLog,  ///< the folder as it was stored, our own log is not in it
+  Renamed,          ///< the folder, under a name that is not the pool's: it cannot be used
+  Missing,  ///< nowhere we look, or something else lies in its place (a disk is not mounted)
 };
 
 struct FoundPlace {

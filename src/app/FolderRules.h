@@ -9,7 +9,8 @@ namespace zolvar {
 class KDPeer;
 class FileSystem;
 
-/// `path` without trailing slashes and "." components; ".." stays and is refused by poolPathProblem.
+/// `path` without trailing slashes and "." components; ".." stays and is refused by
+/// poolPathProblem.
 std::string tidyPath(std::string_view path);
 
 /// Whether `inner` is `outer` or lies somewhere in it, by whole components.

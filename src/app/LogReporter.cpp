@@ -51,16 +51,9 @@ void LogReporter::passwordDidFail(KDFilePool& pool, KDParticipant& participant) 
       pool.name(), participant.userId());
 }
 
-void LogReporter::warning(const std::string& poolName, const std::string& sentence) {
-  if (poolName.empty()) {
-    log_.warning("{}", sentence);
-  } else {
-    log_.warning("'{}': {}", poolName, sentence);
-  }
-}
-
 void LogReporter::serverDidChange(bool running, const std::string& trouble) {
-  if (!trouble.empty()) log_.error("{}", trouble);
+  if (!trouble.empty() && trouble != serverTrouble_) log_.error("{}", trouble);
+  serverTrouble_ = trouble;
   log_.debug("The transfer daemon {}.", running ? "runs" : "does not run");
 }
 

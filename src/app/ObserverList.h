@@ -7,8 +7,8 @@
 
 namespace zolvar {
 
-/// The application's observers. An observer may add or remove observers from inside a call. Owned by
-/// the application. Main thread.
+/// The application's observers. An observer may add or remove observers from inside a call. Owned
+/// by the application. Main thread.
 class ObserverList {
  public:
   void add(ApplicationObserver& observer) { observers_.push_back(&observer); }

@@ -163,11 +163,10 @@ void Operations::remove(const std::string& name, Done done) {
 void Operations::setPassword(const std::string& name, const std::string& password, Done done) {
   const auto presence = known(name);
   if (!presence) return done(tl::unexpected(presence.error()));
-  (*presence)->pool().setPassword(
-      password, [this, name, done = std::move(done)](Result<> set) {
-        if (set) application_.scheduler().retryPool(name);
-        done(std::move(set));
-      });
+  (*presence)->pool().setPassword(password, [this, name, done = std::move(done)](Result<> set) {
+    if (set) application_.scheduler().retryPool(name);
+    done(std::move(set));
+  });
 }
 
 // What is there.
@@ -269,8 +268,8 @@ ProgramStatus Operations::status() const {
 
 // Versions.
 
-void Operations::onVersion(const std::string& name, const std::string& path,
-                           const std::string& id, const Done& done,
+void Operations::onVersion(const std::string& name, const std::string& path, const std::string& id,
+                           const Done& done,
                            const std::function<void(KDFilePool&, const VersionId&)>& act) {
   const auto pool = subscribed(name);
   if (!pool) return done(tl::unexpected(pool.error()));
@@ -282,18 +281,16 @@ void Operations::onVersion(const std::string& name, const std::string& path,
   act(**pool, *version);
 }
 
-void Operations::useVersion(const std::string& name, const std::string& path,
-                            const std::string& id, Done done) {
-  onVersion(name, path, id, done, [&](auto& pool, const auto& version) {
-    pool.selectBranch(path, version, done);
-  });
+void Operations::useVersion(const std::string& name, const std::string& path, const std::string& id,
+                            Done done) {
+  onVersion(name, path, id, done,
+            [&](auto& pool, const auto& version) { pool.selectBranch(path, version, done); });
 }
 
 void Operations::dropVersion(const std::string& name, const std::string& path,
                              const std::string& id, Done done) {
-  onVersion(name, path, id, done, [&](auto& pool, const auto& version) {
-    pool.deleteBranch(path, version, done);
-  });
+  onVersion(name, path, id, done,
+            [&](auto& pool, const auto& version) { pool.deleteBranch(path, version, done); });
 }
 
 void Operations::fetchVersion(const std::string& name, const std::string& path,

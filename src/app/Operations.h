@@ -23,7 +23,7 @@ struct PoolInfo {
   std::string name;
   std::string folder;  ///< empty while it has no place on this machine
   PoolPhase phase = PoolPhase::Inactive;
-  bool isAnnounced = false;  ///< by us or by others
+  bool isAnnounced = false;      ///< by us or by others
   std::size_t participants = 0;  ///< others
   std::size_t missing = 0;
   std::size_t conflicts = 0;
@@ -134,8 +134,7 @@ class Operations {
   [[nodiscard]] Result<KDFilePool*> subscribed(const std::string& name) const;
   void place(KDFilePool& pool, const std::optional<std::string>& password, Done done);
   void onVersion(const std::string& name, const std::string& path, const std::string& id,
-                 const Done& done,
-                 const std::function<void(KDFilePool&, const VersionId&)>& act);
+                 const Done& done, const std::function<void(KDFilePool&, const VersionId&)>& act);
 
   Application& application_;
   std::set<std::unique_ptr<SyncWait>> waits_;

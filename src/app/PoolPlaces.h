@@ -20,8 +20,8 @@ struct StoredPlace {
 
 /// What the settings remember of pools from one run to the next: the folder of each ("QMPool-NAME",
 /// beside it "QMPoolIdentity-NAME", which finds the folder again when it was moved meanwhile) and
-/// which are subscribed to ("activePools"). Owned by the application; what is handed in outlives it.
-/// Main thread.
+/// which are subscribed to ("activePools"). Owned by the application; what is handed in outlives
+/// it. Main thread.
 class PoolPlaces {
  public:
   PoolPlaces(UserDefaults& defaults, FileSystem& fileSystem, std::string syncFolderDirectory);

@@ -16,8 +16,8 @@ struct Platform;
 
 /// Brings back the pools of the last run. Folders are looked for on a lane; what was found is added
 /// to the peer on the main thread. A subscribed folder that is not there (a disk that is not
-/// mounted) is looked for again until it is. Owned by the application; everything handed in outlives
-/// it. Main thread.
+/// mounted) is looked for again until it is. Owned by the application; everything handed in
+/// outlives it. Main thread.
 class PoolRestorer {
  public:
   /// Told of each restored pool that was subscribed to; `hasLog` as in Finding.
@@ -47,7 +47,8 @@ class PoolRestorer {
   std::shared_ptr<Lane> lane_;
   std::vector<StoredPlace> missing_;
   bool isSearching_ = false;
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  ///< tasks that outlive us look at it
+  std::shared_ptr<bool> alive_ =
+      std::make_shared<bool>(true);  ///< tasks that outlive us look at it
 };
 
 }  // namespace zolvar

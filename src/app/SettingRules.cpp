@@ -10,8 +10,8 @@
 namespace zolvar {
 namespace {
 
-constexpr std::string_view OwnKeys[] = {"QMPool-", "QMPoolIdentity-", "HasPassword-",
-                                        "activePools", "KnownVersion"};
+constexpr std::string_view OwnKeys[] = {"QMPool-", "QMPoolIdentity-", "HasPassword-", "activePools",
+                                        "KnownVersion"};
 
 struct Choice {
   std::string_view key;
@@ -47,8 +47,8 @@ std::optional<std::string> settingProblem(const std::string& key, const std::str
   }
   if (std::find(std::begin(Numbers), std::end(Numbers), key) != std::end(Numbers)) {
     const bool isNumber = value.size() <= 9 && std::all_of(value.begin(), value.end(), [](char c) {
-      return c >= '0' && c <= '9';
-    });
+                            return c >= '0' && c <= '9';
+                          });
     if (!isNumber) return fmt::format("The setting '{}' is a whole number.", key);
   }
   return std::nullopt;

@@ -14,9 +14,9 @@ class KDParticipant;
 
 /// What the choice of the next sync looks at.
 struct QueuedSync {
-  bool isLocal = false;      ///< this machine's own announcement: never synced with
-  double lastSyncDate = 0;   ///< seconds since 1970; 0 when never synced
-  bool isReady = true;       ///< its pool can sync now
+  bool isLocal = false;     ///< this machine's own announcement: never synced with
+  double lastSyncDate = 0;  ///< seconds since 1970; 0 when never synced
+  bool isReady = true;      ///< its pool can sync now
 };
 
 /// What is to become of the queue.

@@ -50,8 +50,8 @@ SyncScheduler::SyncScheduler(Platform& platform, NotificationCenter& center, con
 SyncScheduler::~SyncScheduler() { stop(); }
 
 void SyncScheduler::start() {
-  timer_ = platform_.runLoop.every(pace_.queueTimer,
-                                   [this] { checkParticipantQueueAndSyncIfNeeded(); });
+  timer_ =
+      platform_.runLoop.every(pace_.queueTimer, [this] { checkParticipantQueueAndSyncIfNeeded(); });
 }
 
 void SyncScheduler::stop() {
@@ -116,8 +116,11 @@ bool SyncScheduler::refusesUnprotected(const Participant& participant, KDPoolPre
   participant->setLastSyncDate(platform_.clock.now());
   reactToPasswordFailure(presence.pool(), participant);
   observers_.tell([&](auto& observer) {
-    observer.syncDidEnd({presence.pool(), participant->address(), AuthenticationFailed,
-                         statusText(AuthenticationFailed), {}});
+    observer.syncDidEnd({presence.pool(),
+                         participant->address(),
+                         AuthenticationFailed,
+                         statusText(AuthenticationFailed),
+                         {}});
   });
   return true;
 }
@@ -182,8 +185,7 @@ void SyncScheduler::react(const KDSyncDidEndNotification& end, const Participant
   if (status == AuthenticationFailed) {
     reactToPasswordFailure(*end.pool, participant);
   } else if (status == ProtocolNotStarted) {
-    platform_.log.warning(
-        "Protocol error detected. Ignored - probably max connections exceeded.");
+    platform_.log.warning("Protocol error detected. Ignored - probably max connections exceeded.");
   } else {
     platform_.log.warning("Sync Error: {}", end.KDErrorMessage);
     if (status == StreamError) platform_.log.warning("Socket error detected. Ignored.");
@@ -215,8 +217,8 @@ void SyncScheduler::reactToPasswordFailure(KDFilePool& pool, const Participant& 
 void SyncScheduler::checkLater() {
   platform_.runLoop.cancel(check_);
   if (isStopped_) return;
-  check_ = platform_.runLoop.after(pace_.afterSync,
-                                   [this] { checkParticipantQueueAndSyncIfNeeded(); });
+  check_ =
+      platform_.runLoop.after(pace_.afterSync, [this] { checkParticipantQueueAndSyncIfNeeded(); });
 }
 
 }  // namespace zolvar

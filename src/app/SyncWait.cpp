@@ -13,9 +13,7 @@ constexpr int TooManyConnections = 5;
 }  // namespace
 
 SyncWait::SyncWait(Application& application, std::string poolName, Callbacks callbacks)
-    : application_(application),
-      poolName_(std::move(poolName)),
-      callbacks_(std::move(callbacks)) {
+    : application_(application), poolName_(std::move(poolName)), callbacks_(std::move(callbacks)) {
   application_.addObserver(*this);
 }
 

@@ -5,7 +5,9 @@
 
 namespace zolvar {
 
-double retryMinutes(unsigned attempt) { return attempt < 4 ? static_cast<double>(1U << attempt) : 15; }
+double retryMinutes(unsigned attempt) {
+  return attempt < 4 ? static_cast<double>(1U << attempt) : 15;
+}
 
 TodoRetries::TodoRetries(RunLoop& runLoop, std::function<void(const std::string&)> retry)
     : runLoop_(runLoop), retry_(std::move(retry)) {}

@@ -47,9 +47,8 @@ void WatchEvents::questionDidArise(KDFilePool& pool, const DeleteQuestion& quest
 }
 
 void WatchEvents::passwordDidFail(KDFilePool& pool, KDParticipant& participant) {
-  sink_({{"event", "passwordFailed"},
-         {"name", pool.name()},
-         {"participant", participant.userId()}});
+  sink_(
+      {{"event", "passwordFailed"}, {"name", pool.name()}, {"participant", participant.userId()}});
 }
 
 void WatchEvents::poolPathsNotAccessible(KDFilePool& pool) {

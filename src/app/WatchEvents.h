@@ -2,9 +2,8 @@
 
 #include <functional>
 #include <map>
-#include <string>
-
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "app/ApplicationObserver.h"
 
@@ -13,9 +12,9 @@ namespace zolvar {
 class Application;
 class Operations;
 
-/// Turns what happens into JSON objects for who watches: every notice, and the state of a pool or of
-/// the program when it differs from what was told last. Observes the application from its making to
-/// its destruction; application and operations outlive it. Main thread.
+/// Turns what happens into JSON objects for who watches: every notice, and the state of a pool or
+/// of the program when it differs from what was told last. Observes the application from its making
+/// to its destruction; application and operations outlive it. Main thread.
 class WatchEvents : public ApplicationObserver {
  public:
   using Sink = std::function<void(const nlohmann::json& event)>;

@@ -1,9 +1,8 @@
 #include "cli/CommandLine.h"
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <functional>
-
-#include <CLI/CLI.hpp>
 
 namespace zolvar {
 namespace {
@@ -80,31 +79,30 @@ void addFolderCommands(Builder& builder, Values& values) {
                         "Where its files go; ~/Public/Zolvar/NAME when left out");
   builder.passwordOf(subscribe);
 
-  builder.nameOf(builder.add("unsubscribe", "Stop keeping a folder in step; its files stay",
-                             builder.named()));
-  auto* remove = builder.add("remove", "Put a folder and all its data into the Trash",
-                             [&](auto& request) {
-                               request["name"] = values.name;
-                               request["yes"] = true;
-                             });
+  builder.nameOf(
+      builder.add("unsubscribe", "Stop keeping a folder in step; its files stay", builder.named()));
+  auto* remove =
+      builder.add("remove", "Put a folder and all its data into the Trash", [&](auto& request) {
+        request["name"] = values.name;
+        request["yes"] = true;
+      });
   builder.nameOf(remove);
   remove->add_flag("--yes", values.yes, "Really do it")->required();
 
-  builder.nameOf(builder.add(
-      "password", "Set a folder's password from standard input; an empty one removes it",
-      builder.named()));
+  builder.nameOf(builder.add("password",
+                             "Set a folder's password from standard input; an empty one removes it",
+                             builder.named()));
 }
 
 void addListings(Builder& builder, Values& values) {
   builder.listing("list", "All folders, shared here or announced by others");
   builder.nameOf(builder.listing("participants", "Who takes part in a folder", builder.named()));
-  builder.nameOf(builder.listing("missing", "Files that are still to be fetched",
-                                 [&](auto& request) {
-                                   request["name"] = values.name;
-                                   if (!values.json) request["holders"] = true;
-                                 }));
   builder.nameOf(
-      builder.listing("conflicts", "Files with more than one version", builder.named()));
+      builder.listing("missing", "Files that are still to be fetched", [&](auto& request) {
+        request["name"] = values.name;
+        if (!values.json) request["holders"] = true;
+      }));
+  builder.nameOf(builder.listing("conflicts", "Files with more than one version", builder.named()));
   auto* tree = builder.listing("tree", "All versions of one file", [&](auto& request) {
     request["name"] = values.name;
     request["path"] = values.path;
@@ -135,11 +133,11 @@ void addVersionCommands(Builder& builder, Values& values) {
   add("drop", "Delete a version of a file in conflict", false);
   add("fetch", "Fetch one version of a file to another place", true);
 
-  auto* answer = builder.add("answer", "Answer the question about vanished files",
-                             [&](auto& request) {
-                               request["name"] = values.name;
-                               request["answer"] = values.answer;
-                             });
+  auto* answer =
+      builder.add("answer", "Answer the question about vanished files", [&](auto& request) {
+        request["name"] = values.name;
+        request["answer"] = values.answer;
+      });
   builder.nameOf(answer);
   answer
       ->add_option("ANSWER", values.answer,
@@ -161,11 +159,10 @@ void addProgramCommands(Builder& builder, Values& values) {
   auto* get = builder.listing("get", "Print a setting",
                               [&](auto& request) { request["key"] = values.key; });
   get->add_option("KEY", values.key, "The setting")->required();
-  auto* set = builder.add("set", "Change a setting; an empty value removes it",
-                          [&](auto& request) {
-                            request["key"] = values.key;
-                            request["value"] = values.value;
-                          });
+  auto* set = builder.add("set", "Change a setting; an empty value removes it", [&](auto& request) {
+    request["key"] = values.key;
+    request["value"] = values.value;
+  });
   set->add_option("KEY", values.key, "The setting")->required();
   set->add_option("VALUE", values.value, "Its new value")->required();
   builder.add("watch", "Print what happens as it happens, one JSON object a line");

@@ -1,17 +1,16 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <variant>
-
-#include <nlohmann/json.hpp>
 
 namespace zolvar {
 
 /// What a `zolvar` call asks for: the request for the running program and how to show its answer.
 struct Invocation {
-  nlohmann::json request;     ///< {"command": ..., fields}
-  bool json = false;          ///< print the answer's data as JSON
-  bool readsPassword = false; ///< "password" comes from standard input
+  nlohmann::json request;      ///< {"command": ..., fields}
+  bool json = false;           ///< print the answer's data as JSON
+  bool readsPassword = false;  ///< "password" comes from standard input
   [[nodiscard]] std::string command() const { return request.at("command"); }
 };
 

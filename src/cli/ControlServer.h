@@ -18,8 +18,8 @@ class ControlProtocol;
 class Operations;
 
 /// The control socket: one ControlProtocol a connection. Only this user can connect (the folder is
-/// 0700, the socket 0600). A client that does not read what it asked for is cut off. Application and
-/// operations outlive endConversations(). Main thread.
+/// 0700, the socket 0600). A client that does not read what it asked for is cut off. Application
+/// and operations outlive endConversations(). Main thread.
 class ControlServer : public QObject {
  public:
   ControlServer(Application& application, Operations& operations, std::function<void()> quit);

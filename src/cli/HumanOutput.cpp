@@ -13,8 +13,8 @@ namespace {
 using nlohmann::json;
 
 std::size_t columnsOf(std::string_view text) {
-  return static_cast<std::size_t>(std::count_if(
-      text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
+  return static_cast<std::size_t>(
+      std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
 }
 
 /// Rows of cells under a heading, columns as wide as their widest cell.
@@ -145,8 +145,8 @@ std::string questionText(const json& questions) {
       }
       text += "  " + cell(path) + '\n';
     }
-    text += fmt::format("Answer with: zolvar answer '{}' reget|delete\n",
-                        cell(question.at("name")));
+    text +=
+        fmt::format("Answer with: zolvar answer '{}' reget|delete\n", cell(question.at("name")));
   }
   return text;
 }
@@ -190,8 +190,8 @@ std::string printable(std::string_view text) {
   std::string result;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const auto byte = static_cast<unsigned char>(text[i]);
-    const bool isC1 = byte == 0xC2 && i + 1 < text.size() &&
-                      static_cast<unsigned char>(text[i + 1]) < 0xA0;
+    const bool isC1 =
+        byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
     if (byte < 0x20 || byte == 0x7F) {
       result += '?';
     } else if (isC1) {

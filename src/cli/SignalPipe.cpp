@@ -39,13 +39,13 @@ SignalPipe::SignalPipe(RunLoop& runLoop, std::function<void()> stop) : runLoop_(
   readEnd_ = ends[0];
   writeEnd_ = ends[1];
   pipeForSignals = writeEnd_;
-  watch_ = runLoop_.watch(readEnd_, RunLoop::Events::Readable,
-                          [end = readEnd_, stop = std::move(stop)] {
-                            char bytes[16];
-                            while (::read(end, bytes, sizeof bytes) > 0) {
-                            }
-                            stop();
-                          });
+  watch_ =
+      runLoop_.watch(readEnd_, RunLoop::Events::Readable, [end = readEnd_, stop = std::move(stop)] {
+        char bytes[16];
+        while (::read(end, bytes, sizeof bytes) > 0) {
+        }
+        stop();
+      });
   handle(noteSignal);
 }
 

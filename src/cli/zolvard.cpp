@@ -74,8 +74,8 @@ int run(bool isDebug) {
 }  // namespace zolvar
 
 int main(int argc, char** argv) {
-  CLI::App arguments{"Keeps shared folders in step; runs in the foreground until it is told to end.",
-                     "zolvard"};
+  CLI::App arguments{
+      "Keeps shared folders in step; runs in the foreground until it is told to end.", "zolvard"};
   bool isDebug = false;
   arguments.add_flag("--debug", isDebug, "Write debug lines, and all lines to standard error");
   arguments.set_version_flag("--version", "zolvard " ZOLVAR_VERSION);

@@ -1,9 +1,8 @@
-#include "app/Application.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "app/AppHost.h"
+#include "app/Application.h"
 
 namespace zolvar {
 namespace {
@@ -66,8 +65,9 @@ TEST_F(ApplicationTest, waitsForItsOwnLogAndSaysWhenNobodyCanGiveIt) {
   EXPECT_FALSE(remembersSubscription(bob));
   EXPECT_TRUE(bob.platform.log.contains(
       "Warning: Local log file not present! Trying to recover local log file from network."));
-  EXPECT_TRUE(bob.platform.log.contains("Unable to activate pool. Needs at least one participant "
-                                        "to recover local log from network."));
+  EXPECT_TRUE(
+      bob.platform.log.contains("Unable to activate pool. Needs at least one participant "
+                                "to recover local log from network."));
   world.network.setUp("alpha", true);
   EXPECT_TRUE(until([&] { return bob.isActive("Docs"); })) << bob.platform.log.text();
   EXPECT_TRUE(remembersSubscription(bob));
@@ -90,8 +90,9 @@ TEST_F(ApplicationTest, bringsItsFoldersBackWhereverTheyLieNow) {
   bob.restart();
   settle(10);
   EXPECT_FALSE(bob.isActive("Docs"));
-  EXPECT_TRUE(bob.platform.log.contains("Warning! Synced Folder 'Docs' has been renamed to "
-                                        "'Papers'. Illegal. Deactivating folder."));
+  EXPECT_TRUE(
+      bob.platform.log.contains("Warning! Synced Folder 'Docs' has been renamed to "
+                                "'Papers'. Illegal. Deactivating folder."));
 }
 
 TEST_F(ApplicationTest, takesAnEmptyPlaceForADiskThatIsNotThereYet) {
@@ -132,8 +133,8 @@ TEST_F(ApplicationTest, leavesAFolderWhileItSyncs) {
   ASSERT_TRUE(bob.app->scheduler().syncingParticipant());
   ASSERT_TRUE(bob.operations->unsubscribe("Docs"));
   EXPECT_FALSE(bob.app->scheduler().syncingParticipant());
-  EXPECT_TRUE(bob.platform.log.contains(
-      "Warning: Deactivation of pool Docs resets syncingParticipant"));
+  EXPECT_TRUE(
+      bob.platform.log.contains("Warning: Deactivation of pool Docs resets syncingParticipant"));
   settle(60);
   EXPECT_FALSE(bob.isActive("Docs")) << "the end of a sync brought the folder back";
   EXPECT_FALSE(remembersSubscription(bob));

@@ -1,9 +1,8 @@
-#include "app/ControlProtocol.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "app/AppHost.h"
+#include "app/ControlProtocol.h"
 #include "app/ControlRequest.h"
 
 namespace zolvar {
@@ -127,8 +126,12 @@ TEST_F(ControlProtocolTest, refusesWithOneSentence) {
       {{{"command", "tree"}, {"name", "Docs"}, {"path", "../a"}}, "no path of a file"},
       {{{"command", "use"}, {"name", "Docs"}, {"path", "a"}, {"version", "x"}}, "no id"},
       {{{"command", "drop"}, {"name", "Docs"}, {"path", "a"}, {"version", "bob@b.local:1"}}, "."},
-      {{{"command", "fetch"}, {"name", "Docs"}, {"path", "a"}, {"version", "b@b.local:1"},
-        {"to", "a"}}, "must be a full one"},
+      {{{"command", "fetch"},
+        {"name", "Docs"},
+        {"path", "a"},
+        {"version", "b@b.local:1"},
+        {"to", "a"}},
+       "must be a full one"},
       {{{"command", "answer"}, {"name", "Docs"}, {"answer", "maybe"}}, "'reget' or 'delete'"},
       {{{"command", "answer"}, {"name", "Docs"}, {"answer", "delete"}}, "no open question"},
       {{{"command", "sync"}, {"wait", true}}, "needs the name"},

@@ -21,18 +21,25 @@ TEST(FolderRules, compareWholeComponents) {
   EXPECT_TRUE(isWithin("/a", "/"));
   EXPECT_FALSE(isWithin("/ab", "/a"));
   EXPECT_FALSE(isWithin("/a", "/a/b"));
-  for (const char* path : {"/home/ann/.local/share/Trash/files/x", "/mnt/.Trash-1000/files",
-                           "/mnt/.Trash/1000"}) {
+  for (const char* path :
+       {"/home/ann/.local/share/Trash/files/x", "/mnt/.Trash-1000/files", "/mnt/.Trash/1000"}) {
     EXPECT_TRUE(isInTrash(path)) << path;
   }
   EXPECT_FALSE(isInTrash("/home/ann/Trash/share"));
 }
 
 TEST(SettingRules, protectOurOwnAndCheckWhatIsKnown) {
-  const std::pair<const char*, const char*> refused[] = {
-      {"", "x"},          {"a/b", "x"},     {"activePools", "x"},        {"QMPool-Docs", "/x"},
-      {"KnownVersion", ""}, {"Pace", "fast"}, {"HeadlessDeleteAnswer", "yes"}, {"BWLimitOut", "-1"},
-      {"BWLimitIn", "1e3"}, {"QMPoolIdentity-Docs", "1:2"}, {"HasPassword-Docs", "1"}};
+  const std::pair<const char*, const char*> refused[] = {{"", "x"},
+                                                         {"a/b", "x"},
+                                                         {"activePools", "x"},
+                                                         {"QMPool-Docs", "/x"},
+                                                         {"KnownVersion", ""},
+                                                         {"Pace", "fast"},
+                                                         {"HeadlessDeleteAnswer", "yes"},
+                                                         {"BWLimitOut", "-1"},
+                                                         {"BWLimitIn", "1e3"},
+                                                         {"QMPoolIdentity-Docs", "1:2"},
+                                                         {"HasPassword-Docs", "1"}};
   for (const auto& [key, value] : refused) EXPECT_TRUE(settingProblem(key, value)) << key << value;
   const std::pair<const char*, const char*> fine[] = {{"Pace", "quick"},
                                                       {"Pace", ""},
@@ -87,7 +94,8 @@ TEST(TodoRetries, askLessAndLessOften) {
   SimulatedRunLoop loop(clock);
   std::vector<double> minutes;
   const double start = clock.now();
-  TodoRetries retries(loop, [&](const std::string&) { minutes.push_back((clock.now() - start) / 60); });
+  TodoRetries retries(loop,
+                      [&](const std::string&) { minutes.push_back((clock.now() - start) / 60); });
   retries.note("Docs", true);
   retries.note("Docs", true);
   loop.advance(46 * 60);

@@ -1,7 +1,6 @@
-#include "app/SyncQueue.h"
-
 #include <gtest/gtest.h>
 
+#include "app/SyncQueue.h"
 #include "net/KDParticipants.h"
 #include "support/RecordingLog.h"
 

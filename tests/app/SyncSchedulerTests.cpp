@@ -1,8 +1,7 @@
-#include "app/SyncScheduler.h"
-
 #include <gtest/gtest.h>
 
 #include "app/AppHost.h"
+#include "app/SyncScheduler.h"
 #include "net/ServiceName.h"
 #include "net/TxtCodec.h"
 #include "util/InconsistencyError.h"
@@ -94,8 +93,8 @@ TEST_F(SchedulerTest, reactsToHowASyncEnded) {
     if (*row.logged != '\0') {
       EXPECT_TRUE(ann.platform.log.contains(row.logged)) << ann.platform.log.text();
     }
-    EXPECT_EQ(ann.platform.log.contains("Sync Error"), row.status != 0 && row.status != 23 &&
-                                                           row.status != 37 && row.status != 5);
+    EXPECT_EQ(ann.platform.log.contains("Sync Error"),
+              row.status != 0 && row.status != 23 && row.status != 37 && row.status != 5);
     EXPECT_FALSE(scheduler().syncingParticipant());
     scheduler().removeFromQueue(bob.participant);
   }
@@ -151,8 +150,8 @@ TEST_F(SchedulerTest, queuesWhoAnnouncesSomethingNew) {
   TxtRecord record{{txt::FullName, "Docs"}, {txt::LogDigest, std::string(16, 'n')}};
   encodeUnsignedIntValue(record, txt::Version, ProtocolVersion);
   ASSERT_TRUE(txt->updateTxt(record));
-  EXPECT_TRUE(world.loop.runUntil(
-      [&] { return scheduler().syncingParticipant() == bob.participant; }, 10));
+  EXPECT_TRUE(
+      world.loop.runUntil([&] { return scheduler().syncingParticipant() == bob.participant; }, 10));
   world.loop.advance(10);
   scheduler().removeFromQueue(bob.participant);
 

@@ -71,9 +71,9 @@ TEST(CommandLine, exitsWithTheAgreedStatus) {
 TEST(CommandLine, helpsWithEveryCommand) {
   const std::string help = run("--help").output;
   for (const char* command :
-       {"share", "subscribe", "unsubscribe", "remove", "password", "list", "participants",
-        "missing", "conflicts", "tree", "use", "drop", "fetch", "sync", "question", "answer", "get",
-        "set", "status", "watch", "quit"}) {
+       {"share",    "subscribe", "unsubscribe", "remove", "password", "list",  "participants",
+        "missing",  "conflicts", "tree",        "use",    "drop",     "fetch", "sync",
+        "question", "answer",    "get",         "set",    "status",   "watch", "quit"}) {
     EXPECT_THAT(help, HasSubstr(command));
     EXPECT_EQ(run(std::string(command) + " --help").status, 0) << command;
   }
@@ -81,7 +81,9 @@ TEST(CommandLine, helpsWithEveryCommand) {
 
 TEST(HumanOutput, keepsStrangersOffTheTerminal) {
   EXPECT_EQ(printable("a\x1b[2Jb\n\x7f"), "a?[2Jb??");
-  EXPECT_EQ(printable("\xc2\x9b" "c"), "?c");
+  EXPECT_EQ(printable("\xc2\x9b"
+                      "c"),
+            "?c");
   EXPECT_EQ(printable("Döcs ✓"), "Döcs ✓");
   const json conflicts = json::parse(R"([{"path":"a\u001b[1m","versions":[{"id":"x@y:1",
       "userId":"x@y","logTime":1,"modTime":1,"local":true,"selectedBy":["p","q"]}]}])");

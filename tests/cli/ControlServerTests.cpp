@@ -1,8 +1,6 @@
-#include "cli/ControlServer.h"
-
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -14,6 +12,7 @@
 #include "app/AppHost.h"
 #include "app/ControlRequest.h"
 #include "cli/ControlClient.h"
+#include "cli/ControlServer.h"
 
 namespace zolvar {
 namespace {
@@ -65,7 +64,11 @@ TEST_F(ControlServerTest, answersItsUserAlone) {
     ControlClient client;
     ASSERT_TRUE(client.connect(path));
     // Several requests at once, one of them cut in two, are answered in order.
-    ASSERT_TRUE(client.send(R"({"command":"status"})" "\n" R"({"command":"list"})" "\n" "{"));
+    ASSERT_TRUE(client.send(R"({"command":"status"})"
+                            "\n"
+                            R"({"command":"list"})"
+                            "\n"
+                            "{"));
     EXPECT_NE(client.receive().value_or("").find("ann@alpha.local"), std::string::npos);
     EXPECT_EQ(client.receive(), R"({"data":[],"ok":true})");
     EXPECT_NE(client.receive().value_or("").find("no JSON"), std::string::npos);
