@@ -335,7 +335,11 @@ Result<> Operations::sync(const std::optional<std::string>& name) {
 Result<> Operations::syncAndWait(const std::string& name,
                                  std::function<void(const TransferProgress&)> progressed,
                                  std::function<void(Result<SyncOutcome>)> done) {
-  if (const auto pool = subscribed(name); !pool) return tl::unexpected(pool.error());
+  const auto pool = subscribed(name);
+  if (!pool) return tl::unexpected(pool.error());
+  if ((*pool)->passwordState() == PasswordState::Unreadable) {
+    return refusal(fmt::format("The password of '{}' cannot be read; nothing is synced.", name));
+  }
   SyncWait::Callbacks callbacks{std::move(progressed), std::move(done), {}};
   auto slot = std::make_shared<SyncWait*>(nullptr);
   callbacks.finished = [this, slot, alive = std::weak_ptr<bool>(alive_)] {
