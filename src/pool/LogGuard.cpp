@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t PieceSize = 256U << 10;  ///< bytes compared at once
 constexpr std::size_t MostNamesInWarning = 5;
+constexpr std::uint64_t TimesOfUnions = 31;  ///< seconds; a prime, so that line lengths spread
 
 std::string logPath(std::string_view name) { return joinPath(MetadataFolderName, name); }
 std::string asidePath(std::string_view name) { return joinPath(LogGuard::AsideFolder, name); }
@@ -132,11 +133,11 @@ Result<GuardedLog> LogGuard::settleLog(const std::string& name,
       }
       settled.linesNewToUs = both.linesNewToOld();
       if (both.relation() != LogUnion::Relation::NewHasAll) {
-        const std::int64_t modTime = std::max(old->modTime, now->modTime) + 1;
+        const std::int64_t later = std::max(old->modTime, now->modTime);
         const bool oldHasAll = both.relation() == LogUnion::Relation::OldHasAll;
         log_.warning("A load brought {} copy of the change log {}; no line of it was given up.",
                      oldHasAll ? "an older" : "another", name);
-        if (const auto written = writeUnion(name, modTime, oldHasAll, both); !written) {
+        if (const auto written = writeUnion(name, later, oldHasAll, both); !written) {
           return tl::unexpected(written.error());
         }
         if (oldHasAll) return settled;  // the old copy lies in its place again, not aside
@@ -178,7 +179,7 @@ Result<bool> LogGuard::oldBeginsNew(const std::string& name) {
   }
 }
 
-Result<> LogGuard::writeUnion(const std::string& name, std::int64_t modTime, bool oldHasAll,
+Result<> LogGuard::writeUnion(const std::string& name, std::int64_t later, bool oldHasAll,
                               const LogUnion& both) {
   std::string source = asidePath(name);
   if (!oldHasAll) {
@@ -188,7 +189,12 @@ Result<> LogGuard::writeUnion(const std::string& name, std::int64_t modTime, boo
         [this, &source](std::string_view bytes) { return folder_.append(source, bytes); });
     if (!written) return written;
   }
-  if (const auto timed = folder_.setModTime(source, modTime); !timed) return timed;
+  const auto attributes = folder_.attributes(source);
+  if (!attributes) return tl::unexpected(attributes.error());
+  // Two participants to whom a third brought the same old copy must not end with other lines and the
+  // same time: announcements tell of times alone, and neither would ask the other.
+  const auto difference = static_cast<std::int64_t>(attributes->size % TimesOfUnions);
+  if (const auto timed = folder_.setModTime(source, later + 1 + difference); !timed) return timed;
   return folder_.rename(source, logPath(name));
 }
 

@@ -36,7 +36,7 @@ struct GuardReport {
 /// - the new copy holds every old line, in another order: it is taken as it is, or two participants
 ///   with different orders would replace each other's copies for ever;
 /// - it does not: the log becomes the union of both (LogUnion), with the later time + 1 s, so that
-///   it travels on;
+///   it travels on, and some more seconds that depend on its size;
 /// - the log is gone or no file any more: the old copy comes back.
 ///
 /// Whatever else a load brought into the metadata folder is removed. A crash between the two steps
@@ -62,7 +62,7 @@ class LogGuard {
   [[nodiscard]] bool isSame(const std::string& name, const FileAttributes& old,
                             const FileAttributes& now) const;
   Result<bool> oldBeginsNew(const std::string& name);
-  Result<> writeUnion(const std::string& name, std::int64_t modTime, bool oldHasAll,
+  Result<> writeUnion(const std::string& name, std::int64_t later, bool oldHasAll,
                       const LogUnion& both);
   void removeStrangers();
   /// Empty when the directory is not there.
