@@ -191,6 +191,13 @@ TEST_F(ProcessTest, outlivesTheThreadThatStartedItButNotTheProgram) {
   close(ends[1]);
 }
 
+TEST_F(ProcessTest, leavesADaemonAloneThatWentItsOwnWay) {
+  const auto started = run(shell("setsid sleep 60 > /dev/null 2>&1 & echo $!"));
+  const int daemon = std::stoi(started.output);
+  EXPECT_FALSE(launcher_.waitGone(daemon, 0.02));
+  EXPECT_TRUE(launcher_.signal(daemon, SIGKILL));
+}
+
 TEST_F(ProcessTest, looksAtProcessesAndPorts) {
   const auto process = launcher_.start(shell("exec sleep 60"));
   const int pid = (*process)->pid();

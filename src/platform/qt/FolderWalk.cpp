@@ -10,13 +10,14 @@
 #include <cstring>
 
 #include "platform/qt/BeneathPath.h"
+#include "util/PathRules.h"
 
 namespace zolvar {
 
 namespace {
 
 constexpr const char* Attempt = "read the folder";
-constexpr std::size_t EntriesSize = 65536;
+constexpr std::size_t EntriesSize = 32768;
 /// Beyond this no directory is entered: such a path cannot be named in a log, and re-walking it from
 /// the root for every step would take for ever.
 constexpr std::size_t DeepestPath = 65536;
@@ -29,7 +30,7 @@ bool isDotOrDotDot(const char* name) {
 
 FolderWalk::FolderWalk(int root, const Folder::Visitor& visit, const Folder::WalkErrors& errors)
     : root_(root), visit_(visit), errors_(errors), entries_(EntriesSize) {
-  path_.reserve(EntriesSize);
+  path_.reserve(LongestPath);
 }
 
 void FolderWalk::run(std::string_view start) {

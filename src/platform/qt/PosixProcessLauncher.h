@@ -8,8 +8,8 @@
 namespace zolvar {
 
 /// Starts programs through one keeper thread. Any thread. While it lives, writing to a pipe that
-/// nobody reads fails instead of ending us (SIGPIPE is ignored for the whole program). Destroying
-/// it ends every child.
+/// nobody reads fails instead of ending us (SIGPIPE is ignored for the whole program). When it
+/// and the processes it gave out are destroyed, every child has been ended.
 class PosixProcessLauncher : public ProcessLauncher {
  public:
   explicit PosixProcessLauncher(const ProcessPace& pace = {});

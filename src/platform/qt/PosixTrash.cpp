@@ -26,7 +26,9 @@ struct ReleaseObject {
 };
 
 bool moveToDesktopTrash(const std::string& path) {
-  const std::unique_ptr<GFile, ReleaseObject> file(g_file_new_for_path(path.c_str()));
+  // The local implementation: the default one may ask services on the session bus, and wait.
+  const std::unique_ptr<GFile, ReleaseObject> file(
+      g_vfs_get_file_for_path(g_vfs_get_local(), path.c_str()));
   return g_file_trash(file.get(), nullptr, nullptr) == TRUE;
 }
 

@@ -31,10 +31,12 @@ void addUnansweredSockets(pid_t pid, const char* table, std::set<std::string>& i
 
 }  // namespace
 
-std::vector<pid_t> ProcessGroupActivity::members() const {
+std::optional<std::vector<pid_t>> ProcessGroupActivity::members() const {
   std::vector<pid_t> found = {leader_};
   for (std::size_t next = 0; next < found.size(); ++next) {
     std::ifstream children(fmt::format("/proc/{0}/task/{0}/children", found[next]));
+    // The transfer tool's bytes pass through a child of the leader: without it, nothing is known.
+    if (!children) return std::nullopt;
     for (pid_t child = 0; children >> child;) found.push_back(child);
   }
   return found;
@@ -42,7 +44,9 @@ std::vector<pid_t> ProcessGroupActivity::members() const {
 
 std::optional<ProcessGroupActivity::Bytes> ProcessGroupActivity::bytes() const {
   std::optional<Bytes> sum;
-  for (const pid_t pid : members()) {
+  const auto pids = members();
+  if (!pids) return sum;
+  for (const pid_t pid : *pids) {
     std::ifstream file(fmt::format("/proc/{}/io", pid));
     std::string name;
     for (std::uint64_t value = 0; file >> name >> value;) {
@@ -58,8 +62,9 @@ bool ProcessGroupActivity::isConnecting() const {
   std::set<std::string> inodes;
   addUnansweredSockets(leader_, "tcp", inodes);
   addUnansweredSockets(leader_, "tcp6", inodes);
-  if (inodes.empty()) return false;
-  for (const pid_t pid : members()) {
+  const auto pids = members();
+  if (inodes.empty() || !pids) return false;
+  for (const pid_t pid : *pids) {
     std::error_code ignored;
     for (fs::directory_iterator file(fmt::format("/proc/{}/fd", pid), ignored), end; file != end;
          file.increment(ignored)) {

@@ -27,7 +27,8 @@ class ProcessGroupActivity {
   [[nodiscard]] bool isConnecting() const;
 
  private:
-  [[nodiscard]] std::vector<pid_t> members() const;
+  /// None when the kernel does not tell who is whose child.
+  [[nodiscard]] std::optional<std::vector<pid_t>> members() const;
 
   const pid_t leader_;
 };
