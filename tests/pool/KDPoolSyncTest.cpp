@@ -1,11 +1,11 @@
-#include "pool/KDPoolSync.h"
-
-#include <algorithm>
 #include <fmt/ranges.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "platform/Platform.h"
+#include "pool/KDPoolSync.h"
 #include "pool/ScriptedLauncher.h"
 #include "support/SimulatedPlatform.h"
 
@@ -56,7 +56,8 @@ struct ScriptedSteps : PoolSyncSteps {
   void finishLogLoad(bool whole) override { note(whole ? "finish" : "finish partly"); }
   std::map<std::string, std::uint64_t> logSizesOnDisk() override { return sizes; }
   std::set<std::string> wantedFiles() override { return wanted; }
-  CopyPlan decideListing(const std::vector<ListingEntry>& entries, const ParticipantAddress&) override {
+  CopyPlan decideListing(const std::vector<ListingEntry>& entries,
+                         const ParticipantAddress&) override {
     note("decide");
     listed = entries;
     CopyPlan plan;
@@ -69,7 +70,9 @@ struct ScriptedSteps : PoolSyncSteps {
                         std::inserter(ready, ready.end()));
     return ready;
   }
-  std::set<std::string> timeWarpedFilesFromSet(const std::set<std::string>&) override { return warped; }
+  std::set<std::string> timeWarpedFilesFromSet(const std::set<std::string>&) override {
+    return warped;
+  }
   void settleReplacedFiles(const std::vector<ReplacedFile>& files) override {
     note("settle");
     settled.insert(settled.end(), files.begin(), files.end());
@@ -136,8 +139,9 @@ class KDPoolSyncTest : public testing::Test {
                      host_.log};
   std::shared_ptr<ScriptedSteps> steps_ = std::make_shared<ScriptedSteps>(&diary_);
   std::vector<std::optional<TransferProgress>> progress_;
-  KDPoolSync sync_{platform_, host_.lanes.start("state"), steps_,
-                   [this](std::optional<TransferProgress> progress) { progress_.push_back(progress); }};
+  KDPoolSync sync_{
+      platform_, host_.lanes.start("state"), steps_,
+      [this](std::optional<TransferProgress> progress) { progress_.push_back(progress); }};
   KDPoolSync::Settings settings_;
 };
 
@@ -154,21 +158,61 @@ TEST_F(KDPoolSyncTest, goesThroughItsPhasesAsFarAsTheyLead) {
       {"nothing wanted", {{}}, {}, {}, {}, 0, {"scan", "prepare", "load", "finish", "check"}},
       {"log load failed", {{12}}, {"a"}, {}, {}, 12, {"scan", "prepare", "load", "finish partly"}},
       {"log load partial", {{23}}, {"a"}, {}, {}, 23, {"scan", "prepare", "load", "finish partly"}},
-      {"everything", {{}, {0, both}, {}}, {"a", "sub/b"}, {}, {}, 0,
+      {"everything",
+       {{}, {0, both}, {}},
+       {"a", "sub/b"},
+       {},
+       {},
+       0,
        {"scan", "prepare", "load", "finish", "list", "decide", "copy", "check"}},
-      {"time warped", {{}, {0, both}, {23}, {}}, {"a", "sub/b"}, {"a"}, {}, 0,
+      {"time warped",
+       {{}, {0, both}, {23}, {}},
+       {"a", "sub/b"},
+       {"a"},
+       {},
+       0,
        {"scan", "prepare", "load", "finish", "list", "decide", "copy", "copy over", "check"}},
-      {"connection lost in the first copy", {{}, {0, both}, {12}}, {"a"}, {"a"}, {}, 12,
+      {"connection lost in the first copy",
+       {{}, {0, both}, {12}},
+       {"a"},
+       {"a"},
+       {},
+       12,
        {"scan", "prepare", "load", "finish", "list", "decide", "copy", "check"}},
-      {"changed here meanwhile", {{}, {0, both}}, {"a", "sub/b"}, {"a"}, {"a", "sub/b"}, 0,
+      {"changed here meanwhile",
+       {{}, {0, both}},
+       {"a", "sub/b"},
+       {"a"},
+       {"a", "sub/b"},
+       0,
        {"scan", "prepare", "load", "finish", "list", "decide", "check"}},
-      {"the participant has nothing", {{}, {0, ""}}, {"a"}, {}, {}, 0,
+      {"the participant has nothing",
+       {{}, {0, ""}},
+       {"a"},
+       {},
+       {},
+       0,
        {"scan", "prepare", "load", "finish", "list", "decide", "check"}},
-      {"listing failed", {{}, {5, ""}}, {"a"}, {}, {}, 5,
+      {"listing failed",
+       {{}, {5, ""}},
+       {"a"},
+       {},
+       {},
+       5,
        {"scan", "prepare", "load", "finish", "list", "check"}},
-      {"listing cut off", {{}, {12, both}}, {"a"}, {}, {}, 12,
+      {"listing cut off",
+       {{}, {12, both}},
+       {"a"},
+       {},
+       {},
+       12,
        {"scan", "prepare", "load", "finish", "list", "check"}},
-      {"part of the listing cannot be read", {{}, {23, both}, {}}, {"a"}, {}, {}, 0,
+      {"part of the listing cannot be read",
+       {{}, {23, both}, {}},
+       {"a"},
+       {},
+       {},
+       0,
        {"scan", "prepare", "load", "finish", "list", "decide", "copy", "check"}},
   };
   for (const Row& row : rows) {
@@ -203,11 +247,30 @@ TEST_F(KDPoolSyncTest, asksForExactlyWhatIsWantedAndThere) {
   }
   ASSERT_THAT(steps_->listed, SizeIs(2));
   EXPECT_EQ(10U, steps_->listed[0].size);
-  EXPECT_TRUE(host_.log.contains("Try to get files {nowhere, sub/b} from " + Beta.description() + " failed."))
+  EXPECT_TRUE(host_.log.contains("Try to get files {nowhere, sub/b} from " + Beta.description() +
+                                 " failed."))
       << host_.log.text();
   ASSERT_THAT(progress_, SizeIs(2));
   EXPECT_EQ(2U, progress_[0]->filesWanted);
   EXPECT_EQ(20U, progress_[0]->bytesWanted);
+}
+
+TEST_F(KDPoolSyncTest, asksForManyFilesInPieces) {
+  std::vector<std::string> names;
+  for (int number = 10'000; number < 16'000; ++number)
+    names.push_back("f" + std::to_string(number));
+  steps_->wanted.insert(names.begin(), names.end());
+  launcher_.script = {{}, {0, listing(names)}, {23}, {}, {}};
+  EXPECT_EQ(23, sync().status);
+  ASSERT_THAT(launcher_.requests, SizeIs(5));
+  std::string asked;
+  for (std::size_t run = 2; run < 5; ++run) asked += launcher_.requests[run].input;
+  EXPECT_EQ(fmt::format("{}\n", fmt::join(names, "\n")), asked);
+  EXPECT_EQ(launcher_.requests[2].arguments, launcher_.requests[4].arguments);
+
+  launcher_.script = {{}, {0, listing(names)}, {23}, {12}};
+  EXPECT_EQ(12, sync().status);
+  EXPECT_THAT(launcher_.requests, SizeIs(4)) << "the connection is gone";
 }
 
 TEST_F(KDPoolSyncTest, neverCallsATroubleSuccess) {
@@ -219,26 +282,39 @@ TEST_F(KDPoolSyncTest, neverCallsATroubleSuccess) {
   } rows[] = {
       {"detached", [&] { steps_->detached = true; }, 20, {}},
       {"folder away", [&] { steps_->accessible = false; }, 11, {}},
-      {"logs cannot be guarded", [&] { steps_->prepares = false; }, 11,
+      {"logs cannot be guarded",
+       [&] { steps_->prepares = false; },
+       11,
        {"scan", "prepare", "finish partly"}},
-      {"left while logs load", [&] { steps_->detachesIn = "finish"; }, 20,
+      {"left while logs load",
+       [&] { steps_->detachesIn = "finish"; },
+       20,
        {"scan", "prepare", "load", "finish"}},
       {"left while listing",
        [&] {
          steps_->wanted = {"a"};
          launcher_.script = {{}, {0, listing({"a"}), "", false, [&] { steps_->detached = true; }}};
        },
-       20, {"scan", "prepare", "load", "finish", "list"}},
+       20,
+       {"scan", "prepare", "load", "finish", "list"}},
       {"ended by us while logs load",
-       [&] { launcher_.script = {{0, "", "", false, [&] { sync_.terminateTask(); }}}; }, 20,
+       [&] {
+         launcher_.script = {{0, "", "", false, [&] { sync_.terminateTask(); }}};
+       },
+       20,
        {"scan", "prepare", "load", "finish partly"}},
       {"ended by us while listing",
        [&] {
          steps_->wanted = {"a"};
          launcher_.script = {{}, {0, listing({"a"}), "", false, [&] { sync_.terminateTask(); }}};
        },
-       20, {"scan", "prepare", "load", "finish", "list", "check"}},
-      {"silent", [&] { launcher_.script = {{20, "", "", true}}; }, 30,
+       20,
+       {"scan", "prepare", "load", "finish", "list", "check"}},
+      {"silent",
+       [&] {
+         launcher_.script = {{20, "", "", true}};
+       },
+       30,
        {"scan", "prepare", "load", "finish partly"}},
   };
   for (const auto& row : rows) {
@@ -282,11 +358,23 @@ TEST_F(KDPoolSyncTest, recoversOnlyWithEveryLogThatTheParticipantHas) {
     std::map<std::string, std::uint64_t> sizes;
     int status;
   } rows[] = {
-      {"all", {{0, listed}, {}}, {{"user@alpha.local.fplog", 1000}, {"bob@beta.local.fplog", 21}}, 0},
-      {"one is short", {{0, listed}, {}}, {{"user@alpha.local.fplog", 999}, {"bob@beta.local.fplog", 20}}, 12},
+      {"all",
+       {{0, listed}, {}},
+       {{"user@alpha.local.fplog", 1000}, {"bob@beta.local.fplog", 21}},
+       0},
+      {"one is short",
+       {{0, listed}, {}},
+       {{"user@alpha.local.fplog", 999}, {"bob@beta.local.fplog", 20}},
+       12},
       {"one is missing", {{0, listed}, {}}, {{"user@alpha.local.fplog", 1000}}, 12},
-      {"partial load", {{0, listed}, {23}}, {{"user@alpha.local.fplog", 1000}, {"bob@beta.local.fplog", 20}}, 23},
-      {"partial listing", {{23, listed}, {}}, {{"user@alpha.local.fplog", 1000}, {"bob@beta.local.fplog", 20}}, 23},
+      {"partial load",
+       {{0, listed}, {23}},
+       {{"user@alpha.local.fplog", 1000}, {"bob@beta.local.fplog", 20}},
+       23},
+      {"partial listing",
+       {{23, listed}, {}},
+       {{"user@alpha.local.fplog", 1000}, {"bob@beta.local.fplog", 20}},
+       23},
       {"nothing there", {{0, ""}, {}}, {}, 12},
   };
   steps_->recovering = true;
@@ -308,19 +396,20 @@ TEST_F(KDPoolSyncTest, handsOverWhatACopyRunReplaced) {
   steps_->warped = {"a"};
   // The tool saves what it replaces; the program dies before anyone looks at the second run's.
   const auto saves = [&](const std::string& content) {
-    return ScriptedLauncher::Act{0, "", "", false, [this, content] {
-      for (const std::string& argument : launcher_.requests.back().arguments) {
-        const std::string option = "--backup-dir=";
-        if (argument.starts_with(option)) {
-          host_.files.write(argument.substr(option.size()) + "/a", content);
-        }
-      }
-    }};
+    return ScriptedLauncher::Act{
+        0, "", "", false, [this, content] {
+          for (const std::string& argument : launcher_.requests.back().arguments) {
+            const std::string option = "--backup-dir=";
+            if (argument.starts_with(option)) {
+              host_.files.write(argument.substr(option.size()) + "/a", content);
+            }
+          }
+        }};
   };
   launcher_.script = {{}, {0, listing({"a"})}, saves("first"), saves("second")};
   EXPECT_EQ(0, sync().status);
-  EXPECT_THAT(diary_, ElementsAre("scan", "prepare", "load", "finish", "list", "decide", "copy", "copy over",
-                                  "settle", "settle", "check"));
+  EXPECT_THAT(diary_, ElementsAre("scan", "prepare", "load", "finish", "list", "decide", "copy",
+                                  "copy over", "settle", "settle", "check"));
   ASSERT_THAT(steps_->settled, SizeIs(2));
   EXPECT_EQ("a", steps_->settled[0].path);
   EXPECT_NE(steps_->settled[0].savedPath, steps_->settled[1].savedPath);
@@ -334,11 +423,13 @@ TEST_F(KDPoolSyncTest, handsOverWhatACopyRunReplaced) {
   steps_->wanted.clear();
   EXPECT_EQ(0, sync().status);
   ASSERT_THAT(steps_->settled, SizeIs(1)) << "the next sync finds what was left";
-  EXPECT_EQ("third", host_.files.readAll(steps_->settled[0].savedPath).value_or(
-                         host_.files.readAll([&] {
-                           std::string closed = steps_->settled[0].savedPath;
-                           return closed.erase(closed.find(".open"), 5);
-                         }()).value_or("")));
+  EXPECT_EQ("third", host_.files.readAll(steps_->settled[0].savedPath)
+                         .value_or(host_.files
+                                       .readAll([&] {
+                                         std::string closed = steps_->settled[0].savedPath;
+                                         return closed.erase(closed.find(".open"), 5);
+                                       }())
+                                       .value_or("")));
 
   host_.files.faults.failAlways("makeDirectories");
   steps_->wanted = {"a"};
@@ -351,14 +442,16 @@ TEST_F(KDPoolSyncTest, fetchesOneVersionFromWhoeverHasIt) {
   const std::string target = "/home/user/Desktop/a (old)";
   ASSERT_TRUE(host_.files.makeFolder("/home/user/Desktop"));
   const std::string line = "-rw-r--r--             10 1970/01/02 00:00:00 sub/a\n";
-  const auto fetch = [&](std::vector<ScriptedLauncher::Act> script, const std::string& path = "sub/a") {
+  const auto fetch = [&](std::vector<ScriptedLauncher::Act> script,
+                         const std::string& path = "sub/a") {
     launcher_.script.assign(script.begin(), script.end());
     return sync_.fetchVersion(path, 86400, target, {Nowhere, Beta, Beta}, settings_);
   };
   const auto brings = [&](std::int64_t time) {
-    return ScriptedLauncher::Act{0, "", "", false, [this, time] {
-      host_.files.write(launcher_.requests.back().arguments.back() + "/sub/a", "content", time);
-    }};
+    return ScriptedLauncher::Act{
+        0, "", "", false, [this, time] {
+          host_.files.write(launcher_.requests.back().arguments.back() + "/sub/a", "content", time);
+        }};
   };
   EXPECT_EQ(FailureKind::Transient, fetch({{10}, {10}}).error().kind);
   EXPECT_EQ(FailureKind::Transient, fetch({{0, listing({"sub/a"})}, {0, ""}}).error().kind)
