@@ -85,6 +85,8 @@ SyncEnd KDPoolSync::performSyncWithParticipant(const ParticipantAddress& partici
                                settings.poolName, participant.description(), exception.what());
     end = {TransferStatus::Exception, {}, exception.what()};
   }
+  context.platform.log.debug("The sync with {} ended: {}", participant.description(),
+                             statusText(end.status));
   if (context.progress) context.progress(std::nullopt);
   return end;
 }

@@ -35,7 +35,7 @@ class KDPoolSync {
   struct Settings {
     std::string poolName;
     std::string ownUserId;
-    std::string password;  ///< "" without one
+    std::string password;         ///< "" without one
     unsigned bandwidthLimit = 0;  ///< KB/s, 0: none
     bool keepsVersions = true;    ///< --backup into the support folder
     VersionLimits versionLimits;  ///< how much of that is kept; none: as without keepsVersions

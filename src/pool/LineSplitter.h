@@ -8,8 +8,8 @@
 namespace zolvar {
 
 /// Turns a stream of bytes that comes in pieces into its lines, without their line ends (a line
-/// feed, or a carriage return before it). What a line has beyond `longest` bytes is dropped, so that
-/// a stream without line ends costs no memory. Caller synchronises.
+/// feed, or a carriage return before it). What a line has beyond `longest` bytes is dropped, so
+/// that a stream without line ends costs no memory. Caller synchronises.
 class LineSplitter {
  public:
   using Sink = std::function<void(std::string_view line)>;

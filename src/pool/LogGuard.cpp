@@ -1,9 +1,9 @@
 #include "pool/LogGuard.h"
 
+#include <fmt/ranges.h>
+
 #include <algorithm>
 #include <cstring>
-
-#include <fmt/ranges.h>
 
 #include "platform/Log.h"
 #include "pool/LogUnion.h"
@@ -191,8 +191,8 @@ Result<> LogGuard::writeUnion(const std::string& name, std::int64_t later, bool 
   }
   const auto attributes = folder_.attributes(source);
   if (!attributes) return tl::unexpected(attributes.error());
-  // Two participants to whom a third brought the same old copy must not end with other lines and the
-  // same time: announcements tell of times alone, and neither would ask the other.
+  // Two participants to whom a third brought the same old copy must not end with other lines and
+  // the same time: announcements tell of times alone, and neither would ask the other.
   const auto difference = static_cast<std::int64_t>(attributes->size % TimesOfUnions);
   if (const auto timed = folder_.setModTime(source, later + 1 + difference); !timed) return timed;
   return folder_.rename(source, logPath(name));

@@ -51,7 +51,8 @@ class LogGuard {
 
   /// Whether old copies wait for settle().
   [[nodiscard]] bool hasSetAside();
-  /// Settles what an earlier load left, then links every log aside. After a failure no load may run.
+  /// Settles what an earlier load left, then links every log aside. After a failure no load may
+  /// run.
   Result<> setAside();
   /// Always of use: without old copies it reports the logs and removes what does not belong there.
   GuardReport settle();

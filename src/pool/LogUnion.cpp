@@ -10,8 +10,8 @@ namespace zolvar {
 
 namespace {
 
-constexpr std::size_t PieceSize = 1U << 20;      ///< bytes read at once
-constexpr std::size_t WriteSize = 4U << 20;      ///< bytes written, and synced, at once
+constexpr std::size_t PieceSize = 1U << 20;  ///< bytes read at once
+constexpr std::size_t WriteSize = 4U << 20;  ///< bytes written, and synced, at once
 constexpr std::uint64_t LargestLog = 4ULL << 30;
 
 /// The log time that a line begins with, quoted or not.
@@ -19,8 +19,8 @@ std::optional<double> logTimeOfLine(std::string_view line) {
   if (line.starts_with('"')) line.remove_prefix(1);
   double time = 0;
   const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), time);
-  const bool isField = error == std::errc() && end != line.data() + line.size() &&
-                       (*end == '"' || *end == ',');
+  const bool isField =
+      error == std::errc() && end != line.data() + line.size() && (*end == '"' || *end == ',');
   return isField ? std::optional(time) : std::nullopt;
 }
 
@@ -82,9 +82,8 @@ void LogUnion::takeNew(std::string_view line, bool isWhole) {
   }
   if (!isWhole) {
     const auto hasMore = [line](std::string_view other) { return other.starts_with(line); };
-    if (hasMore(oldFragment_) || std::any_of(oldLines_.begin(), oldLines_.end(), [&](auto& known) {
-          return hasMore(known.first);
-        })) {
+    if (hasMore(oldFragment_) || std::any_of(oldLines_.begin(), oldLines_.end(),
+                                             [&](auto& known) { return hasMore(known.first); })) {
       return;
     }
   }

@@ -19,10 +19,11 @@ class Folder;
 /// The union holds the older copy's lines in their order, and the lines that only the newer copy
 /// has, each text once, merged in by log time; the older copy's come first where times are equal. A
 /// line that cannot be read takes the time of the line before it, so it stays in its place. A last
-/// line without line feed is a write that was cut off: it is left out when the other copy has a line
-/// that it is the beginning of, else it becomes a line.
+/// line without line feed is a write that was cut off: it is left out when the other copy has a
+/// line that it is the beginning of, else it becomes a line.
 ///
-/// The older copy is held in memory as a whole, the newer one is read in pieces. Caller synchronises.
+/// The older copy is held in memory as a whole, the newer one is read in pieces. Caller
+/// synchronises.
 class LogUnion {
  public:
   enum class Relation {

@@ -10,11 +10,11 @@ namespace zolvar {
 
 namespace {
 
-constexpr double RateMemory = 3;       ///< seconds over which the rate is averaged
+constexpr double RateMemory = 3;          ///< seconds over which the rate is averaged
 constexpr double FirstSearchDelay = 0.5;  ///< seconds; doubles while nothing is found
 constexpr double LongestSearchDelay = 8;
 constexpr std::uint64_t LeastWatchedSize = 1U << 20;  ///< bytes; smaller files arrive at once
-constexpr std::size_t NearStep = 8;    ///< a file that was left out does not hide this many after it
+constexpr std::size_t NearStep = 8;  ///< a file that was left out does not hide this many after it
 constexpr std::size_t SuffixLength = 7;  ///< ".XXXXXX"
 
 /// Whether `name` is what the tool calls a file `target` while it arrives: a dot before (none when
@@ -37,16 +37,17 @@ bool comesFirstInTransfer(std::string_view left, std::string_view right) {
     const std::size_t rightEnd = right.find('/');
     // A folder's name counts with its slash.
     const std::string_view leftName = left.substr(0, leftEnd == left.npos ? leftEnd : leftEnd + 1);
-    const std::string_view rightName = right.substr(0, rightEnd == right.npos ? rightEnd : rightEnd + 1);
+    const std::string_view rightName =
+        right.substr(0, rightEnd == right.npos ? rightEnd : rightEnd + 1);
     const bool leftIsFile = leftEnd == std::string_view::npos;
     const bool rightIsFile = rightEnd == std::string_view::npos;
     if (leftIsFile != rightIsFile) return leftIsFile;
     if (leftName != rightName) {
-      return std::lexicographical_compare(
-          leftName.begin(), leftName.end(), rightName.begin(), rightName.end(),
-          [](char one, char other) {
-            return static_cast<unsigned char>(one) < static_cast<unsigned char>(other);
-          });
+      return std::lexicographical_compare(leftName.begin(), leftName.end(), rightName.begin(),
+                                          rightName.end(), [](char one, char other) {
+                                            return static_cast<unsigned char>(one) <
+                                                   static_cast<unsigned char>(other);
+                                          });
     }
     if (leftIsFile) return false;
     left.remove_prefix(leftEnd + 1);

@@ -43,12 +43,12 @@ class TransferProgressMeter {
 
   Folder& folder_;
   std::string participant_;
-  std::vector<AwaitedFile> files_;      ///< in the tool's order
+  std::vector<AwaitedFile> files_;          ///< in the tool's order
   std::vector<std::uint64_t> bytesBefore_;  ///< index → sizes of all files before it; one longer
-  std::size_t border_ = 0;              ///< files before it have been handled
-  std::string arriving_;                ///< path of the arriving file's temporary copy, when known
-  double nextSearch_ = 0;               ///< not before this time is it looked for again
-  double searchDelay_ = 0;              ///< seconds
+  std::size_t border_ = 0;                  ///< files before it have been handled
+  std::string arriving_;    ///< path of the arriving file's temporary copy, when known
+  double nextSearch_ = 0;   ///< not before this time is it looked for again
+  double searchDelay_ = 0;  ///< seconds
   double lastTick_;
   std::uint64_t lastBytes_ = 0;
   double rate_ = 0;  ///< bytes a second

@@ -24,7 +24,8 @@ constexpr std::size_t LongestErrorLine = 500;  ///< bytes
 class ErrorReader {
  public:
   explicit ErrorReader(Log& log)
-      : log_(log), lines_(TransferRun::LongestLine, [this](std::string_view line) { take(line); }) {}
+      : log_(log),
+        lines_(TransferRun::LongestLine, [this](std::string_view line) { take(line); }) {}
 
   void add(std::string_view bytes) { lines_.add(bytes); }
   void finish() {
@@ -66,7 +67,8 @@ std::string transferUrl(const ParticipantAddress& participant, const std::string
 
 std::vector<std::string> logLoadArguments(const std::string& ownLogPath, const std::string& url,
                                           const std::string& folder) {
-  return {"-r", "--times", "--exclude", ownLogPath, "--include", "*.fplog", "--update", url, folder};
+  return {"-r",      "--times",  "--exclude", ownLogPath, "--include",
+          "*.fplog", "--update", url,         folder};
 }
 
 std::vector<std::string> listingArguments(const std::string& url) { return {"--recursive", url}; }
@@ -134,6 +136,7 @@ int TransferRun::run(const Request& request) {
   if (request.line) lines.finish();
   errors.finish();
 
+  platform_.log.debug("The transfer tool ended with status {}.", end.status);
   if (end.silenced) return TransferStatus::Silent;
   if (end.status == TransferStatus::NotServed && errors.saysAuthenticationFailed()) {
     return TransferStatus::NoAuthentication;

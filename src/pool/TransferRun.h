@@ -17,14 +17,14 @@ struct Platform;
 /// The transfer tool's exit statuses that we tell apart, and those that we give ourselves.
 namespace TransferStatus {
 constexpr int Done = 0;
-constexpr int NotServed = 5;   ///< refused by the daemon: too many clients, no such module
+constexpr int NotServed = 5;  ///< refused by the daemon: too many clients, no such module
 constexpr int NoConnection = 10;
 constexpr int FileTrouble = 11;  ///< our folder cannot be reached or written
 constexpr int BadStream = 12;
-constexpr int Ended = 20;      ///< given up by us
-constexpr int Partial = 23;    ///< some files were not transferred, the others were
-constexpr int Vanished = 24;   ///< some files went away meanwhile, the others were transferred
-constexpr int Silent = 30;     ///< moved no byte for too long
+constexpr int Ended = 20;     ///< given up by us
+constexpr int Partial = 23;   ///< some files were not transferred, the others were
+constexpr int Vanished = 24;  ///< some files went away meanwhile, the others were transferred
+constexpr int Silent = 30;    ///< moved no byte for too long
 constexpr int NoAuthentication = 37;
 constexpr int Exception = -1;
 }  // namespace TransferStatus
@@ -64,8 +64,8 @@ class TransferRun {
     std::function<void(std::string_view line)> line;  ///< each line of output; empty: not wanted
     std::function<void()> tick;                       ///< about twice a second; may be empty
   };
-  static constexpr double ConnectingLimit = 10;  ///< seconds
-  static constexpr double SilenceLimit = 60;     ///< seconds
+  static constexpr double ConnectingLimit = 10;          ///< seconds
+  static constexpr double SilenceLimit = 60;             ///< seconds
   static constexpr std::size_t LongestLine = 64U << 10;  ///< bytes; longer ones are cut
 
   explicit TransferRun(Platform& platform) : platform_(platform) {}

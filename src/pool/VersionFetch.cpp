@@ -93,9 +93,12 @@ Result<> VersionFetch::copyFrom(const ParticipantAddress& participant, Folder& s
   }
   const std::string arrived = joinPath(folder, path_);
   const auto attributes = support.attributes(arrived);
-  if (!attributes || static_cast<double>(std::max<std::int64_t>(attributes->modTime, 1)) != modTime_) {
-    if (status == TransferStatus::Done) return fail(FailureKind::Absent, "fetch a version of", path_);
-    return fail(FailureKind::Transient, "fetch from", participant.description(), statusText(status));
+  if (!attributes ||
+      static_cast<double>(std::max<std::int64_t>(attributes->modTime, 1)) != modTime_) {
+    if (status == TransferStatus::Done)
+      return fail(FailureKind::Absent, "fetch a version of", path_);
+    return fail(FailureKind::Transient, "fetch from", participant.description(),
+                statusText(status));
   }
   return moveToTarget(joinPath(supportPath, arrived));
 }

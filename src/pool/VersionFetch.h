@@ -40,7 +40,7 @@ class VersionFetch {
   KDPoolSync::Settings settings_;
   std::string path_;  ///< in the pool
   double modTime_;
-  std::string to_;    ///< absolute
+  std::string to_;  ///< absolute
 };
 
 }  // namespace zolvar

@@ -1,13 +1,13 @@
 #include "pool/VersionStore.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <charconv>
 #include <map>
 #include <memory>
 #include <optional>
 #include <tuple>
-
-#include <fmt/format.h>
 
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
@@ -48,9 +48,10 @@ VersionLimits VersionLimits::fromDefaults(const UserDefaults& defaults) {
 
 std::set<std::string> versionsToRemove(std::vector<KeptVersion> versions, double now,
                                        const VersionLimits& limits) {
-  std::sort(versions.begin(), versions.end(), [](const KeptVersion& left, const KeptVersion& right) {
-    return std::tie(right.keptAt, left.path) < std::tie(left.keptAt, right.path);
-  });
+  std::sort(versions.begin(), versions.end(),
+            [](const KeptVersion& left, const KeptVersion& right) {
+              return std::tie(right.keptAt, left.path) < std::tie(left.keptAt, right.path);
+            });
   const double oldest = now - static_cast<double>(limits.days) * SecondsPerDay;
   std::uint64_t left = static_cast<std::uint64_t>(limits.megabytes) << 20;
   bool isFull = !limits.keepsAny();
@@ -131,8 +132,9 @@ Result<std::vector<ReplacedFile>> VersionStore::replacedFiles(const std::string&
       },
       [&](std::string_view, const Failure& problem) { failure = problem; });
   if (failure && failure->kind != FailureKind::Absent) return tl::unexpected(*failure);
-  std::sort(replaced.begin(), replaced.end(),
-            [](const ReplacedFile& left, const ReplacedFile& right) { return left.path < right.path; });
+  std::sort(
+      replaced.begin(), replaced.end(),
+      [](const ReplacedFile& left, const ReplacedFile& right) { return left.path < right.path; });
   return replaced;
 }
 

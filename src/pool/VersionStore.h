@@ -44,8 +44,8 @@ std::set<std::string> versionsToRemove(std::vector<KeptVersion> versions, double
 /// with a folder for each run, named for the run's start. The transfer tool itself moves what it
 /// replaces there. A run's folder has the suffix ".open" until someone has looked through it for
 /// content that is no logged version; one that a crash left so is looked through by the next sync
-/// and is never pruned. The support folder is closed to other users, and so is all of this. One lane
-/// at a time; the platform outlives it.
+/// and is never pruned. The support folder is closed to other users, and so is all of this. One
+/// lane at a time; the platform outlives it.
 class VersionStore {
  public:
   explicit VersionStore(Platform& platform);

@@ -1,8 +1,9 @@
-#include "pool/ListingLine.h"
+#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <ctime>
-#include <gtest/gtest.h>
+
+#include "pool/ListingLine.h"
 
 namespace zolvar {
 namespace {
@@ -27,19 +28,22 @@ TEST_F(ListingLineTest, readsLinesByTheirFields) {
     std::uint64_t size;
     const char* path;
   } rows[] = {
-      {"separators", "-rw-r--r--      1,234,567 2026/11/22 19:33:47 sub/big", '-', 1234567, "sub/big"},
+      {"separators", "-rw-r--r--      1,234,567 2026/11/22 19:33:47 sub/big", '-', 1234567,
+       "sub/big"},
       {"points", "-rw-r--r--      1.234.567 2026/11/22 19:33:47 a", '-', 1234567, "a"},
-      {"a size beyond its column", "-rw------- 12,345,678,901,234,567 2026/11/22 19:33:47 huge", '-',
-       12345678901234567, "huge"},
+      {"a size beyond its column", "-rw------- 12,345,678,901,234,567 2026/11/22 19:33:47 huge",
+       '-', 12345678901234567, "huge"},
       {"directory", "drwxr-xr-x          4,096 2026/11/22 19:33:47 sub", 'd', 4096, "sub"},
       {"link", "lrwxrwxrwx              5 2026/11/22 19:33:47 lnk", 'l', 5, "lnk"},
       {"a mode with a mark", "-rw-r--r--+             1 2026/11/22 19:33:47 acl", '-', 1, "acl"},
-      {"blanks", "-rw-r--r--              1 2026/11/22 19:33:47   two words ", '-', 1, "  two words "},
-      {"another locale's name", R"(-rw-r--r--              1 2026/11/22 19:33:47 \#303\#251)", '-', 1, "é"},
-      {"an escaped backslash", R"(-rw-r--r--              1 2026/11/22 19:33:47 b\#134#123x)", '-', 1,
-       "b\\#123x"},
-      {"no escapes at all", R"(-rw-r--r--              1 2026/11/22 19:33:47 \#12 \#999 \#400 \n)", '-', 1,
-       R"(\#12 \#999 \#400 \n)"},
+      {"blanks", "-rw-r--r--              1 2026/11/22 19:33:47   two words ", '-', 1,
+       "  two words "},
+      {"another locale's name", R"(-rw-r--r--              1 2026/11/22 19:33:47 \#303\#251)", '-',
+       1, "é"},
+      {"an escaped backslash", R"(-rw-r--r--              1 2026/11/22 19:33:47 b\#134#123x)", '-',
+       1, "b\\#123x"},
+      {"no escapes at all", R"(-rw-r--r--              1 2026/11/22 19:33:47 \#12 \#999 \#400 \n)",
+       '-', 1, R"(\#12 \#999 \#400 \n)"},
   };
   for (const auto& row : rows) {
     const auto parsed = parseListingLine(row.line);
@@ -52,13 +56,15 @@ TEST_F(ListingLineTest, readsLinesByTheirFields) {
 }
 
 TEST_F(ListingLineTest, passesOverWhatIsNoFile) {
-  for (const char* line : {
-           "", " ", "drwxr-xr-x          4,096 2026/11/22 19:33:47 .", "receiving file list ... done",
-           "-rw-r--r--", "-rw-r--r--              1 2026/11/22 19:33:47",
-           "-rw-r--r--              1 2026/11/22 19:33:47 ", "-rw-r--r--              x 2026/11/22 19:33:47 a",
-           "-rw-r--r--              1 2026-11-22 19:33:47 a", "-rw-r--r--              1 2026/11/22 19:33 a",
-           "-rw-r--r-- 99999999999999999999 2026/11/22 19:33:47 a", "Welcome to my server, a 2026/11/22 19:33:47 b",
-           "             1 2026/11/22 19:33:47 a"}) {
+  for (const char* line :
+       {"", " ", "drwxr-xr-x          4,096 2026/11/22 19:33:47 .", "receiving file list ... done",
+        "-rw-r--r--", "-rw-r--r--              1 2026/11/22 19:33:47",
+        "-rw-r--r--              1 2026/11/22 19:33:47 ",
+        "-rw-r--r--              x 2026/11/22 19:33:47 a",
+        "-rw-r--r--              1 2026-11-22 19:33:47 a",
+        "-rw-r--r--              1 2026/11/22 19:33 a",
+        "-rw-r--r-- 99999999999999999999 2026/11/22 19:33:47 a",
+        "Welcome to my server, a 2026/11/22 19:33:47 b", "             1 2026/11/22 19:33:47 a"}) {
     EXPECT_FALSE(parseListingLine(line)) << line;
   }
   EXPECT_TRUE(parseListingLine("-rw-r--r-- 1 2026/13/45 19:33:47 a")->modTimes().empty());

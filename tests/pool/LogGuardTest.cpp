@@ -1,11 +1,11 @@
-#include "pool/LogGuard.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <random>
 #include <set>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
+#include "pool/LogGuard.h"
 #include "support/SimulatedPlatform.h"
 
 namespace zolvar {
@@ -84,16 +84,24 @@ TEST_F(LogGuardTest, losesNoLineWhateverALoadBrings) {
       {"diverged", a + b + d, a + c, a + b + c + d, true, linesOf(c), 2001},
       {"nothing in common", b + d, a + c, a + b + c + d, true, linesOf(a + c), 2001},
       {"the same lines in another order", a + b, b + a, b + a, true, {}, 2000},
-      {"all of ours and more, in another order", b + a, a + c + b, a + c + b, true, linesOf(c), 2000},
+      {"all of ours and more, in another order", b + a, a + c + b, a + c + b, true, linesOf(c),
+       2000},
       {"equal times: ours first", a + line(20, "ours"), a + line(20, "theirs"),
        a + line(20, "ours") + line(20, "theirs"), true, linesOf(line(20, "theirs")), 2001},
       {"a line twice there", a + b, a + c + c, a + b + c, true, linesOf(c), 2001},
-      {"damaged lines keep their places", a + damaged + c, a + b + "x\n" + d, a + damaged + b + "x\n" + c + d,
-       true, linesOf(b + "x\n" + d), 2001},
-      {"our cut-off line has no other copy", a + b.substr(0, 9), a + c, a + b.substr(0, 9) + "\n" + c, true,
-       linesOf(c), 2001},
-      {"our cut-off line is whole there", a + c + b.substr(0, 9), a + b, a + b + c, true, linesOf(b), 2001},
-      {"their cut-off line is whole here", a + b + c, a + b.substr(0, 9), a + b + c, true, {}, 2001},
+      {"damaged lines keep their places", a + damaged + c, a + b + "x\n" + d,
+       a + damaged + b + "x\n" + c + d, true, linesOf(b + "x\n" + d), 2001},
+      {"our cut-off line has no other copy", a + b.substr(0, 9), a + c,
+       a + b.substr(0, 9) + "\n" + c, true, linesOf(c), 2001},
+      {"our cut-off line is whole there", a + c + b.substr(0, 9), a + b, a + b + c, true,
+       linesOf(b), 2001},
+      {"their cut-off line is whole here",
+       a + b + c,
+       a + b.substr(0, 9),
+       a + b + c,
+       true,
+       {},
+       2001},
       {"their cut-off line is new", a + b, a + c.substr(0, 9), a + b + c.substr(0, 9) + "\n", true,
        linesOf(c.substr(0, 9)), 2001},
   };
@@ -107,7 +115,8 @@ TEST_F(LogGuardTest, losesNoLineWhateverALoadBrings) {
     EXPECT_EQ(row.rewritten, log.rewritten) << row.what;
     EXPECT_EQ(row.newToUs, log.linesNewToUs) << row.what;
     // A union's time is later than both, and another one for another content.
-    const std::int64_t sizeTells = row.time == 2001 ? static_cast<std::int64_t>(row.after.size()) % 31 : 0;
+    const std::int64_t sizeTells =
+        row.time == 2001 ? static_cast<std::int64_t>(row.after.size()) % 31 : 0;
     EXPECT_EQ(row.time + sizeTells, host_.files.attributesOf(Logs + Own)->modTime) << row.what;
 
     // It stays so: a second load that brings nothing finds nothing to do.
@@ -119,8 +128,16 @@ TEST_F(LogGuardTest, losesNoLineWhateverALoadBrings) {
 TEST_F(LogGuardTest, bringsBackALogThatIsNoLongerOne) {
   const std::pair<const char*, std::function<void()>> rows[] = {
       {"gone", [&] { host_.files.remove(Logs + Own); }},
-      {"a directory", [&] { host_.files.remove(Logs + Own); host_.files.write(Logs + Own + "/x", "x"); }},
-      {"a link", [&] { host_.files.remove(Logs + Own); host_.files.makeLink(Logs + Own, "/etc/passwd"); }},
+      {"a directory",
+       [&] {
+         host_.files.remove(Logs + Own);
+         host_.files.write(Logs + Own + "/x", "x");
+       }},
+      {"a link",
+       [&] {
+         host_.files.remove(Logs + Own);
+         host_.files.makeLink(Logs + Own, "/etc/passwd");
+       }},
       {"all gone", [&] { host_.files.remove(Pool + "/.Zolvar"); }},
   };
   for (const auto& [what, happen] : rows) {
@@ -157,8 +174,8 @@ TEST_F(LogGuardTest, removesWhatElseArrived) {
   const auto listed = folder_->list(".Zolvar");
   ASSERT_TRUE(listed);
   for (const auto& [name, unused] : *listed) names.push_back(name);
-  EXPECT_THAT(names, ElementsAre("bob@beta.local.fplog", "bob@beta.local.tiff", "new@gamma.local.fplog",
-                                 "todos.plist"));
+  EXPECT_THAT(names, ElementsAre("bob@beta.local.fplog", "bob@beta.local.tiff",
+                                 "new@gamma.local.fplog", "todos.plist"));
   EXPECT_EQ(1U, host_.log.count("do not belong"));
 }
 
@@ -166,7 +183,8 @@ TEST_F(LogGuardTest, readsOnlyLogsThatALoadReplaced) {
   host_.files.write(Logs + Own, line(10, "a"));
   host_.files.write(Logs + Bobs, line(10, "b"));
   ASSERT_TRUE(guard_->setAside());
-  host_.files.write(Logs + Own, line(10, "a") + line(20, "c"));  // appended to by ourselves meanwhile
+  host_.files.write(Logs + Own,
+                    line(10, "a") + line(20, "c"));  // appended to by ourselves meanwhile
   host_.files.faults.failAlways("open");
   host_.files.faults.failAlways("read");
   const GuardReport report = guard_->settle();
@@ -200,7 +218,8 @@ TEST_F(LogGuardTest, survivesFailuresAndCrashesAtEveryCall) {
       } catch (const SimulatedCrash&) {
       }
       host_.files.faults.clear();
-      if (dies) guard_.emplace(*folder_, host_.log);  // a new program knows only what the disk shows
+      if (dies)
+        guard_.emplace(*folder_, host_.log);  // a new program knows only what the disk shows
       ASSERT_TRUE(guard_->setAside()) << call;
       ASSERT_FALSE(guard_->settle().trouble) << call;
       EXPECT_EQ(before + line(30, "c"), content(Own)) << call << dies;
@@ -234,8 +253,9 @@ TEST_F(LogGuardTest, endsWithEveryLineOnBothSides) {
       int time = 1;
       for (int count = below(12); count > 0; --count) {
         time += below(3);
-        const std::string text = below(10) == 0 ? "damaged " + std::to_string(below(4)) + "\n"
-                                                : line(time, std::string(1, static_cast<char>('a' + below(3))));
+        const std::string text =
+            below(10) == 0 ? "damaged " + std::to_string(below(4)) + "\n"
+                           : line(time, std::string(1, static_cast<char>('a' + below(3))));
         side += text;
         all.insert(text);
       }

@@ -11,8 +11,8 @@
 
 namespace zolvar {
 
-/// Plays the transfer tool from a script: each start takes the next act, and what was asked of it is
-/// kept. Differs from a real launcher: an act happens inside wait, and nothing else is known.
+/// Plays the transfer tool from a script: each start takes the next act, and what was asked of it
+/// is kept. Differs from a real launcher: an act happens inside wait, and nothing else is known.
 class ScriptedLauncher : public ProcessLauncher {
  public:
   struct Act {
@@ -58,8 +58,10 @@ class ScriptedLauncher : public ProcessLauncher {
       launcher_.limits.push_back(limits);
       if (act_.during) act_.during();
       // In pieces, so that lines are cut anywhere.
-      for (std::size_t at = 0; at < act_.output.size(); at += 7) sinks.output(act_.output.substr(at, 7));
-      for (std::size_t at = 0; at < act_.errors.size(); at += 5) sinks.errors(act_.errors.substr(at, 5));
+      for (std::size_t at = 0; at < act_.output.size(); at += 7)
+        sinks.output(act_.output.substr(at, 7));
+      for (std::size_t at = 0; at < act_.errors.size(); at += 5)
+        sinks.errors(act_.errors.substr(at, 5));
       if (sinks.tick) sinks.tick();
       return {act_.status, act_.silenced};
     }

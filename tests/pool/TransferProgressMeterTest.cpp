@@ -1,9 +1,9 @@
-#include "pool/TransferProgressMeter.h"
-
-#include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
+#include "pool/TransferProgressMeter.h"
 #include "support/SimulatedPlatform.h"
 
 namespace zolvar {
@@ -12,8 +12,8 @@ namespace {
 const std::string Pool = "/home/user/Docs/";
 
 TEST(TransferOrder, putsFilesBeforeFoldersAndSortsByBytes) {
-  const std::vector<std::string> order = {"B", "a", "z", "\xc3\xa9", "A/x", "A/y/a",
-                                          "a b/c", "a-x/q", "a.d/q", "a/b", "a/c/d"};
+  const std::vector<std::string> order = {"B",     "a",     "z",     "\xc3\xa9", "A/x",  "A/y/a",
+                                          "a b/c", "a-x/q", "a.d/q", "a/b",      "a/c/d"};
   std::vector<std::string> sorted = order;
   std::reverse(sorted.begin(), sorted.end());
   std::sort(sorted.begin(), sorted.end(), comesFirstInTransfer);
@@ -42,7 +42,9 @@ TEST_F(TransferProgressMeterTest, followsTenThousandFilesWithFewLooks) {
   }
   TransferProgressMeter meter(*folder_, "bob@beta.local", files, 0);
   // Some never arrive: one alone, and a run of them. Others were here before in another state.
-  const auto isLeftOut = [](std::size_t index) { return index == 5 || (index >= 4000 && index < 4050); };
+  const auto isLeftOut = [](std::size_t index) {
+    return index == 5 || (index >= 4000 && index < 4050);
+  };
   host_.files.save(Pool + files[9'000].path, "1234", 77);
   host_.files.save(Pool + files[9'001].path, "12345", 1000);
   std::size_t next = 0;
@@ -63,7 +65,8 @@ TEST_F(TransferProgressMeterTest, followsTenThousandFilesWithFewLooks) {
 TEST_F(TransferProgressMeterTest, seesALargeFileGrowAndAveragesTheRate) {
   constexpr std::uint64_t Size = 10U << 20;
   const std::string name = std::string(250, 'n');  // the tool cuts it, to make room
-  TransferProgressMeter meter(*folder_, "bob@beta.local", {{"sub/" + name, Size, {1000}}, {".env", 8, {1000}}}, 0);
+  TransferProgressMeter meter(*folder_, "bob@beta.local",
+                              {{"sub/" + name, Size, {1000}}, {".env", 8, {1000}}}, 0);
   arrive({".env", 8, {1000}});
   EXPECT_EQ(8U, meter.tick(1).bytesDone);
   const std::string temporary = Pool + "sub/." + name.substr(0, 247) + ".aB3xYz";

@@ -1,11 +1,10 @@
-#include "pool/TransferRun.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/Platform.h"
 #include "pool/KDPoolSync.h"
 #include "pool/ScriptedLauncher.h"
+#include "pool/TransferRun.h"
 #include "support/SimulatedPlatform.h"
 #include "util/InconsistencyError.h"
 #include "util/hexHash.h"
@@ -27,15 +26,15 @@ TEST(TransferArguments, standInTheToolsOrder) {
                           "--include", "*.fplog", "--update", "URL", "/home/a/Docs"));
   EXPECT_THAT(listingArguments("URL"), ElementsAre("--recursive", "URL"));
   EXPECT_THAT(copyArguments({}, "URL", "/f"),
-              ElementsAre("--files-from", "-", "--times", "--links", "--safe-links", "-E", "--update",
-                          "URL", "/f"));
-  EXPECT_THAT(copyArguments({50, "/s/versions/h/1-0.open", true}, "URL", "/f"),
-              ElementsAre("--bwlimit=50", "--files-from", "-", "--times", "--links", "--safe-links",
-                          "-E", "--update", "--backup", "--backup-dir=/s/versions/h/1-0.open", "URL",
-                          "/f"));
+              ElementsAre("--files-from", "-", "--times", "--links", "--safe-links", "-E",
+                          "--update", "URL", "/f"));
+  EXPECT_THAT(
+      copyArguments({50, "/s/versions/h/1-0.open", true}, "URL", "/f"),
+      ElementsAre("--bwlimit=50", "--files-from", "-", "--times", "--links", "--safe-links", "-E",
+                  "--update", "--backup", "--backup-dir=/s/versions/h/1-0.open", "URL", "/f"));
   EXPECT_THAT(copyArguments({0, "/b", false}, "URL", "/f"),
-              ElementsAre("--files-from", "-", "--times", "--links", "--safe-links", "-E", "--backup",
-                          "--backup-dir=/b", "URL", "/f"));
+              ElementsAre("--files-from", "-", "--times", "--links", "--safe-links", "-E",
+                          "--backup", "--backup-dir=/b", "URL", "/f"));
 }
 
 TEST(StatusText, namesWhatPeopleMeet) {

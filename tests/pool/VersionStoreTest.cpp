@@ -1,8 +1,7 @@
-#include "pool/VersionStore.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "pool/VersionStore.h"
 #include "support/SimulatedPlatform.h"
 
 namespace zolvar {
@@ -17,12 +16,9 @@ constexpr std::uint64_t Megabyte = 1U << 20;
 TEST(VersionsToRemove, goByAgeAndThenByTheRoomThatIsLeft) {
   const std::int64_t now = 100 * Day;
   const std::vector<KeptVersion> versions = {
-      {"oldest", now - 31 * Day, 1},
-      {"old", now - 30 * Day, 5 * Megabyte},
-      {"big", now - 2 * Day, 10 * Megabyte},
-      {"new b", now - 1, 3 * Megabyte},
-      {"new a", now - 1, 3 * Megabyte},
-      {"future", now + Day, 1},
+      {"oldest", now - 31 * Day, 1},         {"old", now - 30 * Day, 5 * Megabyte},
+      {"big", now - 2 * Day, 10 * Megabyte}, {"new b", now - 1, 3 * Megabyte},
+      {"new a", now - 1, 3 * Megabyte},      {"future", now + Day, 1},
   };
   const struct {
     const char* what;

@@ -1,0 +1,267 @@
+// What does a sync cost beyond the transfer tool? The whole of it, with real logs, state, disk
+// record and versions, against the bare tool and one daemon on the loopback interface:
+//
+// - a sync with nothing new, in a folder of 10,000 files: the log load run alone, and the sync;
+// - the first sync of 10,000 files of 4 KB, where every file costs the most of our own work,
+// against
+//   `rsync -a` of the same module into an empty folder;
+// - the first sync of 1 GiB in 8 files, where the bytes count.
+//
+// Every round copies into fresh folders, and nothing is removed before the end: file systems are
+// slow at making files where many were just removed. The first round only warms up; medians count.
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <thread>
+
+#include "Measure.h"
+#include "platform/Clock.h"
+#include "platform/Lanes.h"
+#include "platform/Platform.h"
+#include "platform/ProcessLauncher.h"
+#include "platform/qt/SystemPlatform.h"
+#include "pool/KDPoolState.h"
+#include "pool/KDPoolSync.h"
+#include "pool/TransferRun.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace zolvar;
+
+constexpr unsigned Port = 49871;
+constexpr int SmallFiles = 10'000;
+constexpr std::size_t SmallSize = 4096;
+constexpr int LargeFiles = 8;
+constexpr std::size_t LargeSize = 128U << 20;
+constexpr long Age = 1'000'000;  ///< seconds; no file is fresh
+constexpr std::chrono::milliseconds BetweenScans{
+    2100};  ///< sooner, a scan waits for the next second
+
+class NoListener : public PoolStateListener {
+ public:
+  void stateDidChange(std::shared_ptr<const PoolSnapshot>) override {}
+  void conflictDidOccur(const std::string&) override {}
+  void willDeleteFiles(const std::set<std::string>&) override {}
+  void announcementNeeded() override {}
+  void fullSyncNeeded() override {}
+  void questionRaised(std::shared_ptr<const DeleteQuestion>) override {}
+  void pathsNotAccessible() override {}
+  void folderMoved(const std::string&) override {}
+  void scanWanted() override {}
+  void warn(const std::string& text) override { fmt::print(stderr, "{}\n", text); }
+};
+
+[[noreturn]] void giveUp(const std::string& text) {
+  fmt::print(stderr, "{}\n", text);
+  std::exit(1);
+}
+
+/// A folder of its own for everything, gone at the end.
+class Scratch {
+ public:
+  Scratch() {
+    std::string pattern = (fs::temp_directory_path() / "zolvar-bench-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) giveUp("no temporary folder");
+    path_ = pattern;
+  }
+  ~Scratch() { fs::remove_all(path_); }
+  [[nodiscard]] std::string fresh(const std::string& name) {
+    const std::string path = fmt::format("{}/{}-{}", path_, name, ++count_);
+    fs::create_directories(path);
+    return path;
+  }
+
+ private:
+  std::string path_;
+  int count_ = 0;
+};
+
+void makeFiles(const std::string& folder, int count, std::size_t size) {
+  std::string content(size, '\0');
+  const time_t past = time(nullptr) - Age;
+  for (int number = 0; number < count; ++number) {
+    const std::string directory = fmt::format("{}/part {:02}", folder, number / 100);
+    if (number % 100 == 0) fs::create_directories(directory);
+    for (std::size_t at = 0; at + 8 <= size; at += 8) {
+      const std::uint64_t word = (at + static_cast<std::size_t>(number)) * 0x9E3779B97F4A7C15ULL;
+      std::memcpy(content.data() + at, &word, sizeof word);
+    }
+    const std::string path = fmt::format("{}/file {:05}.dat", directory, number);
+    std::ofstream(path, std::ios::binary) << content;
+    const timespec times[2] = {{past, 0}, {past, 0}};
+    utimensat(AT_FDCWD, path.c_str(), times, 0);
+  }
+}
+
+/// One member of the pool "Docs", without a network around it.
+class Member {
+ public:
+  Member(Platform& platform, const std::string& base, const std::string& userId)
+      : platform_(platform), folder_(base + "/Docs") {
+    setenv("XDG_DATA_HOME", (base + "/data").c_str(), 1);
+    fs::create_directories(folder_ + "/.Zolvar");
+    lane_ = platform.lanes.start("state of " + userId);
+    state_ = std::make_shared<KDPoolState>(KDPoolState::Settings{"Docs", folder_, userId, {}},
+                                           platform, std::make_unique<NoListener>());
+    settings_.poolName = "Docs";
+    settings_.ownUserId = userId;
+    std::ofstream(folder_ + "/.Zolvar/" + userId + ".fplog", std::ios::app).flush();
+  }
+  void activate() {
+    Result<> done;
+    lane_->run([&] { done = state_->activate(); });
+    if (!done) giveUp(done.error().message());
+    sync_.emplace(platform_, lane_, state_, [](std::optional<TransferProgress>) {});
+  }
+  void syncWith(const ParticipantAddress& participant) {
+    const SyncEnd end = sync_->performSyncWithParticipant(participant, settings_);
+    if (end.status != 0) giveUp(fmt::format("status {} {}", end.status, end.exceptionText));
+  }
+  void leave() {
+    lane_->run([this] {
+      state_->leave();
+      state_->detach();
+    });
+  }
+  [[nodiscard]] const std::string& folder() const { return folder_; }
+
+ private:
+  Platform& platform_;
+  std::string folder_;
+  std::shared_ptr<Lane> lane_;
+  std::shared_ptr<KDPoolState> state_;
+  std::optional<KDPoolSync> sync_;
+  KDPoolSync::Settings settings_;
+};
+
+/// The transfer tool as daemon, serving one folder.
+class Daemon {
+ public:
+  Daemon(Platform& platform, const std::string& base, const std::string& folder) {
+    const std::string config = base + "/daemon.conf";
+    std::ofstream file(config);
+    file << "use chroot = no\nlog file = " << base << "/daemon.log\n";
+    if (geteuid() == 0) file << "uid = 0\ngid = 0\n";
+    file << "[Docs]\npath = " << folder << "\nread only = yes\n";
+    file.close();
+    ProcessRequest request;
+    request.program = *platform.processes.clientToolPath();
+    request.arguments = {"--daemon", "--no-detach", "--config=" + config,
+                         fmt::format("--port={}", Port), "--address=localhost"};
+    auto started = platform.processes.start(request);
+    if (!started) giveUp(started.error().message());
+    process_ = std::move(*started);
+    waiter_ = std::thread([this] { process_->wait({}, {}); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  }
+  ~Daemon() {
+    process_->terminate();
+    waiter_.join();
+  }
+
+ private:
+  std::shared_ptr<Process> process_;
+  std::thread waiter_;
+};
+
+void runTool(Platform& platform, const std::vector<std::string>& arguments) {
+  TransferRun run(platform);
+  const int status = run.run({arguments, "", "", {}, {}});
+  if (status != 0) giveUp(fmt::format("the tool ended with {}", status));
+}
+
+const ParticipantAddress Server{"bob", "localhost", Port, "Docs"};
+
+/// Seconds of a first sync, our own work for a fresh folder left out, and of the bare tool.
+std::pair<double, double> firstSyncs(Platform& platform, Scratch& scratch, int rounds) {
+  std::vector<double> syncs;
+  std::vector<double> bare;
+  for (int round = -1; round < rounds; ++round) {
+    const std::string target = scratch.fresh("bare");
+    const double tool = bench::secondsOf([&] {
+      runTool(platform, {"-a", transferUrl(Server, "Docs", false) + "/", target});
+    });
+    const std::string base = scratch.fresh("client");
+    Member member(platform, base, "user@localhost");
+    member.activate();
+    std::this_thread::sleep_for(BetweenScans);
+    const double sync = bench::secondsOf([&] { member.syncWith(Server); });
+    member.leave();
+    const auto copied = std::distance(fs::recursive_directory_iterator(member.folder()), {});
+    fmt::print("({} items, sync {:.2f} s, bare {:.2f} s)\n", copied, sync, tool);
+    if (round < 0) continue;
+    syncs.push_back(sync);
+    bare.push_back(tool);
+  }
+  return {bench::median(syncs), bench::median(bare)};
+}
+
+double overheadOfNothingNew(Platform& platform, Scratch& scratch) {
+  const std::string base = scratch.fresh("idle");
+  Member member(platform, base, "user@localhost");
+  member.activate();
+  member.syncWith(Server);
+  const auto arguments = logLoadArguments(member.folder() + "/.Zolvar/user@localhost.fplog",
+                                          transferUrl(Server, "Docs", true), member.folder());
+  std::vector<double> differences;
+  for (int round = 0; round < 9; ++round) {
+    std::this_thread::sleep_for(BetweenScans);
+    const double tool = bench::secondsOf([&] { runTool(platform, arguments); });
+    const double sync = bench::secondsOf([&] { member.syncWith(Server); });
+    differences.push_back(sync - tool);
+    if (round == 0)
+      fmt::print("(nothing new: sync {:.3f} s, the log load alone {:.3f} s)\n", sync, tool);
+  }
+  member.leave();
+  return bench::median(differences);
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  const QCoreApplication application(count, arguments);
+  Scratch scratch;
+  setenv("XDG_DATA_HOME", scratch.fresh("data").c_str(), 1);
+  setenv("XDG_CONFIG_HOME", scratch.fresh("config").c_str(), 1);
+  SystemPlatform::Options options;
+  options.programName = "zolvar-bench";
+  options.isDebug = std::getenv("ZOLVAR_BENCH_DEBUG") != nullptr;
+  auto made = SystemPlatform::make(options);
+  if (!made) giveUp(made.error().message());
+  Platform& platform = (*made)->platform();
+
+  const auto serve = [&](int files, std::size_t size, const auto& measure) {
+    const std::string base = scratch.fresh("server");
+    Member server(platform, base, "bob@localhost");
+    makeFiles(server.folder(), files, size);
+    server.activate();
+    {
+      const Daemon daemon(platform, base, server.folder());
+      measure();
+    }
+    server.leave();
+  };
+  serve(SmallFiles, SmallSize, [&] {
+    bench::printBudget("a sync with nothing new, beyond the tool's own run",
+                       overheadOfNothingNew(platform, scratch) * 1000, 50, " ms");
+    const auto [sync, bare] = firstSyncs(platform, scratch, 3);
+    bench::printBudget("first sync of 10,000 files of 4 KB against the bare tool", sync / bare, 1.3,
+                       " x");
+  });
+  serve(LargeFiles, LargeSize, [&] {
+    const auto [sync, bare] = firstSyncs(platform, scratch, 3);
+    bench::printBudget("first sync of 1 GiB against the bare tool", sync / bare, 1.1, " x");
+  });
+  (*made)->finish(5);
+  return 0;
+}
