@@ -8,7 +8,7 @@
 #include <exception>
 #include <future>
 #include <mutex>
-#include <stop_token>
+#include <semaphore>
 #include <thread>
 
 #include "platform/Log.h"
@@ -107,11 +107,17 @@ class ThreadLanes::ThreadLane : public Lane {
 
   void run(const Job& job) override {
     require(std::this_thread::get_id() != thread_.get_id(), "a lane does not wait for itself");
-    // Shared: the worker may still be leaving the task when the result is there.
-    const auto task = std::make_shared<std::packaged_task<void()>>(job);
-    auto done = task->get_future();
-    worker_->post([task] { (*task)(); });
-    done.get();
+    // The worker lets go of the task, and of an exception in it, before it tells that it is done.
+    auto task = std::make_shared<std::packaged_task<void()>>(job);
+    auto result = task->get_future();
+    const auto done = std::make_shared<std::binary_semaphore>(0);
+    worker_->post([task = std::move(task), done]() mutable {
+      (*task)();
+      task.reset();
+      done->release();
+    });
+    done->acquire();
+    result.get();
   }
 
  private:
