@@ -46,7 +46,12 @@ void KDPoolState::applyRemoteLogEntries(std::vector<KDLogFileEntry*> entries) {
 void KDPoolState::applyRemoteLogEntry(KDLogFileEntry& entry, std::set<std::string>& toLoad,
                                       std::set<std::string>& toDelete) {
   KDPathRecord& path = entry.pathRecord();
-  KDLogFileEntry* current = path.newest ? selectedLeaf(path).leaf : nullptr;
+  KDLogFileEntry* current = nullptr;
+  try {
+    if (path.newest) current = selectedLeaf(path).leaf;
+  } catch (const InconsistencyError& error) {  // whatever this brings, the entry is merged
+    platform_.log.error("'{}' could not be corrected: {}", path.text, error.what());
+  }
   const bool grew = mergeEntry(&entry);
   if (entry.type() == KDLogFileEntry::KDBranchSelectionType) return;
   if (current && grew) {

@@ -36,6 +36,15 @@ Folder::Reader readerOf(const std::string& text) {
 
 Result<> KDPoolState::prepareLogLoad() {
   if (localLog_) localLog_->close();
+  if (guard_->hasSetAside()) {
+    // An earlier load could not be settled (a full disk, perhaps). A log that is made whole only
+    // now has lines before the offset up to which it was merged.
+    const GuardReport report = guard_->settle();
+    for (const GuardedLog& log : report.logs) {
+      if (log.rewritten) mergedOffsets_[log.name] = 0;
+    }
+    if (report.trouble) return tl::unexpected(*report.trouble);
+  }
   todoFile_.reset();
   if (const auto before = folder_->attributes(TodoFileName)) todoFile_ = *before;
   return guard_->setAside();
@@ -53,7 +62,7 @@ void KDPoolState::finishLogLoad(bool /*allLogsArrived*/) {
     std::vector<KDLogFileEntry*> entries;
     for (const GuardedLog& guarded : report.logs) {
       const std::uint64_t offset = mergedOffsets_[guarded.name];
-      if (guarded.rewritten) {
+      if (guarded.rewritten && offset > 0) {
         const std::string userId =
             guarded.name.substr(0, guarded.name.size() - LogFileExtension.size());
         LogReader reader(*store_, userId, LogReader::Mode::Tolerant, platform_.log);
@@ -74,6 +83,12 @@ void KDPoolState::finishLogLoad(bool /*allLogsArrived*/) {
                             guarded.name);
       }
       mergedOffsets_[guarded.name] = summary.endOffset;
+      if (offset == 0) {  // new to us, or read once more
+        std::erase_if(summary.entries, [this](const KDLogFileEntry* entry) {
+          const KDLogFileEntry* known = tree_->version(entry->pathRecord(), entry->id());
+          return known && known->isEqual(*entry);
+        });
+      }
       entries.insert(entries.end(), summary.entries.begin(), summary.entries.end());
     }
     for (const KDLogFileEntry* entry : entries) {
@@ -128,8 +143,9 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
         if (path && !remote) remote = tree_->versionWithModTime(*path, compared, userId);
       }
       if (leaf && !(remote && remote->isParentOfEntry(leaf))) continue;
-      // Nothing older than what lies here already.
-      if (remote && path->disk && path->disk->entry && remote->isParentOfEntry(path->disk->entry)) {
+      // Nothing older than what lies here already, if it still does.
+      if (remote && path->disk && path->disk->entry && folder_->attributes(entry.path) &&
+          remote->isParentOfEntry(path->disk->entry)) {
         continue;
       }
       plan.sizes[entry.path] = entry.size;
@@ -209,6 +225,11 @@ void KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     if (here && here->kind != FileKind::Directory &&
         !tree_->versionWithModTime(*path, comparedTime(*here), settings_.userId)) {
       continue;
+    }
+    if (disk && here && disk->isUnchanged(*here)) {
+      // What arrived was recorded before anyone looked, after a crash. The edit is none of that.
+      record_->forget(*path);
+      (void)flush();
     }
     platform_.log.warning(
         "'{}' in {} was edited while a newer version arrived; the edit stays and becomes a branch.",

@@ -27,22 +27,43 @@ std::size_t KDVersionTree::VersionKeyHash::operator()(const VersionKey& key) con
 KDVersionTree::KDVersionTree(KDEntryStore& store, std::string_view localUserId)
     : store_(store), localUserId_(internedUserId(localUserId)) {}
 
-KDLogFileEntry* KDVersionTree::find(const KDPathRecord& path, const std::string* user,
-                                    double logTime) const {
+void KDVersionTree::findAll(const KDPathRecord& path, const std::string* user, double logTime,
+                            const std::function<bool(KDLogFileEntry*)>& visit) const {
   std::uint32_t steps = 0;
   for (KDLogFileEntry* entry = path.newest; entry; entry = entry->previous()) {
-    if (entry->logTime() == logTime && &entry->userId() == user) return entry;
+    if (entry->logTime() == logTime && &entry->userId() == user && visit(entry)) return;
     if (++steps == SearchedVersions) break;
   }
-  if (path.entryCount <= SearchedVersions) return nullptr;
+  if (path.entryCount <= SearchedVersions) return;
   Index& index = indexes_[&path];
   for (KDLogFileEntry* entry = path.newest; index.covered < path.entryCount;
        entry = entry->previous()) {
     index.versions.emplace(VersionKey{&entry->userId(), entry->logTime()}, entry);
     ++index.covered;
   }
-  const auto found = index.versions.find({user, logTime});
-  return found == index.versions.end() ? nullptr : found->second;
+  const auto [first, last] = index.versions.equal_range({user, logTime});
+  for (auto found = first; found != last; ++found) {
+    if (visit(found->second)) return;
+  }
+}
+
+KDLogFileEntry* KDVersionTree::find(const KDPathRecord& path, const std::string* user,
+                                    double logTime) const {
+  KDLogFileEntry* found = nullptr;
+  findAll(path, user, logTime, [&found](KDLogFileEntry* entry) {
+    found = entry;
+    return entry->exists();  // a deletion of the same second is nobody's parent
+  });
+  return found;
+}
+
+bool KDVersionTree::isStored(const KDLogFileEntry& entry) const {
+  bool isStored = false;
+  findAll(entry.pathRecord(), &entry.userId(), entry.logTime(), [&](KDLogFileEntry* known) {
+    isStored = known->isEqual(entry);
+    return isStored;
+  });
+  return isStored;
 }
 
 KDLogFileEntry* KDVersionTree::version(const KDPathRecord& path, const std::string& userId,
@@ -110,7 +131,7 @@ KDVersionTree::Appended KDVersionTree::append(KDLogFileEntry* entry) {
   KDPathRecord& path = entry->pathRecord();
   const bool isLatest =
       !path.newest || (entry->logTime() > path.newest->logTime() && !needsRepair_.contains(&path));
-  if (!isLatest && find(path, &entry->userId(), entry->logTime())) {
+  if (!isLatest && isStored(*entry)) {
     result.kind = Kind::Duplicate;
     return result;
   }
@@ -291,13 +312,20 @@ KDLogFileEntry* KDVersionTree::versionWithModTime(const KDPathRecord& path, doub
     return leaves.empty() ? nullptr : leaves.front();
   }
   const KDLogFileEntry* chosen = selectedEntry(path, userId);
-  KDLogFileEntry* newest = nullptr;
+  std::vector<KDLogFileEntry*> matches;  // newest first
   for (KDLogFileEntry* entry = path.newest; entry; entry = entry->previous()) {
     if (entry->modTime() != modTime) continue;
-    if (!newest) newest = entry;
-    if (!chosen || chosen->isParentOfEntry(entry)) return chosen ? entry : newest;
+    if (chosen && chosen->isParentOfEntry(entry)) return entry;
+    matches.push_back(entry);
   }
-  return newest;
+  if (matches.size() <= 1) return matches.empty() ? nullptr : matches.front();
+  const auto leaves = activeLeafEntries(path);
+  for (KDLogFileEntry* match : matches) {
+    for (const KDLogFileEntry* leaf : leaves) {
+      if (match->isParentOfEntry(leaf)) return match;
+    }
+  }
+  return matches.front();
 }
 
 std::set<std::string> KDVersionTree::usersIdsForBranch(const KDLogFileEntry& entry) const {

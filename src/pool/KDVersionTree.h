@@ -34,7 +34,8 @@ class KDVersionTree {
     bool selectionLost = false;  ///< a deletion took the local user's version, or there was none
     [[nodiscard]] bool grew() const { return !isFirstOfPath && activeAfter > activeBefore; }
   };
-  /// Merges one entry; one that is stored already (same user and log time) is left out.
+  /// Merges one entry; one that is stored already is left out. (Equal in all that its line says: a
+  /// user can delete one branch and choose or delete another within the same second.)
   Appended append(KDLogFileEntry* entry);
   /// Sorts by log time (stable) and appends one by one.
   void appendAll(std::vector<KDLogFileEntry*>& entries);
@@ -72,7 +73,8 @@ class KDVersionTree {
   [[nodiscard]] std::vector<std::string> usersWhoSelected(const KDLogFileEntry& leaf) const;
 
   /// The version with this modification time: the newest on the user's selected branch, else the
-  /// newest. 0 (directories, whose times are not compared) gives any active leaf.
+  /// newest on a living branch (one of two equal versions may have been deleted), else the newest.
+  /// 0 (directories, whose times are not compared) gives any active leaf.
   [[nodiscard]] KDLogFileEntry* versionWithModTime(const KDPathRecord& path, double modTime,
                                                    const std::string& userId) const;
   /// All authors on the active branches that hold the entry, except the local user.
@@ -99,7 +101,7 @@ class KDVersionTree {
     std::size_t operator()(const VersionKey& key) const;
   };
   struct Index {
-    std::unordered_map<VersionKey, KDLogFileEntry*, VersionKeyHash> versions;
+    std::unordered_multimap<VersionKey, KDLogFileEntry*, VersionKeyHash> versions;
     std::uint32_t covered = 0;  ///< so many of the path's oldest entries are in it
   };
 
@@ -107,8 +109,12 @@ class KDVersionTree {
   void store(KDLogFileEntry& entry);
   void removeLeaf(KDPathRecord& path, KDLogFileEntry& leaf);
   void setActive(KDPathRecord& path, std::uint32_t count);
+  /// Calls `visit` with the stored entries of this user and time until it answers true.
+  void findAll(const KDPathRecord& path, const std::string* user, double logTime,
+               const std::function<bool(KDLogFileEntry*)>& visit) const;
   [[nodiscard]] KDLogFileEntry* find(const KDPathRecord& path, const std::string* user,
                                      double logTime) const;
+  [[nodiscard]] bool isStored(const KDLogFileEntry& entry) const;
 
   KDEntryStore& store_;
   const std::string& localUserId_;

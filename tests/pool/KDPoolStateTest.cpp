@@ -348,6 +348,61 @@ TEST_F(KDPoolStateTest, anEditOfTheLastSecondsBecomesABranch) {
   EXPECT_EQ(*host.files.readAll(path("f")), "edit");
 }
 
+TEST_F(KDPoolStateTest, fetchesAWantedFileThatWasErasedMeanwhile) {
+  arrives("bob@beta.local", {line(100, 0, "f", 90)});
+  fetch("f", "first", 90);
+  host.files.remove(path("f"));
+  arrives("bob@beta.local", {line(200, 100, "f", 190)});
+  fetch("f", "first", 90);  // bob is away; carol has the older one only
+  EXPECT_EQ(host.files.readAll(path("f")).value_or(""), "first");
+  fetch("f", "second", 190);
+  EXPECT_EQ(host.files.readAll(path("f")).value_or(""), "second");
+  EXPECT_TRUE(missing().empty());
+}
+
+TEST_F(KDPoolStateTest, anEditOfTheLastSecondsBecomesABranchAlsoAfterACrash) {
+  arrives("bob@beta.local", {line(100, 0, "f", 90)});
+  fetch("f", "first", 90);
+  arrives("bob@beta.local", {line(200, 100, "f", 190)});
+  host.files.save("/home/user/.local/share/Zolvar/versions/run/f", "edit");
+  host.files.save(path("f"), "bob's", 190);
+  restart();  // the program ended before it looked at what the run had replaced
+  state->settleReplacedFiles({{"f", "/home/user/.local/share/Zolvar/versions/run/f"}});
+  host.clock.advance(20);
+  scan();
+  EXPECT_EQ(host.files.readAll(path("f")).value_or(""), "edit");
+  EXPECT_EQ(heard.snapshot->conflicts->size(), 1U) << ownLog();
+}
+
+TEST_F(KDPoolStateTest, readsALogThatCouldBeMadeWholeOnlyByTheNextLoad) {
+  arrives("bob@beta.local", {line(100, 0, "f", 90), line(300, 0, "g", 91)});
+  ASSERT_TRUE(state->prepareLogLoad());
+  host.files.save(path(".Zolvar/bob@beta.local.fplog"),
+                  line(100, 0, "f", 90) + "\n" + line(200, 0, "h", 92) + "\n", now() + 5);
+  host.files.faults.failAlways("append");
+  state->finishLogLoad(true);
+  host.files.faults.clear();
+  arrives("carol@gamma.local", {});
+  EXPECT_EQ(missing(), (std::vector<std::string>{"f", "g", "h"}));
+}
+
+TEST_F(KDPoolStateTest, whatLiesInAnotherFolderDescendsFromNothingRecorded) {
+  arrives("bob@beta.local", {line(100, 0, "f", 90), line(101, 0, "g", 91)});
+  fetch("f", "first", 90);
+  arrives("bob@beta.local", {line(200, 100, "f", 190)});
+  fetch("f", "second", 190);
+  fetch("g", "same", 91);
+  scan();
+  state->leave();
+  host.files.move("/home/user/Docs", "/home/user/old/Docs");
+  host.files.copy("/home/user/old/Docs/.Zolvar", host.files, path(".Zolvar"));
+  host.files.save(path("f"), "from an old drive", 50);
+  host.files.save(path("g"), "same", 91);
+  start();
+  EXPECT_EQ(heard.snapshot->conflicts->size(), 1U) << ownLog();
+  EXPECT_EQ(ownLog().find("\"g\""), std::string::npos) << ownLog();
+}
+
 TEST_F(KDPoolStateTest, neverCopiesThroughALink) {
   arrives("bob@beta.local", {line(100, 0, "d", 50), line(100, 0, "d/f", 90)});
   host.files.makeLink(path("d"), "/etc", 40);

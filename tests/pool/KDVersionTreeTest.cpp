@@ -122,6 +122,25 @@ TEST(KDVersionTree, describesItsBranches) {
   EXPECT_NE(text.find("<-- selected\n"), std::string::npos) << text;
 }
 
+TEST(KDVersionTree, takesTwoDecisionsOfOneSecond) {
+  Story story;
+  for (const char* line : {"a 10 - 0 5", "b 20 a 10 15", "c 21 a 10 16", "d 22 a 10 17"}) {
+    story.add(line);
+  }
+  story.add("me@here.local 30 b 20 0");
+  story.add("me@here.local 30 c 21 0");
+  story.add("d 30 - 22 18");
+  EXPECT_EQ(story.add("me@here.local 30 d 22 17").kind, KDVersionTree::Kind::Selection);
+  EXPECT_EQ(story.leaves(), "d:30 me@here.local:30- me@here.local:30-");
+  EXPECT_EQ(story.add("me@here.local 30 c 21 0").kind, KDVersionTree::Kind::Duplicate);
+}
+
+TEST(KDVersionTree, prefersTheLivingOneOfEqualVersions) {
+  Story story;
+  for (const char* line : {"a 10 - 0 5", "b 20 - 0 5", "b 30 - 20 0"}) story.add(line);
+  EXPECT_EQ(story.tree.versionWithModTime(story.path(), 5, "x")->id().text(), "a:10");
+}
+
 // Whatever the order in which entries arrive, a repaired tree is the one that sorted entries give.
 TEST(KDVersionTree, isTheSameInEveryOrderOfArrival) {
   for (unsigned seed = 1; seed <= 60; ++seed) {
