@@ -13,8 +13,8 @@
 #include "platform/SecretStore.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
-#include "pool/KDPoolState.h"
-#include "pool/KDPoolSync.h"
+#include "pool/KDFilePoolParts.h"
+#include "pool/StateToMain.h"
 #include "util/InconsistencyError.h"
 #include "util/PathRules.h"
 #include "util/hexHash.h"
@@ -25,8 +25,6 @@ namespace {
 
 constexpr const char* SecretService = "Zolvar";
 constexpr std::size_t LongestPassword = 500;  // bytes; the transfer tool's line limit is 1023
-constexpr int DeleteCode = 1001;
-constexpr int AuthenticationFailed = 37;
 
 std::string hasPasswordKey(const std::string& name) { return "HasPassword-" + name; }
 
@@ -37,92 +35,6 @@ bool isInTrash(const std::string& path) {
 }
 
 }  // namespace
-
-/// What belongs to one activation (state, sync) and what lives as long as the pool (lanes, timers).
-struct KDFilePool::Parts {
-  std::shared_ptr<Lane> stateLane;
-  std::shared_ptr<Lane> transferLane;
-  std::shared_ptr<KDPoolState> state;
-  std::shared_ptr<KDPoolSync> sync;
-  std::uint64_t generation = 0;  ///< grows with each activation and each leaving
-  RunLoop::Id scanTimer = 0;
-  RunLoop::Id soonTimer = 0;
-  RunLoop::Id announceTimer = 0;
-  RunLoop::Id fullSyncTimer = 0;
-  bool isScanQueued = false;
-  bool isSyncing = false;
-  std::unique_ptr<FolderObservation> observation;
-
-  mutable std::mutex shownMutex;  ///< guards snapshot and progress
-  std::shared_ptr<const PoolSnapshot> snapshot;
-  std::optional<TransferProgress> progress;
-};
-
-/// Carries what the state lane tells over to the main thread; a pool that is gone hears nothing,
-/// one that left and came back hears only its present state.
-class KDFilePool::StateToMain final : public PoolStateListener {
- public:
-  StateToMain(std::weak_ptr<KDFilePool> pool, RunLoop& runLoop, std::uint64_t generation)
-      : pool_(std::move(pool)), runLoop_(runLoop), generation_(generation) {}
-
-  void stateDidChange(std::shared_ptr<const PoolSnapshot> snapshot) override {
-    hop([snapshot = std::move(snapshot)](KDFilePool& pool) { pool.took(snapshot); });
-  }
-  void conflictDidOccur(const std::string& path) override {
-    hop([path](KDFilePool& pool) {
-      pool.center_.post(KDConflictDidOccurNotification{&pool, path});
-    });
-  }
-  void willDeleteFiles(const std::set<std::string>& paths) override {
-    hop([paths](KDFilePool& pool) {
-      pool.center_.post(KDSyncDidDeleteFilesNotification{&pool, paths});
-    });
-  }
-  void announcementNeeded() override {
-    hop([](KDFilePool& pool) { pool.announcementNeededInMainThread(); });
-  }
-  void fullSyncNeeded() override {
-    hop([](KDFilePool& pool) { pool.fullSyncNeededInMainThread(); });
-  }
-  void questionRaised(std::shared_ptr<const DeleteQuestion> question) override {
-    hop([question = std::move(question)](KDFilePool& pool) {
-      if (pool.delegate_) {
-        pool.delegate_->shouldDeleteFiles(pool, *question);
-      } else {
-        pool.answerQuestion(question->id, DeleteCode, [](const Result<>&) {});
-      }
-    });
-  }
-  void pathsNotAccessible() override {
-    hop([](KDFilePool& pool) {
-      if (pool.delegate_) pool.delegate_->poolPathsNotAccessible(pool);
-    });
-  }
-  void folderMoved(const std::string& newPath) override {
-    hop([newPath](KDFilePool& pool) { pool.folderMoved(newPath); });
-  }
-  void scanWanted() override {
-    hop([](KDFilePool& pool) {
-      constexpr double SecondLook = 1.5;  // seconds; scans are more than one apart
-      pool.scanSoon(SecondLook);
-    });
-  }
-  void warn(const std::string& text) override {
-    hop([text](KDFilePool& pool) { pool.warn(text); });
-  }
-
- private:
-  void hop(std::function<void(KDFilePool&)> task) {
-    runLoop_.post([pool = pool_, generation = generation_, task = std::move(task)] {
-      const auto living = pool.lock();
-      if (living && living->parts_->generation == generation) task(*living);
-    });
-  }
-
-  std::weak_ptr<KDFilePool> pool_;
-  RunLoop& runLoop_;
-  std::uint64_t generation_;
-};
 
 // Making.
 
@@ -249,17 +161,17 @@ Result<> KDFilePool::startLocalLog() {
 
 void KDFilePool::readPassword() {
   const std::string account = name() + "-" + nameHash();
-  parts_->stateLane->post([weak = weak_from_this(), &platform = platform_, account] {
+  const bool isExpected = platform_.defaults.boolean(hasPasswordKey(name()));
+  parts_->stateLane->post([weak = weak_from_this(), &platform = platform_, account, isExpected] {
     const auto found = platform.secrets.find(SecretService, account);
-    platform.runLoop.post([weak, found] {
-      if (const auto pool = weak.lock()) pool->tookPassword(found);
+    platform.runLoop.post([weak, found, isExpected] {
+      if (const auto pool = weak.lock()) pool->tookPassword(found, isExpected);
     });
   });
 }
 
-void KDFilePool::tookPassword(const Result<std::optional<std::string>>& found) {
+void KDFilePool::tookPassword(const Result<std::optional<std::string>>& found, bool isExpected) {
   if (passwordState_ != PasswordState::Unknown) return;  // set by a person meanwhile
-  const bool isExpected = platform_.defaults.boolean(hasPasswordKey(name()));
   if (found && *found && !(*found)->empty()) {
     password_ = **found;
     passwordState_ = PasswordState::Set;
@@ -559,133 +471,6 @@ void KDFilePool::fullSyncNeededInMainThread() {
     pool->parts_->fullSyncTimer = 0;
     pool->center_.post(KDCompleteSyncNeeded{pool.get()});
   });
-}
-
-// Syncs.
-
-bool KDFilePool::hasRunningTask() const { return parts_->isSyncing; }
-
-void KDFilePool::terminateTask() {
-  if (parts_->sync) parts_->sync->terminateTask();
-}
-
-void KDFilePool::syncWithParticipant(const ParticipantAddress& participant) {
-  const bool isUnreadable = passwordState_ == PasswordState::Unreadable;
-  if (!parts_->sync || isUnreadable || phase_ == PoolPhase::Activating) {
-    SyncEnd end;
-    end.status = isUnreadable ? AuthenticationFailed : -1;
-    end.exceptionText = isUnreadable ? "" : "the folder is not active";
-    platform_.runLoop.post([weak = weak_from_this(), participant, end] {
-      if (const auto pool = weak.lock()) pool->syncEnded(participant, end);
-    });
-    return;
-  }
-  parts_->isSyncing = true;
-  const VersionLimits limits = VersionLimits::fromDefaults(platform_.defaults);
-  const KDPoolSync::Settings settings{name(),          userId_,           password_,
-                                      bandwidthLimit_, limits.keepsAny(), limits};
-  const std::uint64_t generation = parts_->generation;
-  parts_->transferLane->post([weak = weak_from_this(), sync = parts_->sync, participant, settings,
-                              generation, &runLoop = platform_.runLoop] {
-    const SyncEnd end = sync->performSyncWithParticipant(participant, settings);
-    runLoop.post([weak, participant, end, generation] {
-      const auto pool = weak.lock();
-      if (!pool) return;
-      if (pool->parts_->generation == generation) pool->parts_->isSyncing = false;
-      pool->syncEnded(participant, end);
-    });
-  });
-}
-
-void KDFilePool::syncEnded(const ParticipantAddress& participant, const SyncEnd& end) {
-  if (delegate_ && !delegate_->isSyncing(participant)) {
-    platform_.log.warning("Participant {} no longer syncing. skipping notification.",
-                          participant.description());
-    return;
-  }
-  KDSyncDidEndNotification notification;
-  notification.pool = this;
-  notification.KDTerminationStatus = end.status;
-  notification.KDTaskActivity = "loading changes";
-  notification.KDFilePoolName = name();
-  notification.KDParticipant = participant;
-  notification.KDLoadedFiles = end.loadedFiles;
-  if (end.status != 0) {
-    notification.KDErrorMessage =
-        fmt::format("Error syncing folder '{}' with {} while {}: {}", name(),
-                    withoutLocalSuffix(participant.userId()), notification.KDTaskActivity,
-                    end.status == -1 ? end.exceptionText : statusText(end.status));
-  }
-  center_.post(notification);
-}
-
-// What a person decides.
-
-template <class Value>
-void KDFilePool::onStateLane(std::function<Result<Value>(KDPoolState&)> job,
-                             std::function<void(Result<Value>)> done) {
-  if (!parts_->state || !isActive()) {
-    done(fail(FailureKind::Refused, "change the synced folder", name(), "it is not active"));
-    return;
-  }
-  parts_->stateLane->post([state = parts_->state, job = std::move(job), done = std::move(done),
-                           &runLoop = platform_.runLoop] {
-    Result<Value> outcome =
-        fail(FailureKind::Cancelled, "change the synced folder", {}, "it was left");
-    try {
-      if (!state->isDetached()) outcome = job(*state);
-    } catch (const InconsistencyError& error) {
-      outcome = fail(FailureKind::Refused, "change the synced folder", {}, error.what());
-    }
-    runLoop.post([outcome = std::move(outcome), done] { done(outcome); });
-  });
-}
-
-void KDFilePool::selectBranch(const std::string& path, const VersionId& version, Done done) {
-  onStateLane<void>([=](KDPoolState& state) { return state.selectBranch(path, version); },
-                    std::move(done));
-}
-
-void KDFilePool::deleteBranch(const std::string& path, const VersionId& version, Done done) {
-  onStateLane<void>([=](KDPoolState& state) { return state.deleteBranch(path, version); },
-                    std::move(done));
-}
-
-void KDFilePool::answerQuestion(std::uint64_t questionId, int code, Done done) {
-  onStateLane<void>([=](KDPoolState& state) { return state.answerQuestion(questionId, code); },
-                    std::move(done));
-}
-
-void KDFilePool::deleteMissing(const std::set<std::string>& paths, Done done) {
-  onStateLane<void>([=](KDPoolState& state) { return state.deleteMissing(paths); },
-                    std::move(done));
-}
-
-void KDFilePool::treeDescription(const std::string& path,
-                                 std::function<void(Result<std::string>)> done) {
-  onStateLane<std::string>([=](KDPoolState& state) { return state.treeDescription(path); },
-                           std::move(done));
-}
-
-void KDFilePool::fetchVersion(const std::string& path, const VersionId& version,
-                              const std::string& to, std::vector<ParticipantAddress> participants,
-                              Done done) {
-  const KDPoolSync::Settings settings{name(), userId_, password_, bandwidthLimit_, false, {}};
-  onStateLane<double>([=](KDPoolState& state) { return state.modTimeOf(path, version); },
-                      [=, weak = weak_from_this()](const Result<double>& modTime) {
-                        const auto pool = weak.lock();
-                        if (!pool || !pool->parts_->sync) return;
-                        if (!modTime) {
-                          done(tl::unexpected(modTime.error()));
-                          return;
-                        }
-                        pool->parts_->transferLane->post(
-                            [=, sync = pool->parts_->sync, &runLoop = pool->platform_.runLoop] {
-                              const Result<> fetched =
-                                  sync->fetchVersion(path, *modTime, to, participants, settings);
-                              runLoop.post([=] { done(fetched); });
-                            });
-                      });
 }
 
 }  // namespace zolvar

@@ -140,7 +140,7 @@ class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
   struct Parts;
 
   void readPassword();
-  void tookPassword(const Result<std::optional<std::string>>& found);
+  void tookPassword(const Result<std::optional<std::string>>& found, bool isExpected);
   void startState();
   void stopState();
   void activationEnded(std::uint64_t generation, const Result<>& outcome, const Done& done);

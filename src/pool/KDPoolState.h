@@ -107,6 +107,8 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   KDLogFileEntry* versionOnDisk(const KDPathRecord& path);
   void setConflict(bool isConflict, KDPathRecord& path);
   void repair(KDPathRecord& path);
+  Result<KDLogFileEntry*> decidableLeaf(const std::string& attempt, const std::string& path,
+                                        const VersionId& version);
   Result<KDLogFileEntry*> requireVersion(const std::string& path, const VersionId& version) const;
 
   // Scan (KDPoolStateScan.cpp).

@@ -118,27 +118,38 @@ Result<KDLogFileEntry*> KDPoolState::requireVersion(const std::string& path,
   return entry;
 }
 
-Result<> KDPoolState::selectBranch(const std::string& path, const VersionId& version) {
-  if (!isActive_)
-    return fail(FailureKind::Refused, "choose a version of", path, "the folder is not active");
-  if (const auto accessible = accessibleFolderPath(); !accessible)
+/// The leaf that a person decides about, when the decision can be carried out now; `attempt` names
+/// it in the refusal.
+Result<KDLogFileEntry*> KDPoolState::decidableLeaf(const std::string& attempt,
+                                                   const std::string& path,
+                                                   const VersionId& version) {
+  if (!isActive_) return fail(FailureKind::Refused, attempt, path, "the folder is not active");
+  if (const auto accessible = accessibleFolderPath(); !accessible) {
     return tl::unexpected(accessible.error());
+  }
   const auto entry = requireVersion(path, version);
+  if (!entry) return entry;
+  if ((*entry)->childCount() > 0 || !(*entry)->exists()) {
+    return fail(FailureKind::Refused, attempt, path,
+                "this version is not a current one: it was changed or deleted since");
+  }
+  const KDDiskState* disk = (*entry)->pathRecord().disk;
+  const auto attributes = folder_->attributes(path);
+  if (attributes && !(disk && disk->isUnchanged(*attributes))) {
+    return fail(FailureKind::Transient, attempt, path,
+                "the file here was changed a moment ago; try again when that change is recorded");
+  }
+  return entry;
+}
+
+Result<> KDPoolState::selectBranch(const std::string& path, const VersionId& version) {
+  const std::string attempt = "choose a version of";
+  const auto entry = decidableLeaf(attempt, path, version);
   if (!entry) return tl::unexpected(entry.error());
   KDLogFileEntry& leaf = **entry;
   KDPathRecord& record = leaf.pathRecord();
-  if (leaf.childCount() > 0 || !leaf.exists()) {
-    return fail(FailureKind::Refused, "choose a version of", path,
-                "this version is not a current one: it was changed or deleted since");
-  }
   if (&leaf == selectedLeaf(record).leaf) {
-    return fail(FailureKind::Refused, "choose a version of", path,
-                "this version is chosen already");
-  }
-  if (const auto attributes = folder_->attributes(path);
-      attributes && !(record.disk && record.disk->isUnchanged(*attributes))) {
-    return fail(FailureKind::Transient, "choose a version of", path,
-                "the file here was changed a moment ago; try again when that change is recorded");
+    return fail(FailureKind::Refused, attempt, path, "this version is chosen already");
   }
   const bool isHere = record.disk && record.disk->entry == &leaf;
   // The choice is on disk before anything is taken away.
@@ -155,24 +166,11 @@ Result<> KDPoolState::selectBranch(const std::string& path, const VersionId& ver
 }
 
 Result<> KDPoolState::deleteBranch(const std::string& path, const VersionId& version) {
-  if (!isActive_)
-    return fail(FailureKind::Refused, "delete a version of", path, "the folder is not active");
-  if (const auto accessible = accessibleFolderPath(); !accessible)
-    return tl::unexpected(accessible.error());
-  const auto entry = requireVersion(path, version);
+  const auto entry = decidableLeaf("delete a version of", path, version);
   if (!entry) return tl::unexpected(entry.error());
   KDLogFileEntry& leaf = **entry;
   KDPathRecord& record = leaf.pathRecord();
-  if (leaf.childCount() > 0 || !leaf.exists()) {
-    return fail(FailureKind::Refused, "delete a version of", path,
-                "this version is not a current one: it was changed or deleted since");
-  }
-  const auto attributes = folder_->attributes(path);
-  if (attributes && !(record.disk && record.disk->isUnchanged(*attributes))) {
-    return fail(FailureKind::Transient, "delete a version of", path,
-                "the file here was changed a moment ago; try again when that change is recorded");
-  }
-  const KDLogFileEntry* onDisk = attributes ? versionOnDisk(record) : nullptr;
+  const KDLogFileEntry* onDisk = folder_->attributes(path) ? versionOnDisk(record) : nullptr;
   const bool isOnDisk = onDisk && onDisk->isParentOfEntry(&leaf);
   logDeletionOfBranchLeaf(leaf);
   if (isOnDisk && record.activeLeafCount > 0) addTodoFiles({path});
