@@ -20,31 +20,36 @@ static_assert(std::is_trivially_destructible_v<KDPathRecord>);
 
 namespace {
 
-/// Mixes eight bytes at a time; every bit of the result depends on every bit of the text.
+std::uint64_t eightBytes(const char* bytes) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+/// Sixteen bytes a multiplication; every bit of the result depends on every bit of the text.
 std::uint32_t mixedHash(std::string_view text, std::uint64_t seed) {
   constexpr std::uint64_t Factor = 0x9E3779B97F4A7C15U;
   const auto mix = [](std::uint64_t a, std::uint64_t b) {
     const auto product = static_cast<unsigned __int128>(a) * b;
     return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64U);
   };
-  const auto word = [](const char* bytes) {
-    std::uint64_t eight = 0;
-    std::memcpy(&eight, bytes, sizeof eight);
-    return eight;
-  };
-  std::uint64_t hash = seed ^ (text.size() * Factor);
+  const char* next = text.data();
+  const char* const end = next + text.size();
+  std::uint64_t hash = seed;
+  std::uint64_t first = 0;  // what is left in the end; may overlap what was taken before
+  std::uint64_t last = 0;
   if (text.size() >= 8) {
-    const char* const last = text.data() + text.size() - 8;
-    for (const char* next = text.data(); next < last; next += 8) {
-      hash = mix(hash ^ word(next), Factor);
+    for (; end - next > 16; next += 16) {
+      hash = mix(eightBytes(next) ^ Factor, eightBytes(next + 8) ^ hash);
     }
-    hash = mix(hash ^ word(last), Factor ^ seed);  // may overlap the word before it
+    first = text.size() >= 16 ? eightBytes(end - 16) : eightBytes(next);
+    last = eightBytes(end - 8);
   } else {
-    std::uint64_t few = 0;
-    for (const char character : text) few = few << 8U | static_cast<unsigned char>(character);
-    hash = mix(hash ^ few, Factor ^ seed);
+    for (; next != end; ++next) last = last << 8U | static_cast<unsigned char>(*next);
   }
-  return static_cast<std::uint32_t>(hash ^ (hash >> 32U));
+  hash = mix(first ^ Factor, last ^ hash);
+  hash = mix(hash ^ text.size(), Factor);
+  return static_cast<std::uint32_t>(hash >> 32U);
 }
 
 }  // namespace
@@ -100,12 +105,13 @@ struct KDEntryStore::Storage {
     return all[index];
   }
 
-  void growTable() {
-    constexpr unsigned MoreBits = 2;  // four times as large
-    require(slotBits + MoreBits <= 32, "path count < 2^32");
+  [[nodiscard]] bool hasRoomFor(std::size_t paths) const { return paths * 5 <= slotCount() * 4; }
+
+  void growTable(unsigned newBits) {
+    require(newBits <= 32, "path count < 2^32");
     const std::size_t oldCount = slotCount();
-    const MappedBytes old = std::exchange(table, makeTable(slotBits + MoreBits));
-    slotBits += MoreBits;
+    const MappedBytes old = std::exchange(table, makeTable(newBits));
+    slotBits = newBits;
     const std::size_t mask = slotCount() - 1;
     const Slot* const from = reinterpret_cast<const Slot*>(old.data());
     for (const Slot* slot = from; slot != from + oldCount; ++slot) {
@@ -123,8 +129,8 @@ struct KDEntryStore::Storage {
     if (found->number != 0) return record(found->number - 1);
 
     require(text.size() <= ChunkedBytes::ChunkSize, "path length <= 2 MiB");
-    if ((pathCount + 1) * 5 > slotCount() * 4) {
-      growTable();
+    if (!hasRoomFor(pathCount + 1)) {
+      growTable(slotBits + 1);
       found = &find(text, hash);
     }
     char* const bytes = texts.take(text.size());
@@ -153,6 +159,12 @@ KDPathRecord& KDEntryStore::path(std::string_view text) {
 KDPathRecord* KDEntryStore::findPath(std::string_view text) const {
   const std::uint32_t number = storage_->find(text, storage_->hashOf(text)).number;
   return number == 0 ? nullptr : &storage_->record(number - 1);
+}
+
+void KDEntryStore::expectPaths(std::size_t count) {
+  unsigned bits = storage_->slotBits;
+  while (count * 5 > (std::size_t{4} << bits)) ++bits;
+  if (bits > storage_->slotBits) storage_->growTable(bits);
 }
 
 KDEntryStore::PathHint KDEntryStore::expectPath(std::string_view text) const {

@@ -62,6 +62,8 @@ class KDEntryStore {
   /// ("aLogTime > aPLogTime").
   KDLogFileEntry* add(const KDEntryFields& fields);
 
+  /// Makes room in the table for `count` paths in all, so that it need not grow step by step.
+  void expectPaths(std::size_t count);
   /// Where a path will be looked for; good for this store and this text only.
   struct PathHint {
     std::uint32_t hash;

@@ -24,48 +24,27 @@ bool isUserId(std::string_view text) {
   return text.size() <= LongestComponent && isValidUtf8(text);
 }
 
-/// The value of eight decimal digits, all at once: neighbours are joined to pairs, fours, eight.
-/// None when any byte is no digit.
-std::optional<std::uint64_t> eightDigits(const char* text) {
-  static_assert(std::endian::native == std::endian::little);
-  std::uint64_t word = 0;
-  std::memcpy(&word, text, 8);
-  const std::uint64_t digits = word ^ 0x3030303030303030U;
-  // Bytes above 9 carry into their high half when 6 is added, or have bits there already.
-  if ((((digits + 0x0606060606060606U) | digits) & 0xF0F0F0F0F0F0F0F0U) != 0) return std::nullopt;
-  const std::uint64_t pairs = (digits * 10 + (digits >> 8U)) & 0x00FF00FF00FF00FFU;
-  const std::uint64_t fours = (pairs * 100 + (pairs >> 16U)) & 0x0000FFFF0000FFFFU;
-  return (fours * 10000 + (fours >> 32U)) & 0xFFFFFFFFU;
-}
+bool isTime(double time) { return time >= 0 && time < KDEntryStore::TimesEnd; }
 
-/// Whole numbers of up to 15 digits, which every double holds: nearly all times are such.
-std::optional<std::uint64_t> wholeNumber(std::string_view text) {
-  constexpr std::size_t ExactDigits = 15;
-  if (text.empty() || text.size() > ExactDigits) return std::nullopt;
-  std::uint64_t whole = 0;
-  if (text.size() >= 8) {
-    const auto first = eightDigits(text.data());
-    if (!first) return std::nullopt;
-    whole = *first;
-    text.remove_prefix(8);
-  }
-  for (const char digit : text) {
-    if (digit < '0' || digit > '9') return std::nullopt;
-    whole = whole * 10 + static_cast<std::uint64_t>(digit - '0');
-  }
-  return whole;
-}
-
-/// A time as the format allows it: finite, 0 <= time < 2^40.
-bool parseTime(std::string_view text, double& time) {
-  if (const auto whole = wholeNumber(text)) {
-    time = static_cast<double>(*whole);
-    return time < KDEntryStore::TimesEnd;
-  }
+bool parseFraction(std::string_view text, double& time) {
   const char* const end = text.data() + text.size();
   const auto parsed = std::from_chars(text.data(), end, time);
-  return parsed.ec == std::errc() && parsed.ptr == end && time >= 0 &&
-         time < KDEntryStore::TimesEnd;
+  return parsed.ec == std::errc() && parsed.ptr == end && isTime(time);
+}
+
+/// A time as the format allows it: finite, 0 <= time < 2^40. Nearly all are whole numbers of ten
+/// digits; up to fifteen are exact in a double.
+bool parseTime(std::string_view text, double& time) {
+  constexpr std::size_t ExactDigits = 15;
+  if (text.empty() || text.size() > ExactDigits) return parseFraction(text, time);
+  std::uint64_t whole = 0;
+  for (const char character : text) {
+    const unsigned digit = static_cast<unsigned char>(character) - unsigned{'0'};
+    if (digit > 9) return parseFraction(text, time);
+    whole = whole * 10 + digit;
+  }
+  time = static_cast<double>(whole);
+  return isTime(time);
 }
 
 }  // namespace
@@ -87,11 +66,7 @@ LogReader::~LogReader() { csv_free(&parser_); }
 Result<> LogReader::readAll(const Folder::Reader& reader, std::uint64_t offset,
                             std::uint64_t size) {
   if (mode_ == Mode::Strict) require(userIdIsUsable_, "![aUserId hasSuffix:@\".fplog\"]");
-  constexpr std::uint64_t ShortLine = 64;
-  constexpr std::uint64_t MostReserved = 1U << 21U;  // a file may be large and hold no lines
-  if (size > offset) {
-    summary_.entries.reserve(std::min((size - offset) / ShortLine, MostReserved));
-  }
+  if (size > offset) makeRoom(size - offset);
   constexpr std::size_t BufferSize = PieceSize + LongestLine;
   const auto buffer = std::make_unique_for_overwrite<char[]>(BufferSize);
   std::size_t kept = 0;             // bytes of a line whose end has not been read yet
@@ -130,6 +105,16 @@ Result<> LogReader::readAll(const Folder::Reader& reader, std::uint64_t offset,
   if (kept > 0 && mode_ == Mode::Strict) takeLine({buffer.get(), kept});
   for (std::size_t next = 1; next <= Delay; ++next) addPending(rows_[(current_ + next) % Delay]);
   return {};
+}
+
+/// A guess from the bytes alone. Too much is harmless, since memory counts only when it is used; a
+/// file may be large and hold no lines.
+void LogReader::makeRoom(std::uint64_t bytes) {
+  constexpr std::uint64_t ShortLine = 64;
+  constexpr std::uint64_t UsualLine = 96;
+  constexpr std::uint64_t Most = 1U << 21U;
+  summary_.entries.reserve(std::min(bytes / ShortLine, Most));
+  store_.expectPaths(std::min(bytes / UsualLine, Most));
 }
 
 /// Takes every whole line and returns how many bytes these were.
@@ -188,6 +173,14 @@ void LogReader::startRow() {
   timesAreNumbers_ = true;
 }
 
+/// Keeps the path, since libcsv's buffer holds one field at a time. One that is too long becomes
+/// empty, which is refused as well.
+void LogReader::Row::takePath(std::string_view bytes) {
+  const std::size_t size = bytes.size() <= LongestPath ? bytes.size() : 0;
+  if (size > 0) std::memcpy(pathBytes.data(), bytes.data(), size);
+  fields.path = {pathBytes.data(), size};
+}
+
 void LogReader::takeField(std::string_view bytes) {
   Row& row = rows_[current_];
   switch (fieldCount_++) {
@@ -198,13 +191,14 @@ void LogReader::takeField(std::string_view bytes) {
       timesAreNumbers_ = parseTime(bytes, row.fields.plogTime) && timesAreNumbers_;
       break;
     case 2:
-      row.path = bytes;  // libcsv's buffer holds one field at a time
+      row.takePath(bytes);
       break;
     case 3:
       timesAreNumbers_ = parseTime(bytes, row.fields.modTime) && timesAreNumbers_;
       break;
     case 4:
-      row.puserId = bytes;
+      row.puserId.clear();
+      if (!bytes.empty()) row.puserId = bytes;
       isCutOff_ = bytes.data() == nullptr;
       break;
     default:
@@ -224,11 +218,11 @@ void LogReader::takeRow() {
     skipRow("aLogTime > aPLogTime");
   } else if (!userIdIsUsable_ || !isUserId(row.puserId)) {
     skipRow("user id can name a log");
-  } else if (!isSafeRelativePath(row.path)) {
+  } else if (!isSafeRelativePath(row.fields.path)) {
     ++refusedPaths_;
     skipRow(nullptr);
   } else {
-    row.hint = store_.expectPath(row.path);
+    row.hint = store_.expectPath(row.fields.path);
     row.isPending = true;
     current_ = (current_ + 1) % Delay;
     addPending(rows_[current_]);
@@ -239,7 +233,6 @@ void LogReader::takeRow() {
 void LogReader::addPending(Row& row) {
   if (!row.isPending) return;
   row.isPending = false;
-  row.fields.path = row.path;
   row.fields.puserId = row.puserId;
   summary_.entries.push_back(store_.add(row.fields, row.hint));
 }

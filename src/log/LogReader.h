@@ -11,6 +11,7 @@
 #include "log/KDLogFile.h"
 #include "platform/FileSystem.h"
 #include "util/Failure.h"
+#include "util/PathRules.h"
 
 namespace zolvar {
 
@@ -25,7 +26,7 @@ class LogReader {
   };
   /// A longer line is damage: every line that Zolvar writes is far shorter.
   static constexpr std::size_t LongestLine = 64U << 10U;
-  static constexpr std::size_t PieceSize = 1U << 20U;
+  static constexpr std::size_t PieceSize = 256U << 10U;
 
   LogReader(KDEntryStore& store, std::string_view userId, Mode mode, Log& log);
   ~LogReader();
@@ -45,6 +46,7 @@ class LogReader {
   static void onField(void* bytes, std::size_t size, void* self);
   static void onRow(int terminator, void* self);
   static void onOpenRow(int terminator, void* self);
+  void makeRoom(std::uint64_t bytes);
   void startRow();
   void takeField(std::string_view bytes);
   void takeRow();
@@ -64,10 +66,12 @@ class LogReader {
   /// A row on its way into the store.
   struct Row {
     KDEntryFields fields;
-    std::string path;
+    std::array<char, LongestPath> pathBytes;  ///< what fields.path views into
     std::string puserId;
     KDEntryStore::PathHint hint{};
     bool isPending = false;
+
+    void takePath(std::string_view bytes);
   };
   /// Accepted rows wait until so many more were read: time enough for the memory that the store
   /// will look at to arrive.

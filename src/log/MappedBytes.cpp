@@ -30,7 +30,7 @@ MappedBytes::~MappedBytes() {
 
 void ChunkedBytes::grow() {
   // A small store must not pay for huge pages that it would hardly use.
-  constexpr std::size_t OrdinaryChunks = 4;
+  constexpr std::size_t OrdinaryChunks = 2;
   const bool isLarge = chunks_.size() >= OrdinaryChunks;
   chunks_.emplace_back(ChunkSize,
                        isLarge ? MappedBytes::Pages::Huge : MappedBytes::Pages::Ordinary);

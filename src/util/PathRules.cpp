@@ -57,6 +57,11 @@ std::uint64_t wordAt(std::string_view text, std::size_t index) {
   return word;
 }
 
+/// Whether an ASCII word has a byte below `limit`.
+constexpr bool hasByteBelow(std::uint64_t word, unsigned char limit) {
+  return (~(word + eachByte(0x80 - limit)) & eachByte(0x80)) != 0;
+}
+
 /// The highest bit of each byte of an ASCII word that is `byte`.
 constexpr std::uint64_t equalBytes(std::uint64_t word, char byte) {
   const std::uint64_t zeroWhereEqual = word ^ eachByte(static_cast<unsigned char>(byte));
@@ -129,8 +134,10 @@ bool isSafeRelativePath(std::string_view path) {
       const std::uint64_t kept = (std::uint64_t{1} << (asciiCount * 8)) - 1;
       word = (word & kept) | (eachByte('x') & ~kept);
     }
-    if ((equalBytes(word, '\0') | equalBytes(word, '\n') | equalBytes(word, '\r')) != 0)
+    if (hasByteBelow(word, '\r' + 1) &&
+        (equalBytes(word, '\0') | equalBytes(word, '\n') | equalBytes(word, '\r')) != 0) {
       return false;
+    }
     for (std::uint64_t slashes = equalBytes(word, '/'); slashes != 0; slashes &= slashes - 1) {
       const auto place = static_cast<unsigned>(std::countr_zero(slashes)) / 8;
       if (!endComponent(index + place)) return false;
