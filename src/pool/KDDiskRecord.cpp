@@ -84,6 +84,7 @@ void KDDiskRecord::load(KDVersionTree& tree, FileIdentity root) {
   std::uint64_t lines = 0;
   std::uint64_t live = 0;
   bool isFirst = true;
+  bool isSameFolder = false;
   while (true) {
     const auto end = rest.find('\n');
     if (end == std::string_view::npos) break;  // a line that a crash cut off counts for nothing
@@ -97,6 +98,7 @@ void KDDiskRecord::load(KDVersionTree& tree, FileIdentity root) {
       if (!parseNumber(takeField(line), recorded.device) || !parseNumber({line}, recorded.inode))
         return;
       knowsRoot_ = recorded == root;
+      isSameFolder = recorded.inode == root.inode;
       continue;
     }
     ++lines;
@@ -129,7 +131,8 @@ void KDDiskRecord::load(KDVersionTree& tree, FileIdentity root) {
       state.entry = tree.version(*path, std::string(*user), time);
       if (!state.entry) continue;
     }
-    if (!knowsRoot_) state.inode = state.device = 0;
+    if (!knowsRoot_) state.device = 0;
+    if (!isSameFolder) state.inode = 0;
     if (path->disk) {
       *path->disk = state;
     } else {

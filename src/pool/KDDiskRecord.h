@@ -20,7 +20,7 @@ struct KDDiskState {
   FileKind kind = FileKind::Regular;
   std::uint64_t size = 0;
   std::int64_t modTime = 0;
-  std::uint64_t inode = 0;          ///< 0: not comparable
+  std::uint64_t inode = 0;          ///< 0: recorded in another folder than this one
   std::uint64_t device = 0;         ///< 0: not comparable
   KDLogFileEntry* entry = nullptr;  ///< the version it is; null: left by a copy run, not yet known
 
@@ -39,8 +39,9 @@ class KDDiskRecord {
   KDDiskRecord(Folder& supportFolder, std::string path, Log& log);
 
   /// Reads the journal against a tree that is read already. Lines whose path or version is unknown
-  /// are dropped. `root` is the pool folder's identity: with another one than recorded the folder
-  /// was copied or restored, and inodes are not compared.
+  /// are dropped. `root` is the pool folder's identity. With another device inodes are not compared:
+  /// drives get new numbers. With another inode it is another folder, perhaps a copy: what lies in
+  /// it as recorded is known, and nothing else in it descends from what was recorded.
   void load(KDVersionTree& tree, FileIdentity root);
   /// Whether a journal with this very root was loaded.
   [[nodiscard]] bool knowsRoot() const { return knowsRoot_; }

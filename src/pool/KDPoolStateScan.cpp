@@ -170,7 +170,7 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
       return;
     case ScanAction::Nothing:
       // After a restore or a move between drives inodes are learned anew.
-      if (record && record->disk && record->disk->entry && record->disk->inode == 0) {
+      if (record && record->disk && record->disk->entry && record->disk->device == 0) {
         record_->set(*record, KDDiskState::of(attributes, record->disk->entry));
       }
       return;

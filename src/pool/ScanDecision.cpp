@@ -49,6 +49,11 @@ ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
   if (!path) return {ScanAction::LogModification};
 
   KDLogFileEntry* existing = tree.versionWithModTime(*path, time, tree.localUserId());
+  if (record && record->inode == 0) {
+    // Recorded in another folder: what lies here never was that version.
+    if (time != 0 && existing && existing == record->entry) return {ScanAction::LogLaterTime};
+    record = nullptr;
+  }
   if (!record) {
     if (existing) return decideKnown(tree, existing, false, facts);
     return {ScanAction::LogModification};

@@ -48,7 +48,7 @@ inline constexpr double UnknownCopyPatience = 600;
 ///
 /// What is on disk is told by the disk record while it is unchanged, else by its time. A local
 /// change descends from the version that the record names, never from one that was not here;
-/// without a record it has no parent.
+/// without a record, or with one of another folder, it has no parent.
 [[nodiscard]] ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
                                       const ScanFacts& facts);
 
