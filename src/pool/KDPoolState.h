@@ -99,6 +99,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   void warnOnce(const std::string& key, const std::string& text);
 
   // Making and merging entries (KDPoolStateBranches.cpp).
+  [[nodiscard]] double notBefore(std::string_view path) const;
   void appendOwn(const KDEntryStore::Made& made);
   bool mergeEntry(KDLogFileEntry* entry);
   void logSelectionOfBranchEntry(KDLogFileEntry& entry);

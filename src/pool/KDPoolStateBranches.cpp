@@ -14,6 +14,13 @@ constexpr int ConflictLabel = 6;  ///< the desktop's label colour for files in c
 
 }  // namespace
 
+/// The earliest time of our next entry for the path: it names the version, so it is used once.
+double KDPoolState::notBefore(std::string_view path) const {
+  const KDPathRecord* record = store_->findPath(path);
+  const bool isTaken = record && tree_->version(*record, settings_.userId, ownLastLogTime_);
+  return isTaken ? ownLastLogTime_ + 1 : ownLastLogTime_;
+}
+
 void KDPoolState::appendOwn(const KDEntryStore::Made& made) {
   if (made.clockIsOff) {
     listener_->warn(
@@ -90,8 +97,8 @@ KDVersionTree::Selected KDPoolState::selectedLeaf(KDPathRecord& path) {
 
 void KDPoolState::logSelectionOfBranchEntry(KDLogFileEntry& entry) {
   require(entry.exists(), "[branchEntry exists]");
-  appendOwn(store_->branchSelectionEntryForUser(platform_.clock, platform_.log, ownLastLogTime_,
-                                                entry, settings_.userId));
+  appendOwn(store_->branchSelectionEntryForUser(platform_.clock, platform_.log,
+                                                notBefore(entry.path()), entry, settings_.userId));
   const KDLogFileEntry* leaf = tree_->selectedLeaf(entry.pathRecord()).leaf;
   if (!leaf || !entry.isParentOfEntry(leaf)) {
     throw InconsistencyError("Existing entry not selected as tried.");
@@ -100,8 +107,8 @@ void KDPoolState::logSelectionOfBranchEntry(KDLogFileEntry& entry) {
 
 void KDPoolState::logDeletionOfBranchLeaf(KDLogFileEntry& leaf) {
   if (!leaf.exists()) return;
-  appendOwn(store_->branchDeletionEntryForUser(platform_.clock, platform_.log, ownLastLogTime_,
-                                               leaf, settings_.userId));
+  appendOwn(store_->branchDeletionEntryForUser(platform_.clock, platform_.log,
+                                               notBefore(leaf.path()), leaf, settings_.userId));
 }
 
 Result<KDLogFileEntry*> KDPoolState::requireVersion(const std::string& path,

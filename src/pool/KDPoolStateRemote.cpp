@@ -151,7 +151,8 @@ void KDPoolState::deleteFiles(const std::set<std::string>& paths) {
       fields.path = record->text;
       fields.modTime = wholeSeconds(platform_.clock.now());
       fields.userId = settings_.userId;
-      const auto made = store_->make(platform_.clock, platform_.log, ownLastLogTime_, fields);
+      const auto made =
+          store_->make(platform_.clock, platform_.log, notBefore(fields.path), fields);
       appendOwn(made);
       if (const auto attributes = folder_->attributes(*directory)) {
         record_->set(*record, KDDiskState::of(*attributes, made.entry));

@@ -225,7 +225,7 @@ KDLogFileEntry* KDPoolState::logModification(Scan& scan, std::string_view path,
     if (fields.modTime == parent->modTime()) ++fields.modTime;  // a directory in a file's place
   }
   const KDEntryStore::Made made =
-      store_->make(platform_.clock, platform_.log, ownLastLogTime_, fields);
+      store_->make(platform_.clock, platform_.log, notBefore(fields.path), fields);
   platform_.log.debug("logFileSystemModificationAtPath: {}", made.entry->description());
   if (parent && !made.entry->parentEntry()) made.entry->setParentEntry(parent);
   appendOwn(made);

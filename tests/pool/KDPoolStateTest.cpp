@@ -403,6 +403,24 @@ TEST_F(KDPoolStateTest, whatLiesInAnotherFolderDescendsFromNothingRecorded) {
   EXPECT_EQ(ownLog().find("\"g\""), std::string::npos) << ownLog();
 }
 
+TEST_F(KDPoolStateTest, versionsOfOursHaveTimesOfTheirOwn) {
+  put("f", "one");
+  scan();
+  host.clock.step(-3600);  // our last entry lies ahead now
+  host.files.remove(path("f"));
+  scan();
+  scan();
+  ASSERT_TRUE(state->answerQuestion(heard.question->id, 1000));
+  put("f", "two");
+  scan();
+  ASSERT_EQ(heard.snapshot->conflicts->size(), 1U) << ownLog();
+  const auto versions = heard.snapshot->conflicts->front().versions;
+  ASSERT_EQ(versions.size(), 2U);
+  EXPECT_NE(versions[0].id, versions[1].id);
+  ASSERT_TRUE(state->deleteBranch("f", (versions[0].isLocal ? versions[1] : versions[0]).id));
+  EXPECT_EQ(host.files.readAll(path("f")).value_or(""), "two") << "the other one was dropped";
+}
+
 TEST_F(KDPoolStateTest, neverCopiesThroughALink) {
   arrives("bob@beta.local", {line(100, 0, "d", 50), line(100, 0, "d/f", 90)});
   host.files.makeLink(path("d"), "/etc", 40);
