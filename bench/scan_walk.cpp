@@ -1,8 +1,9 @@
-// Does a walk through a folder cost what a walk must cost? Compares Folder::walk with a visitor that
-// looks at every path and time against `find DIR -printf '%T@ %p\n'` over the same files, in turn.
+// Does a walk through a folder cost what a walk must cost? Compares Folder::walk with a visitor
+// that looks at every path and time against `find DIR -printf '%T@ %p\n'` over the same files, in
+// turn.
 //
-// 100,000 files in 1,000 folders of three levels is a large home folder; a run takes some tenths of a
-// second, long enough for the start of find's process not to matter. The tree is made afresh, the
+// 100,000 files in 1,000 folders of three levels is a large home folder; a run takes some tenths of
+// a second, long enough for the start of find's process not to matter. The tree is made afresh, the
 // first round only warms the caches, and the medians of the next five count.
 
 #include <fcntl.h>
@@ -109,8 +110,8 @@ int main() {
     finds[round] = secondsOf(find);
   }
   const double ratio = median(walks) / median(finds);
-  fmt::print("walk {:.3f} s, find {:.3f} s, {} files (sum {})\n", median(walks), median(finds), seen,
-             sum);
+  fmt::print("walk {:.3f} s, find {:.3f} s, {} files (sum {})\n", median(walks), median(finds),
+             seen, sum);
   fmt::print("BUDGET scan of {} files against find | measured {:.2f} x | budget {:.2f} x | {}\n",
              Files, ratio, Budget, ratio <= Budget && seen == Files ? "ok" : "MISSED");
   return seen == Files ? 0 : 1;

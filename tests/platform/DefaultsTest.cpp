@@ -19,11 +19,29 @@ class DefaultsTest : public LoopTest {
 };
 
 TEST_F(DefaultsTest, keepsEveryKeyAndValueAcrossRuns) {
-  const std::vector<std::string> texts = {
-      "plain",  "with blank",    "a/b",      "a\\b",     "%2F",         "%25%2F/%",
-      "Grüße",  "日本",          "a=b;c#d",  "[group]",  "General",     "general",
-      "x,y, z", "@Invalid()",    "@tail",    "\"q\"",    "line\nfeed",  "QMPool-Ünïcode/sub",
-      " edge ", "/",             "\t",       "0",        std::string("nul\0in", 6)};
+  const std::vector<std::string> texts = {"plain",
+                                          "with blank",
+                                          "a/b",
+                                          "a\\b",
+                                          "%2F",
+                                          "%25%2F/%",
+                                          "Grüße",
+                                          "日本",
+                                          "a=b;c#d",
+                                          "[group]",
+                                          "General",
+                                          "general",
+                                          "x,y, z",
+                                          "@Invalid()",
+                                          "@tail",
+                                          "\"q\"",
+                                          "line\nfeed",
+                                          "QMPool-Ünïcode/sub",
+                                          " edge ",
+                                          "/",
+                                          "\t",
+                                          "0",
+                                          std::string("nul\0in", 6)};
   for (const auto& text : texts) defaults_.setString(text, "value of " + text);
   for (const auto& text : texts) defaults_.setString("value " + text, text);
   defaults_.setString("bytes", "\xff\xfe");
@@ -57,9 +75,8 @@ TEST_F(DefaultsTest, keepsDictionariesAndListsKeys) {
 
 TEST_F(DefaultsTest, tellsOfChangesFromInsideAndOutside) {
   std::vector<std::string> told;
-  const auto pace = defaults_.observe("Pace", [&] {
-    told.push_back(defaults_.string("Pace").value_or("none"));
-  });
+  const auto pace =
+      defaults_.observe("Pace", [&] { told.push_back(defaults_.string("Pace").value_or("none")); });
   auto other = defaults_.observe("Other", [&] { told.push_back("other"); });
   defaults_.setString("Pace", "quick");
   defaults_.setString("Pace", "quick");
@@ -79,8 +96,10 @@ TEST_F(DefaultsTest, tellsOfChangesFromInsideAndOutside) {
 }
 
 TEST(SystemLogTest, letsNoNameFromTheNetworkForgeALine) {
-  EXPECT_EQ("a b  c d", withoutControlCharacters("a\nb\r\tc\x1b" "d"));
-  EXPECT_EQ("x  31m \xc3\xa9 \xc2\xa0", withoutControlCharacters("x\xc2\x9b" "31m\x7f\xc3\xa9 \xc2\xa0"));
+  EXPECT_EQ("a b  c d", withoutControlCharacters("a\nb\r\tc\x1b"
+                                                 "d"));
+  EXPECT_EQ("x  31m \xc3\xa9 \xc2\xa0", withoutControlCharacters("x\xc2\x9b"
+                                                                 "31m\x7f\xc3\xa9 \xc2\xa0"));
   EXPECT_EQ("\xc2", withoutControlCharacters("\xc2"));
 }
 

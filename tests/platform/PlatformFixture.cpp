@@ -38,8 +38,8 @@ class HomeEnvironment : public testing::Environment {
 };
 
 // Before main: the desktop's libraries read the environment once.
-const auto* const homeEnvironment = static_cast<HomeEnvironment*>(
-    testing::AddGlobalTestEnvironment(new HomeEnvironment));
+const auto* const homeEnvironment =
+    static_cast<HomeEnvironment*>(testing::AddGlobalTestEnvironment(new HomeEnvironment));
 
 }  // namespace
 

@@ -46,8 +46,9 @@ TEST_F(PosixFolderTest, neverLeavesTheRootNorPassesThroughALink) {
   const auto root = open(outer_.path("root"));
 
   const std::vector<std::string> paths = {
-      "../secret", "door/new",    "self/inside", outer_.path("secret"), ".",    "..",
-      "./inside",  "a/../inside", "inside/",     "a//b",                "link", "folder/../../secret"};
+      "../secret", "door/new", "self/inside", outer_.path("secret"),
+      ".",         "..",       "./inside",    "a/../inside",
+      "inside/",   "a//b",     "link",        "folder/../../secret"};
   for (const auto& path : paths) {
     SCOPED_TRACE(path);
     EXPECT_EQ(FailureKind::Refused, kindOf(root->read(path, 0, 100)));
@@ -194,7 +195,8 @@ TEST_F(PosixFolderTest, labels) {
   EXPECT_EQ(77, folder_->attributes("file")->modTime);
 }
 
-// Walking ------------------------------------------------------------------------------------------
+// Walking
+// ------------------------------------------------------------------------------------------
 
 TEST_F(PosixFolderTest, walksLikeTheStandardLibrary) {
   std::mt19937 random(7);
@@ -237,23 +239,21 @@ TEST_F(PosixFolderTest, walksLikeTheStandardLibrary) {
 TEST_F(PosixFolderTest, leavesOutWhatIsSkippedAndEndsAtStop) {
   for (const auto* name : {"a/1", "a/2", "b/1", "b/c/2"}) outer_.write(name, "");
   std::set<std::string> seen;
-  folder_->walk(
-      "",
-      [&](std::string_view path, const FileAttributes&) {
-        seen.emplace(path);
-        return path == "b" ? Folder::Visit::Skip : Folder::Visit::Enter;
-      },
-      {});
+  folder_->walk("",
+                [&](std::string_view path, const FileAttributes&) {
+                  seen.emplace(path);
+                  return path == "b" ? Folder::Visit::Skip : Folder::Visit::Enter;
+                },
+                {});
   EXPECT_THAT(seen, ElementsAre("a", "a/1", "a/2", "b"));
   int calls = 0;
-  folder_->walk(
-      "b",
-      [&](std::string_view path, const FileAttributes&) {
-        EXPECT_TRUE(path.starts_with("b/"));
-        ++calls;
-        return Folder::Visit::Stop;
-      },
-      {});
+  folder_->walk("b",
+                [&](std::string_view path, const FileAttributes&) {
+                  EXPECT_TRUE(path.starts_with("b/"));
+                  ++calls;
+                  return Folder::Visit::Stop;
+                },
+                {});
   EXPECT_EQ(1, calls);
   const auto listed = folder_->list("b");
   ASSERT_EQ(2U, listed->size());
@@ -265,7 +265,9 @@ TEST_F(PosixFolderTest, tellsWhichDirectoryCouldNotBeRead) {
   for (const auto* name : {"gone/1", "kept/1"}) outer_.write(name, "");
   std::vector<std::string> failed;
   std::set<std::string> seen;
-  const auto note = [&](std::string_view directory, const Failure&) { failed.emplace_back(directory); };
+  const auto note = [&](std::string_view directory, const Failure&) {
+    failed.emplace_back(directory);
+  };
   folder_->walk(
       "",
       [&](std::string_view path, const FileAttributes&) {
@@ -276,7 +278,8 @@ TEST_F(PosixFolderTest, tellsWhichDirectoryCouldNotBeRead) {
       note);
   EXPECT_THAT(failed, ElementsAre("gone"));
   EXPECT_THAT(seen, ElementsAre("gone", "kept", "kept/1"));
-  folder_->walk("none", [](auto, const auto&) { return Folder::Visit::Enter; }, note);
+  folder_->walk(
+      "none", [](auto, const auto&) { return Folder::Visit::Enter; }, note);
   EXPECT_THAT(failed, ElementsAre("gone", "none"));
   EXPECT_EQ(FailureKind::Absent, kindOf(folder_->list("none")));
 }
@@ -313,7 +316,8 @@ TEST_F(PosixFolderTest, walksDeeperThanAPathMayBeLong) {
   EXPECT_TRUE(fs::is_empty(outer_.path()));
 }
 
-// The doors ----------------------------------------------------------------------------------------
+// The doors
+// ----------------------------------------------------------------------------------------
 
 TEST_F(PosixFolderTest, makesAndListsFoldersAndLocksFiles) {
   ASSERT_TRUE(fileSystem_.makeFolder(outer_.path("a/b/c")));
@@ -334,11 +338,12 @@ TEST_F(PosixFolderTest, makesAndListsFoldersAndLocksFiles) {
   EXPECT_TRUE(fileSystem_.lock(outer_.path("lock")));
 }
 
-// Trash --------------------------------------------------------------------------------------------
+// Trash
+// --------------------------------------------------------------------------------------------
 
 class TrashTest : public PosixFolderTest {
  protected:
-  void SetUp() override { 
+  void SetUp() override {
     fs::remove_all(testDataHome());
     fs::create_directories(testDataHome());
   }
@@ -380,8 +385,8 @@ TEST_F(TrashTest, keepsItInTheSupportFolderWhereTheDesktopRefuses) {
   ASSERT_TRUE(folder->trash("sub/file"));
   ASSERT_TRUE(folder->trash("sub/tree"));
   ASSERT_TRUE(folder->trash("link"));
-  EXPECT_THAT(kept(), ElementsAre("pool/link", "pool/sub/file", "pool/sub/file",
-                                  "pool/sub/tree/file"));
+  EXPECT_THAT(kept(),
+              ElementsAre("pool/link", "pool/sub/file", "pool/sub/file", "pool/sub/tree/file"));
   ASSERT_TRUE(fileSystem_.trashFolder(outer_.path("pool") + "/"));
   EXPECT_FALSE(outer_.exists("pool"));
 }

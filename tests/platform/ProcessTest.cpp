@@ -43,11 +43,10 @@ class ProcessTest : public testing::Test {
       ADD_FAILURE() << process.error().message();
       return run;
     }
-    run.end = (*process)->wait(
-        limits, {[&](std::string_view bytes) { run.output += bytes; },
-                 [&](std::string_view bytes) { run.errors += bytes; }, {}});
-    run.seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    run.end = (*process)->wait(limits, {[&](std::string_view bytes) { run.output += bytes; },
+                                        [&](std::string_view bytes) { run.errors += bytes; },
+                                        {}});
+    run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     return run;
   }
 
@@ -67,7 +66,8 @@ TEST_F(ProcessTest, tellsHowItEnded) {
 }
 
 TEST_F(ProcessTest, carriesEveryByteBothWays) {
-  ProcessRequest request = shell("tee /dev/stderr; echo \"$WHO in $PWD, $(ls /proc/self/fd | wc -l)\"");
+  ProcessRequest request =
+      shell("tee /dev/stderr; echo \"$WHO in $PWD, $(ls /proc/self/fd | wc -l)\"");
   request.environment = {{"WHO", "someone"}};
   for (int index = 0; index < 200'000; ++index) request.input += std::to_string(index) + "\n";
   const auto both = run(request);
@@ -88,8 +88,9 @@ TEST_F(ProcessTest, waitsForNoGrandchildThatKeepsThePipes) {
 }
 
 TEST_F(ProcessTest, endsTheWholeGroupWhenAskedAndKillsTheStubborn) {
-  for (const auto& [script, status] : std::map<std::string, int>{
-           {"sleep 60 & echo $!; wait", 143}, {"trap '' TERM; sleep 60 & echo $!; wait; wait", 137}}) {
+  for (const auto& [script, status] :
+       std::map<std::string, int>{{"sleep 60 & echo $!; wait", 143},
+                                  {"trap '' TERM; sleep 60 & echo $!; wait; wait", 137}}) {
     SCOPED_TRACE(script);
     const auto process = launcher_.start(shell(script));
     ASSERT_TRUE(process);
@@ -121,8 +122,9 @@ TEST_F(ProcessTest, endsWhatIsSilentForTooLong) {
   // Begun, so the limit for connecting is no longer meant.
   EXPECT_FALSE(run(shell("echo begun; sleep 0.3"), {0.1, 0}).end.silenced);
   // Silent on its pipes, but a child of it moves bytes.
-  const auto busy = run(shell("(for i in {1..25}; do echo > /dev/null; read -t 0.02 < <(:); sleep 0.02; done); true"),
-                        {0.3, 0.3});
+  const auto busy = run(
+      shell("(for i in {1..25}; do echo > /dev/null; read -t 0.02 < <(:); sleep 0.02; done); true"),
+      {0.3, 0.3});
   EXPECT_FALSE(busy.end.silenced);
 }
 

@@ -33,9 +33,8 @@ TEST_F(QtRunLoopTest, runsPostedTasksInOrderFromAnyThread) {
       });
     }
   }
-  ASSERT_TRUE(runUntil([&] {
-    return seen[0].size() + seen[1].size() + seen[2].size() == 3 * Each;
-  }));
+  ASSERT_TRUE(
+      runUntil([&] { return seen[0].size() + seen[1].size() + seen[2].size() == 3 * Each; }));
   for (const auto& one : seen) EXPECT_TRUE(std::is_sorted(one.begin(), one.end()));
   EXPECT_TRUE(loop_.isMainThread());
 }
@@ -85,8 +84,7 @@ TEST_F(QtRunLoopTest, watchesDescriptorsAndSurvivesFailures) {
     throw std::runtime_error("not my day");
   });
   bool isWritable = false;
-  const auto writing =
-      loop_.watch(ends[1], RunLoop::Events::Writable, [&] { isWritable = true; });
+  const auto writing = loop_.watch(ends[1], RunLoop::Events::Writable, [&] { isWritable = true; });
   ASSERT_TRUE(runUntil([&] { return isWritable; }));
   EXPECT_EQ(0, calls);
   loop_.cancel(writing);
@@ -99,7 +97,8 @@ TEST_F(QtRunLoopTest, watchesDescriptorsAndSurvivesFailures) {
   close(ends[1]);
 }
 
-// Lanes --------------------------------------------------------------------------------------------
+// Lanes
+// --------------------------------------------------------------------------------------------
 
 class LanesTest : public testing::Test {
  protected:
@@ -111,7 +110,8 @@ TEST_F(LanesTest, runsJobsInOrderOnAThreadOfItsOwn) {
   const auto lane = lanes_.start("order");
   std::vector<int> order;
   std::thread::id thread;
-  for (int index = 0; index < 1000; ++index) lane->post([&order, index] { order.push_back(index); });
+  for (int index = 0; index < 1000; ++index)
+    lane->post([&order, index] { order.push_back(index); });
   lane->run([&] { thread = std::this_thread::get_id(); });
   EXPECT_EQ(1000U, order.size());
   EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));

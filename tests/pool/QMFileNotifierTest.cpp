@@ -1,7 +1,6 @@
-#include "pool/QMFileNotifier.h"
-
 #include <gmock/gmock.h>
 
+#include "pool/QMFileNotifier.h"
 #include "support/SimulatedPlatform.h"
 #include "util/InconsistencyError.h"
 
@@ -34,10 +33,8 @@ class QMFileNotifierTest : public testing::Test {
         told_.push_back(change.Object + ": " + change.EventName + " " + change.Path1 +
                         (change.Path2.empty() ? "" : " " + change.Path2));
       });
-  NotificationCenter::Observation losses_ =
-      center_.observe<QMFileSystemObservationLost>([this](const QMFileSystemObservationLost& loss) {
-        told_.push_back(loss.Object + ": lost");
-      });
+  NotificationCenter::Observation losses_ = center_.observe<QMFileSystemObservationLost>(
+      [this](const QMFileSystemObservationLost& loss) { told_.push_back(loss.Object + ": lost"); });
 };
 
 TEST_F(QMFileNotifierTest, tellsOncePerObservedPath) {

@@ -90,12 +90,9 @@ Result<std::shared_ptr<Child>> spawnHere(const ChildPlan& plan) {
   Descriptor reportWriter(fcntl(ends[1], F_DUPFD_CLOEXEC, 3));  // above what the child overwrites
   ::close(ends[1]);
   if (!reportWriter) return failed(errno);
-  const ChildStart start{plan.program.c_str(),
-                         arguments.data(),
-                         environment.data(),
-                         {input.get(), output.get(), errors.get()},
-                         reportWriter.get(),
-                         getpid()};
+  const ChildStart start{plan.program.c_str(), arguments.data(),
+                         environment.data(),   {input.get(), output.get(), errors.get()},
+                         reportWriter.get(),   getpid()};
   // With vfork a large process starts a child without copying its page tables. No handler of ours
   // may run in the child meanwhile: signals stay blocked until it has put the defaults in place.
   sigset_t all;

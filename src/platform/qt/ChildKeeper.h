@@ -45,14 +45,14 @@ struct ChildPlan {
   std::string program;
   std::vector<std::string> arguments;    ///< with the program's name in front
   std::vector<std::string> environment;  ///< "NAME=value", complete
-  int input = -1;   ///< becomes standard input; -1: /dev/null
-  int output = -1;  ///< becomes standard output; -1: /dev/null
-  int errors = -1;  ///< becomes standard error; -1: /dev/null
+  int input = -1;                        ///< becomes standard input; -1: /dev/null
+  int output = -1;                       ///< becomes standard output; -1: /dev/null
+  int errors = -1;                       ///< becomes standard error; -1: /dev/null
 };
 
 /// Starts children and looks after those that nobody waits for, on one thread of its own that lives
-/// as long as it does: the kernel ends a child when the thread that forked it ends, so that no child
-/// survives us, whatever ends us. Owned by the launcher; destroying it ends all children. Any
+/// as long as it does: the kernel ends a child when the thread that forked it ends, so that no
+/// child survives us, whatever ends us. Owned by the launcher; destroying it ends all children. Any
 /// thread.
 class ChildKeeper {
  public:
@@ -71,7 +71,7 @@ class ChildKeeper {
  private:
   struct Ward {
     std::shared_ptr<Child> child;
-    double killTime = 0;     ///< on the steady clock
+    double killTime = 0;       ///< on the steady clock
     bool isAbandoned = false;  ///< reaped here; else someone waits for it
   };
 

@@ -18,8 +18,8 @@ namespace {
 
 constexpr const char* Attempt = "read the folder";
 constexpr std::size_t EntriesSize = 32768;
-/// Beyond this no directory is entered: such a path cannot be named in a log, and re-walking it from
-/// the root for every step would take for ever.
+/// Beyond this no directory is entered: such a path cannot be named in a log, and re-walking it
+/// from the root for every step would take for ever.
 constexpr std::size_t DeepestPath = 65536;
 
 bool isDotOrDotDot(const char* name) {
@@ -60,8 +60,7 @@ bool FolderWalk::readDirectory() {
   }
   const std::size_t parentLength = path_.size();
   for (;;) {
-    const long count =
-        syscall(SYS_getdents64, directory->get(), entries_.data(), entries_.size());
+    const long count = syscall(SYS_getdents64, directory->get(), entries_.data(), entries_.size());
     if (count < 0) report(path_, errno);
     if (count <= 0) return true;
     for (long offset = 0; offset < count;) {

@@ -100,9 +100,12 @@ InotifyObservation::~InotifyObservation() {
   for (const auto id : {readWatch_, watchingTimer_, departureTimer_}) runLoop_.cancel(id);
 }
 
-bool InotifyObservation::isComplete() const { return !isLost_ && rootWatch_ != -1 && pending_.empty(); }
+bool InotifyObservation::isComplete() const {
+  return !isLost_ && rootWatch_ != -1 && pending_.empty();
+}
 
-// Watching -----------------------------------------------------------------------------------------
+// Watching
+// -----------------------------------------------------------------------------------------
 
 void InotifyObservation::scheduleWatching() {
   if (watchingTimer_ != 0 || pending_.empty()) return;
@@ -162,7 +165,8 @@ void InotifyObservation::tellFound(int parent, const std::string& name, bool isD
        tree_.path(parent, name), !isDirectory);
 }
 
-// Events -------------------------------------------------------------------------------------------
+// Events
+// -------------------------------------------------------------------------------------------
 
 void InotifyObservation::readEvents() {
   const auto isAlive = isAlive_;
@@ -186,8 +190,8 @@ void InotifyObservation::readEvents() {
 
 void InotifyObservation::handle(const inotify_event& event) {
   const auto isAlive = isAlive_;
-  const bool isSecondHalf = departure_ && (event.mask & IN_MOVED_TO) != 0 &&
-                            event.cookie == departure_->cookie;
+  const bool isSecondHalf =
+      departure_ && (event.mask & IN_MOVED_TO) != 0 && event.cookie == departure_->cookie;
   if (!isSecondHalf) finishDeparture();  // the halves come one after the other, or not at all
   if (!*isAlive) return;
   if ((event.mask & IN_Q_OVERFLOW) != 0) {

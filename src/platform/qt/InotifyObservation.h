@@ -16,14 +16,14 @@
 
 namespace zolvar {
 
-/// Observes one folder tree with inotify. Main thread; the run loop outlives it. It may be destroyed
-/// inside its own callbacks.
+/// Observes one folder tree with inotify. Main thread; the run loop outlives it. It may be
+/// destroyed inside its own callbacks.
 ///
 /// Each directory needs a watch. At the start they are added in slices of a few milliseconds a turn
-/// of the loop; until isComplete, changes in directories not yet reached go untold. A directory that
-/// appears later is watched and then listed, and what lies in it already is told as created, closed.
-/// Writes through a memory mapping and changes made by other machines on a network file system are
-/// not seen by the kernel: the former go untold, the latter count as lost.
+/// of the loop; until isComplete, changes in directories not yet reached go untold. A directory
+/// that appears later is watched and then listed, and what lies in it already is told as created,
+/// closed. Writes through a memory mapping and changes made by other machines on a network file
+/// system are not seen by the kernel: the former go untold, the latter count as lost.
 class InotifyObservation : public FolderObservation {
  public:
   using Changed = std::function<void(const FileEvent&)>;

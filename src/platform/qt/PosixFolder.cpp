@@ -118,14 +118,14 @@ Result<Folder::Reader> PosixFolder::open(std::string_view path, std::uint64_t of
   const auto file = std::make_shared<const Descriptor>(std::move(*opened));
   if (lseek(file->get(), static_cast<off_t>(offset), SEEK_SET) < 0) return failed("read", path);
   posix_fadvise(file->get(), 0, 0, POSIX_FADV_SEQUENTIAL);
-  return Reader([file, subject = std::string(path)](char* buffer,
-                                                    std::size_t size) -> Result<std::size_t> {
-    for (;;) {
-      const ssize_t count = ::read(file->get(), buffer, size);
-      if (count >= 0) return static_cast<std::size_t>(count);
-      if (errno != EINTR) return failed("read", subject);
-    }
-  });
+  return Reader(
+      [file, subject = std::string(path)](char* buffer, std::size_t size) -> Result<std::size_t> {
+        for (;;) {
+          const ssize_t count = ::read(file->get(), buffer, size);
+          if (count >= 0) return static_cast<std::size_t>(count);
+          if (errno != EINTR) return failed("read", subject);
+        }
+      });
 }
 
 Result<> PosixFolder::append(std::string_view path, std::string_view bytes) {
@@ -182,8 +182,8 @@ Result<> PosixFolder::link(std::string_view from, std::string_view to) {
   if (!source) return tl::unexpected(source.error());
   const auto target = openParentBeneath(root_.get(), to, Attempt);
   if (!target) return tl::unexpected(target.error());
-  if (linkat(source->parent.get(), source->name.c_str(), target->parent.get(),
-             target->name.c_str(), 0) == 0) {
+  if (linkat(source->parent.get(), source->name.c_str(), target->parent.get(), target->name.c_str(),
+             0) == 0) {
     return {};
   }
   if (!isLinkUnsupported(errno)) return failed(Attempt, errno == EEXIST ? to : from);

@@ -85,9 +85,9 @@ Result<std::string> PosixProcessLauncher::clientToolPath() const {
   std::error_code ignored;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
   const auto above = program.parent_path().parent_path();
-  for (const auto& candidate : {(above / ToolBelowLibexec).string(),
-                                (above.parent_path() / ToolBelowLibexec).string(),
-                                std::string(InstalledTool)}) {
+  for (const auto& candidate :
+       {(above / ToolBelowLibexec).string(), (above.parent_path() / ToolBelowLibexec).string(),
+        std::string(InstalledTool)}) {
     if (!candidate.empty() && access(candidate.c_str(), X_OK) == 0) return candidate;
   }
   return fail(FailureKind::Absent, "find the transfer tool", InstalledTool, "it is not installed");

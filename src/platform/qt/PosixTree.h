@@ -18,12 +18,12 @@ Result<> syncDirectory(int pathDescriptor, std::string_view subject);
 /// A name that nobody uses yet, for a file written aside and renamed.
 std::string temporaryName();
 
-/// Copies one regular file or symbolic link to a name that does not exist, synced, with its mode and
-/// times. A copy that fails half-way is removed. Refused for other kinds.
+/// Copies one regular file or symbolic link to a name that does not exist, synced, with its mode
+/// and times. A copy that fails half-way is removed. Refused for other kinds.
 Result<> copyFile(int fromParent, const std::string& fromName, int toParent,
                   const std::string& toName);
-/// Copies a file, a link or a directory with all in it to a name that does not exist, with modes and
-/// times. What was copied before a failure is removed.
+/// Copies a file, a link or a directory with all in it to a name that does not exist, with modes
+/// and times. What was copied before a failure is removed.
 Result<> copyTree(int fromParent, const std::string& fromName, int toParent,
                   const std::string& toName);
 /// Removes a file, a link or a directory with all in it; absent is success. A failure leaves the

@@ -68,7 +68,8 @@ bool ProcessGroupActivity::isConnecting() const {
     std::error_code ignored;
     for (fs::directory_iterator file(fmt::format("/proc/{}/fd", pid), ignored), end; file != end;
          file.increment(ignored)) {
-      const std::string target = fs::read_symlink(file->path(), ignored).string();  // "socket:[123]"
+      const std::string target =
+          fs::read_symlink(file->path(), ignored).string();  // "socket:[123]"
       if (target.starts_with("socket:[") && inodes.contains(target.substr(8, target.size() - 9))) {
         return true;
       }

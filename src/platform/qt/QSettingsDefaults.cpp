@@ -44,7 +44,8 @@ QVariant variantOf(const std::string& value) {
 std::string textOf(const QVariant& value) {
   if (value.typeId() == QMetaType::QByteArray) return value.toByteArray().toStdString();
   // A hand-written comma without quotes makes a list.
-  if (value.typeId() == QMetaType::QStringList) return value.toStringList().join(", ").toStdString();
+  if (value.typeId() == QMetaType::QStringList)
+    return value.toStringList().join(", ").toStdString();
   return value.toString().toStdString();
 }
 
@@ -104,8 +105,8 @@ std::map<std::string, std::string> QSettingsDefaults::dictionary(const std::stri
 
 void QSettingsDefaults::setDictionary(const std::string& key,
                                       const std::map<std::string, std::string>& value) {
-  setString(key, nlohmann::json(value).dump(-1, ' ', false,
-                                            nlohmann::json::error_handler_t::replace));
+  setString(key,
+            nlohmann::json(value).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
 }
 
 void QSettingsDefaults::remove(const std::string& key) {

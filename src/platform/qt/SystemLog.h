@@ -9,8 +9,8 @@ namespace zolvar {
 
 /// Writes to the system's log, and to standard error when that is a terminal or when asked to. Any
 /// thread. One per program: the system's log knows one name a program. Control characters, which
-/// names from the network may hold, come out as blanks, so that a line stays one line and a terminal
-/// obeys nobody.
+/// names from the network may hold, come out as blanks, so that a line stays one line and a
+/// terminal obeys nobody.
 class SystemLog : public Log {
  public:
   explicit SystemLog(std::string programName, bool writesToStandardError = false);

@@ -56,10 +56,10 @@ Result<std::unique_ptr<SystemPlatform>> SystemPlatform::make(const Options& opti
   all->secrets = std::make_unique<SecretServiceStore>(std::move(*support), all->log);
   Lanes& lanes = options.isTestModeActive ? static_cast<Lanes&>(all->inlineLanes)
                                           : static_cast<Lanes&>(all->threadLanes);
-  all->platform = std::make_unique<Platform>(Platform{
-      all->clock, all->random, all->runLoop, lanes, all->fileSystem, all->processes, all->services,
-      all->hosts, *all->secrets, all->defaults, all->workspace, all->network, all->log,
-      options.isTestModeActive});
+  all->platform = std::make_unique<Platform>(
+      Platform{all->clock, all->random, all->runLoop, lanes, all->fileSystem, all->processes,
+               all->services, all->hosts, *all->secrets, all->defaults, all->workspace,
+               all->network, all->log, options.isTestModeActive});
   return std::unique_ptr<SystemPlatform>(new SystemPlatform(std::move(all)));
 }
 

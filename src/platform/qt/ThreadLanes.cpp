@@ -135,9 +135,8 @@ std::shared_ptr<Lane> ThreadLanes::start(const std::string& name) {
 
 bool ThreadLanes::finishAll(double seconds) {
   std::unique_lock lock(census_->mutex);
-  return census_->changed.wait_for(lock, std::chrono::duration<double>(seconds), [this] {
-    return census_->jobs == 0 && census_->ending == 0;
-  });
+  return census_->changed.wait_for(lock, std::chrono::duration<double>(seconds),
+                                   [this] { return census_->jobs == 0 && census_->ending == 0; });
 }
 
 }  // namespace zolvar

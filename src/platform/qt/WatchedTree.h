@@ -9,9 +9,9 @@
 
 namespace zolvar {
 
-/// Which inotify watch stands for which directory of one observed tree. Keeps names and parents, not
-/// paths, so that a renamed directory with all in it is one change. Watch numbers are the caller's;
-/// the first one added is the root. Caller synchronises.
+/// Which inotify watch stands for which directory of one observed tree. Keeps names and parents,
+/// not paths, so that a renamed directory with all in it is one change. Watch numbers are the
+/// caller's; the first one added is the root. Caller synchronises.
 class WatchedTree {
  public:
   explicit WatchedTree(std::string rootPath) : rootPath_(std::move(rootPath)) {}
