@@ -134,7 +134,7 @@ struct KDEntryStore::Storage {
       found = &find(text, hash);
     }
     char* const bytes = texts.take(text.size());
-    std::memcpy(bytes, text.data(), text.size());
+    text.copy(bytes, text.size());
     auto* const added = new (records.take(sizeof(KDPathRecord))) KDPathRecord;
     added->text = {bytes, text.size()};
     added->hash = hash;

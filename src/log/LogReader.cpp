@@ -3,11 +3,9 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <cstring>
 #include <memory>
-#include <optional>
 
 #include "log/LogLineCodec.h"
 #include "platform/Log.h"
