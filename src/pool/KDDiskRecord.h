@@ -39,9 +39,9 @@ class KDDiskRecord {
   KDDiskRecord(Folder& supportFolder, std::string path, Log& log);
 
   /// Reads the journal against a tree that is read already. Lines whose path or version is unknown
-  /// are dropped. `root` is the pool folder's identity. With another device inodes are not compared:
-  /// drives get new numbers. With another inode it is another folder, perhaps a copy: what lies in
-  /// it as recorded is known, and nothing else in it descends from what was recorded.
+  /// are dropped. `root` is the pool folder's identity. With another device inodes are not
+  /// compared: drives get new numbers. With another inode it is another folder, perhaps a copy:
+  /// what lies in it as recorded is known, and nothing else in it descends from what was recorded.
   void load(KDVersionTree& tree, FileIdentity root);
   /// Whether a journal with this very root was loaded.
   [[nodiscard]] bool knowsRoot() const { return knowsRoot_; }

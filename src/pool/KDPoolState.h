@@ -76,7 +76,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
                          const ParticipantAddress& participant) override;
   std::set<std::string> prepareCopy(const std::set<std::string>& files) override;
   std::set<std::string> timeWarpedFilesFromSet(const std::set<std::string>& files) override;
-  void settleReplacedFiles(const std::vector<ReplacedFile>& replaced) override;
+  bool settleReplacedFiles(const std::vector<ReplacedFile>& replaced) override;
   std::set<std::string> checkTodoFiles() override;
   [[nodiscard]] std::set<std::string> todoFiles() const override;
 

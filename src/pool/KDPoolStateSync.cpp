@@ -200,13 +200,20 @@ std::set<std::string> KDPoolState::timeWarpedFilesFromSet(const std::set<std::st
     const KDPathRecord* path = store_->findPath(text);
     const auto attributes = folder_->attributes(text);
     if (!path || !attributes || attributes->kind == FileKind::Directory) continue;
-    if (tree_->isTimeWarped(*path, comparedTime(*attributes))) warped.insert(text);
+    // A version of the branch that was not chosen may be the later one: a choice that a crash left
+    // half done would wait for ever.
+    const KDLogFileEntry* leaf = tree_->selectedLeaf(*path).leaf;
+    const bool isOtherBranch = leaf && path->disk && path->disk->entry &&
+                               path->disk->isUnchanged(*attributes) &&
+                               !path->disk->entry->isParentOfEntry(leaf);
+    if (isOtherBranch || tree_->isTimeWarped(*path, comparedTime(*attributes))) warped.insert(text);
   }
   return warped;
 }
 
-void KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced) {
-  if (isDetached_ || !isActive_) return;
+bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced) {
+  if (isDetached_ || !isActive_) return false;
+  bool isSettled = true;
   for (const ReplacedFile& file : replaced) {
     KDPathRecord* path = store_->findPath(file.path);
     auto place = platform_.fileSystem.open(std::string(parentPath(file.savedPath)));
@@ -236,10 +243,12 @@ void KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
         file.path, settings_.folderPath);
     if (const auto moved = folder_->moveIn(file.savedPath, file.path); !moved) {
       platform_.log.error("{} It is kept at '{}'.", moved.error().message(), file.savedPath);
+      isSettled = false;
       continue;
     }
     copying_.erase(file.path);
   }
+  return isSettled;
 }
 
 }  // namespace zolvar

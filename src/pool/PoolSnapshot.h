@@ -17,7 +17,7 @@ enum class PoolPhase {
   Recovering,  ///< waits for its own log from the network
   Activating,  ///< folders and log are there; reading and first scan run on the state lane
   Active,
-  Leaving,     ///< deactivated; a job still running finishes on its own and changes nothing
+  Leaving,  ///< deactivated; a job still running finishes on its own and changes nothing
 };
 [[nodiscard]] const char* phaseName(PoolPhase phase);  ///< "inactive", "recovering", ...
 
@@ -54,11 +54,11 @@ struct TransferProgress {
 /// with the snapshot before, so publishing costs nothing for what did not change.
 struct PoolSnapshot {
   PoolPhase phase = PoolPhase::Inactive;
-  std::uint64_t serial = 0;  ///< grows with each snapshot
-  std::uint64_t fileCount = 0;  ///< paths with a live version
-  std::shared_ptr<const std::vector<std::string>> missing;   ///< the to-do list, sorted; never null
-  std::shared_ptr<const std::vector<Conflict>> conflicts;    ///< by path; never null
-  std::shared_ptr<const DeleteQuestion> question;            ///< null: none open
+  std::uint64_t serial = 0;                                 ///< grows with each snapshot
+  std::uint64_t fileCount = 0;                              ///< paths with a live version
+  std::shared_ptr<const std::vector<std::string>> missing;  ///< the to-do list, sorted; never null
+  std::shared_ptr<const std::vector<Conflict>> conflicts;   ///< by path; never null
+  std::shared_ptr<const DeleteQuestion> question;           ///< null: none open
   /// Missing path → user ids that listed a fitting version, from the last listings; never null.
   std::shared_ptr<const std::map<std::string, std::set<std::string>>> holders;
   std::map<std::string, std::uint64_t> logSizes;  ///< log file name → bytes

@@ -15,7 +15,7 @@ struct KDEntryFields;
 
 /// One wanted path as the participant's listing shows it.
 struct ListingEntry {
-  char kind = '-';              ///< first character of the mode: '-', 'd', 'l', ...
+  char kind = '-';  ///< first character of the mode: '-', 'd', 'l', ...
   std::uint64_t size = 0;
   std::vector<std::int64_t> modTimes;  ///< candidates: a local time that occurs twice has two
   std::string path;
@@ -69,11 +69,12 @@ class PoolSyncSteps {
   /// Called directly before a copy run: files whose disk state changed since the last scan are left
   /// out and logged by the next one. Returns what may be copied.
   virtual std::set<std::string> prepareCopy(const std::set<std::string>& files) = 0;
-  /// The subset that looks newer on disk than the version wanted.
+  /// The subset that may look newer on disk than the version wanted: along its own history, or
+  /// because another branch lies here.
   virtual std::set<std::string> timeWarpedFilesFromSet(const std::set<std::string>& files) = 0;
   /// What the run replaced: logged versions are kept as saved, an edit of the last seconds goes
-  /// back in place and becomes a branch.
-  virtual void settleReplacedFiles(const std::vector<ReplacedFile>& replaced) = 0;
+  /// back in place and becomes a branch. False when one could not be put back: ask again later.
+  virtual bool settleReplacedFiles(const std::vector<ReplacedFile>& replaced) = 0;
   /// Takes arrived and no longer wanted paths off the list and returns them; writes the local log.
   virtual std::set<std::string> checkTodoFiles() = 0;
   /// What is still wanted, for the log line of an incomplete sync.

@@ -279,8 +279,7 @@ void SyncRun::settleReplacedFiles() {
     if (!replaced) return tl::unexpected(replaced.error());
     const bool isSettled = context_.onState([&replaced](PoolSyncSteps& steps) {
       if (steps.isDetached()) return false;
-      if (!replaced->empty()) steps.settleReplacedFiles(*replaced);
-      return true;
+      return replaced->empty() || steps.settleReplacedFiles(*replaced);
     });
     return isSettled ? versions.closeRun(run) : Result<>();
   };

@@ -421,6 +421,22 @@ TEST_F(KDPoolStateTest, versionsOfOursHaveTimesOfTheirOwn) {
   EXPECT_EQ(host.files.readAll(path("f")).value_or(""), "two") << "the other one was dropped";
 }
 
+TEST_F(KDPoolStateTest, finishesAChoiceThatWasLeftHalfDone) {
+  arrives("bob@beta.local", {line(100, 0, "f", 90)});
+  fetch("f", "first", 90);
+  put("f", "mine");
+  scan();
+  arrives("bob@beta.local", {line(200, 100, "f", 190)});
+  host.files.faults.failAlways("trash");  // as if the program ended after the choice was logged
+  ASSERT_TRUE(state->selectBranch("f", leafOf("bob@beta.local")));
+  restart();
+  EXPECT_EQ(missing(), std::vector<std::string>{"f"});
+  EXPECT_EQ(state->timeWarpedFilesFromSet({"f"}), std::set<std::string>{"f"})
+      << "the later time of what lies here must not keep the chosen version away";
+  fetch("f", "bob's", 190);
+  EXPECT_TRUE(missing().empty());
+}
+
 TEST_F(KDPoolStateTest, neverCopiesThroughALink) {
   arrives("bob@beta.local", {line(100, 0, "d", 50), line(100, 0, "d/f", 90)});
   host.files.makeLink(path("d"), "/etc", 40);

@@ -73,9 +73,10 @@ struct ScriptedSteps : PoolSyncSteps {
   std::set<std::string> timeWarpedFilesFromSet(const std::set<std::string>&) override {
     return warped;
   }
-  void settleReplacedFiles(const std::vector<ReplacedFile>& files) override {
+  bool settleReplacedFiles(const std::vector<ReplacedFile>& files) override {
     note("settle");
     settled.insert(settled.end(), files.begin(), files.end());
+    return true;
   }
   std::set<std::string> checkTodoFiles() override {
     note("check");
