@@ -53,7 +53,7 @@ bool isDirectoryEntry(int directory, const dirent& entry) {
 }  // namespace
 
 Result<std::unique_ptr<FolderObservation>> InotifyObservation::start(RunLoop& runLoop,
-                                                                     std::string rootPath,
+                                                                     const std::string& rootPath,
                                                                      Changed changed, Lost lost) {
   require(runLoop.isMainThread(), "runLoop.isMainThread()");
   Descriptor inotify(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));

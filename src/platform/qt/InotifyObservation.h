@@ -30,7 +30,8 @@ class InotifyObservation : public FolderObservation {
   using Lost = std::function<void(const Failure&)>;
 
   /// Fails: Absent, Refused, Transient (no inotify instance left). `lost` never comes from inside.
-  static Result<std::unique_ptr<FolderObservation>> start(RunLoop& runLoop, std::string rootPath,
+  static Result<std::unique_ptr<FolderObservation>> start(RunLoop& runLoop,
+                                                          const std::string& rootPath,
                                                           Changed changed, Lost lost);
   ~InotifyObservation() override;
 
