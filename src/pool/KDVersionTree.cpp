@@ -27,8 +27,9 @@ std::size_t KDVersionTree::VersionKeyHash::operator()(const VersionKey& key) con
 KDVersionTree::KDVersionTree(KDEntryStore& store, std::string_view localUserId)
     : store_(store), localUserId_(internedUserId(localUserId)) {}
 
+template <class Visit>
 void KDVersionTree::findAll(const KDPathRecord& path, const std::string* user, double logTime,
-                            const std::function<bool(KDLogFileEntry*)>& visit) const {
+                            const Visit& visit) const {
   std::uint32_t steps = 0;
   for (KDLogFileEntry* entry = path.newest; entry; entry = entry->previous()) {
     if (entry->logTime() == logTime && &entry->userId() == user && visit(entry)) return;
@@ -129,8 +130,8 @@ KDVersionTree::Appended KDVersionTree::append(KDLogFileEntry* entry) {
     return result;
   }
   KDPathRecord& path = entry->pathRecord();
-  const bool isLatest =
-      !path.newest || (entry->logTime() > path.newest->logTime() && !needsRepair_.contains(&path));
+  const bool isLatest = !path.newest || (entry->logTime() > path.newest->logTime() &&
+                                         (needsRepair_.empty() || !needsRepair_.contains(&path)));
   if (!isLatest && isStored(*entry)) {
     result.kind = Kind::Duplicate;
     return result;

@@ -110,8 +110,9 @@ class KDVersionTree {
   void removeLeaf(KDPathRecord& path, KDLogFileEntry& leaf);
   void setActive(KDPathRecord& path, std::uint32_t count);
   /// Calls `visit` with the stored entries of this user and time until it answers true.
+  template <class Visit>
   void findAll(const KDPathRecord& path, const std::string* user, double logTime,
-               const std::function<bool(KDLogFileEntry*)>& visit) const;
+               const Visit& visit) const;
   [[nodiscard]] KDLogFileEntry* find(const KDPathRecord& path, const std::string* user,
                                      double logTime) const;
   [[nodiscard]] bool isStored(const KDLogFileEntry& entry) const;
