@@ -136,7 +136,8 @@ TEST_F(ServiceDirectoryTest, survivesARestartOfTheDaemon) {
   const auto browser = browse();
   const auto publication = publish("steady", {{"t", "a"}});
   ASSERT_TRUE(arrives("txt steady a"));
-  EXPECT_EQ(directory_.hostNameFqdn(), "servicetest.local");
+  // The daemon renumbers itself when it takes an echo of the last one for another host.
+  EXPECT_TRUE(directory_.hostNameFqdn().starts_with("servicetest")) << directory_.hostNameFqdn();
   const std::string daemon =
       "avahi-daemon --no-drop-root --no-chroot --no-rlimits -f $ZOLVAR_TEST_AVAHI ";
   ASSERT_TRUE(run(daemon + "-k"));
