@@ -22,11 +22,10 @@ fi
 set -e
 hostname servicetest
 mount -t tmpfs none /run
-mount -t tmpfs none /tmp
-mkdir -p /run/dbus /run/user /tmp/home
+mkdir -p /run/dbus /run/user /run/home /run/tmp
 chmod 700 /run/user
-export HOME=/tmp/home XDG_RUNTIME_DIR=/run/user XDG_CONFIG_HOME=/tmp/home/config
-export XDG_DATA_HOME=/tmp/home/data LC_ALL=C.UTF-8
+export HOME=/run/home XDG_RUNTIME_DIR=/run/user XDG_CONFIG_HOME=/run/home/config
+export XDG_DATA_HOME=/run/home/data TMPDIR=/run/tmp LC_ALL=C.UTF-8
 unset DISPLAY WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS
 
 ip link set lo up

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <ctime>
 #include <memory>
 
@@ -82,11 +83,18 @@ Result<> PosixTrash::moveToOwnTrash(int parent, const std::string& name,
   if (!target) return tl::unexpected(target.error());
   if (renameat(parent, name.c_str(), target->parent.get(), target->name.c_str()) == 0) return {};
   if (errno != EXDEV) return tl::unexpected(posixFailure(errno, Attempt, keptPath));
-  auto copied = copyTree(parent, name, target->parent.get(), target->name);
-  if (!copied) return copied;
-  auto synced = syncDirectory(target->parent.get(), keptPath);
-  if (!synced) return synced;
-  return removeTreeAt(parent, name);
+  // Out of the way first: what is saved under the name from now on is another file and stays.
+  const std::string aside = fmt::format(".zolvar-trash-{}-{}", getpid(), std::time(nullptr));
+  if (renameat2(parent, name.c_str(), parent, aside.c_str(), RENAME_NOREPLACE) != 0) {
+    return tl::unexpected(posixFailure(errno, Attempt, keptPath));
+  }
+  auto kept = copyTree(parent, aside, target->parent.get(), target->name);
+  if (kept) kept = syncDirectory(target->parent.get(), keptPath);
+  if (!kept) {
+    (void)renameat2(parent, aside.c_str(), parent, name.c_str(), RENAME_NOREPLACE);
+    return kept;
+  }
+  return removeTreeAt(parent, aside);
 }
 
 }  // namespace zolvar
