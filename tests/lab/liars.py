@@ -180,6 +180,8 @@ def scenario_logs(lab):
             wait_until(lambda: folder.read(name) == f"mallory's {name}", 90,
                        lambda: f"{folder}: {name} did not come, missing "
                                f"{folder.host.cli('missing', 'Gifts')}")
+        wait_until(lambda: not {*good, "future"} & set(folder.host.cli("missing", "Gifts")), 60,
+                   lambda: f"{folder} still misses {folder.host.cli('missing', 'Gifts')}")
         check("warning: " in folder.host.log()[mark:], f"{folder.host.name} warned of nothing")
         outside = [path for path in folder.host.seen(folder.host.home).rglob("*escaped*") if path.is_file()]
         check(not outside, f"something got out: {outside}")

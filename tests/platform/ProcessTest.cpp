@@ -204,7 +204,10 @@ TEST_F(ProcessTest, leavesADaemonAloneThatWentItsOwnWay) {
 TEST_F(ProcessTest, looksAtProcessesAndPorts) {
   const auto process = launcher_.start(shell("exec sleep 60"));
   const int pid = (*process)->pid();
-  const auto isExecuted = [&] { return launcher_.commandLine(pid).front() == "sleep"; };
+  const auto isExecuted = [&] {
+    const auto line = launcher_.commandLine(pid);  // empty for a moment in between
+    return !line.empty() && line.front() == "sleep";
+  };
   for (int tries = 0; tries < 200 && !isExecuted(); ++tries) usleep(5000);
   EXPECT_THAT(launcher_.commandLine(pid), ElementsAre("sleep", "60"));
   EXPECT_FALSE(launcher_.waitGone(pid, 0.01));

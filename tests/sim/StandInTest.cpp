@@ -125,8 +125,9 @@ std::vector<std::string> listedLines(const std::string& text) {
 class StandInTest : public ::testing::Test {
  protected:
   void SetUp() override {
+    // Many connections: one that has ended keeps its slot for a moment.
     const std::string modules =
-        "\n[Docs]\npath = FOLDER/remote/\nmax connections = 2\nread only = yes\ncomment = c\n"
+        "\n[Docs]\npath = FOLDER/remote/\nmax connections = 50\nread only = yes\ncomment = c\n"
         "[Secret]\npath = FOLDER/remote/\nauth users = " +
         hexHash("Secret") +
         "\nsecrets file = FOLDER/secrets\n"
