@@ -106,8 +106,8 @@ class FileLock {
 struct FileEvent {
   enum class Type { CreateFile, Delete, StatChanged, Rename, ContentModified, CreateDir };
   Type type = Type::ContentModified;
-  std::string path1;  ///< absolute
-  std::string path2;  ///< absolute; the new path of a rename, else empty
+  std::string path1;    ///< absolute
+  std::string path2;    ///< absolute; the new path of a rename, else empty
   bool closed = false;  ///< a writer closed the file
 };
 
@@ -132,7 +132,8 @@ class FileSystem {
   [[nodiscard]] virtual bool isFolder(const std::string& absolutePath) const = 0;
   [[nodiscard]] virtual Result<FileIdentity> identity(const std::string& absolutePath) const = 0;
   /// The sub-folders directly in a folder, absolute paths, sorted; empty when it cannot be read.
-  [[nodiscard]] virtual std::vector<std::string> subfolders(const std::string& absolutePath) const = 0;
+  [[nodiscard]] virtual std::vector<std::string> subfolders(
+      const std::string& absolutePath) const = 0;
   /// Moves a whole folder to the Trash.
   virtual Result<> trashFolder(const std::string& absolutePath) = 0;
   /// Takes the lock and writes our pid into the file. Fails: Refused when another process holds it.

@@ -11,8 +11,8 @@ namespace zolvar {
 class Hosts {
  public:
   virtual ~Hosts() = default;
-  /// This machine's names, best first: the name on the local network as the service daemon knows it,
-  /// the canonical name of the host name, the host name.
+  /// This machine's names, best first: the name on the local network as the service daemon knows
+  /// it, the canonical name of the host name, the host name.
   [[nodiscard]] virtual std::vector<std::string> names() const = 0;
   /// Login name of the current user.
   [[nodiscard]] virtual std::string userName() const = 0;

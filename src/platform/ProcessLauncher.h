@@ -15,7 +15,7 @@ struct ProcessRequest {
   std::string program;  ///< absolute path
   std::vector<std::string> arguments;
   std::map<std::string, std::string> environment;  ///< added to, or replacing parts of, our own
-  std::string input;       ///< written to standard input, which is then closed
+  std::string input;         ///< written to standard input, which is then closed
   bool wantsOutput = false;  ///< standard output goes to ProcessSinks::output, else to /dev/null
 };
 

@@ -7,7 +7,8 @@
 
 namespace zolvar {
 
-/// Generic passwords by service and account. Blocks (a locked keyring may ask its user): lanes only.
+/// Generic passwords by service and account. Blocks (a locked keyring may ask its user): lanes
+/// only.
 class SecretStore {
  public:
   virtual ~SecretStore() = default;

@@ -23,7 +23,7 @@ class Publication {
 };
 
 struct PublicationEvents {
-  std::function<void()> established;  ///< also after the service daemon has come back
+  std::function<void()> established;           ///< also after the service daemon has come back
   std::function<void(const Failure&)> failed;  ///< name taken by another host, or refused
 };
 

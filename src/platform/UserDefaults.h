@@ -21,7 +21,8 @@ class UserDefaults {
   virtual ~UserDefaults() = default;
   [[nodiscard]] virtual std::optional<std::string> string(const std::string& key) const = 0;
   virtual void setString(const std::string& key, const std::string& value) = 0;
-  [[nodiscard]] virtual std::map<std::string, std::string> dictionary(const std::string& key) const = 0;
+  [[nodiscard]] virtual std::map<std::string, std::string> dictionary(
+      const std::string& key) const = 0;
   virtual void setDictionary(const std::string& key,
                              const std::map<std::string, std::string>& value) = 0;
   virtual void remove(const std::string& key) = 0;

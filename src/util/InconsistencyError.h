@@ -13,7 +13,8 @@ class InconsistencyError : public std::logic_error {
 
 /// Throws InconsistencyError with "Invalid parameter not satisfying: CONDITION" unless `holds`.
 inline void require(bool holds, const char* condition) {
-  if (!holds) throw InconsistencyError(std::string("Invalid parameter not satisfying: ") + condition);
+  if (!holds)
+    throw InconsistencyError(std::string("Invalid parameter not satisfying: ") + condition);
 }
 
 }  // namespace zolvar

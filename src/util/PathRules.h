@@ -8,9 +8,9 @@ namespace zolvar {
 
 inline constexpr std::string_view MetadataFolderName = ".Zolvar";
 inline constexpr std::string_view LogFileExtension = ".fplog";
-inline constexpr std::size_t LongestPath = 4096;       ///< bytes; PATH_MAX of Linux
-inline constexpr std::size_t LongestComponent = 255;   ///< bytes; NAME_MAX of Linux
-inline constexpr std::size_t LongestPoolName = 120;    ///< bytes
+inline constexpr std::size_t LongestPath = 4096;      ///< bytes; PATH_MAX of Linux
+inline constexpr std::size_t LongestComponent = 255;  ///< bytes; NAME_MAX of Linux
+inline constexpr std::size_t LongestPoolName = 120;   ///< bytes
 
 /// True for valid UTF-8 (no surrogates, no overlong forms).
 [[nodiscard]] bool isValidUtf8(std::string_view text);
