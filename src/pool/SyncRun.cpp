@@ -120,8 +120,13 @@ void SyncRun::loadLogs() {
   const auto finish = [this](bool isWhole) {
     context_.onState([isWhole](PoolSyncSteps& steps) { steps.finishLogLoad(isWhole); });
   };
-  const auto prepared = context_.onState([](PoolSyncSteps& steps) -> Result<> {
+  const auto prepared = context_.onState([this](PoolSyncSteps& steps) -> Result<> {
     if (steps.isDetached()) return fail(FailureKind::Cancelled, "load logs");
+    // The scan before took its time: a folder moved meanwhile must not be made again at its old
+    // place.
+    auto folder = steps.accessibleFolderPath();
+    if (!folder) return tl::unexpected(folder.error());
+    folder_ = std::move(*folder);
     return steps.prepareLogLoad();
   });
   if (!prepared && prepared.error().kind == FailureKind::Cancelled) {
