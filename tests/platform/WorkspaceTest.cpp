@@ -1,3 +1,4 @@
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
@@ -41,32 +42,58 @@ class NotificationsStub : public QDBusVirtualObject {
       bus.send(message.createReply(capabilities_));
     } else if (message.member() == QStringLiteral("Notify")) {
       shown.push_back(message.arguments());
-      bus.send(message.createReply(static_cast<uint>(100 + shown.size())));
+      if (isSlow) {
+        unanswered.push_back(message);
+      } else {
+        answer(message);
+      }
+    } else if (message.member() == QStringLiteral("CloseNotification")) {
+      withdrawn.push_back(message.arguments().value(0).toUInt());
     }
     return true;
   }
 
+  void answer(const QDBusMessage& message) {
+    const uint replaced = message.arguments().value(1).toUInt();
+    bus_.send(message.createReply(replaced != 0 ? replaced : ++lastId_));
+  }
+
+  bool isSlow = false;  ///< answers nothing by itself
   std::vector<QVariantList> shown;
+  std::vector<QDBusMessage> unanswered;
+  std::vector<uint> withdrawn;
 
  private:
+  uint lastId_ = 100;
   QStringList capabilities_;
   QDBusConnection bus_;
 };
 
 class NoticesTest : public ServiceTest {};
 
+Notice noticeWith(const std::string& key, const std::string& title) {
+  Notice notice;
+  notice.key = key;
+  notice.title = title;
+  return notice;
+}
+
 TEST_F(NoticesTest, answersClicksOnItsOwnNoticesOnly) {
   NotificationsStub stub({QStringLiteral("actions"), QStringLiteral("body-markup")});
   DesktopWorkspace workspace(log_);
   int clicks = 0;
-  workspace.show({"Title <a>", "a <b> & c", true, 7}, [&] { clicks += 1; });
-  workspace.show({"Second", "text"}, [&] { clicks += 10; });
+  workspace.showNotice({"", "Title <a>", "a <b> & c", Notice::Urgency::Critical, true},
+                       [&] { clicks += 1; });
+  workspace.showNotice(noticeWith("", "Second"), [&] { clicks += 10; });
   ASSERT_TRUE(waitFor([&] { return stub.shown.size() == 2; }));
   const QVariantList first = stub.shown.front();
-  EXPECT_EQ(first.at(1).toUInt(), 7u);
+  EXPECT_EQ(first.at(1).toUInt(), 0u);
   EXPECT_EQ(first.at(3).toString(), QStringLiteral("Title <a>"));
   EXPECT_EQ(first.at(4).toString(), QStringLiteral("a &lt;b&gt; &amp; c"));
   EXPECT_EQ(first.at(5).toStringList().value(0), QStringLiteral("default"));
+  EXPECT_EQ(first.at(7).toInt(), 0);  // stays
+  const auto hints = qdbus_cast<QVariantMap>(first.at(6));
+  EXPECT_EQ(hints.value(QStringLiteral("urgency")).toInt(), 2);
   const struct {
     const char* signal;
     uint id;
@@ -85,12 +112,44 @@ TEST_F(NoticesTest, answersClicksOnItsOwnNoticesOnly) {
   }
 }
 
+TEST_F(NoticesTest, showsOneNoticeAKeyEvenAtASlowService) {
+  NotificationsStub stub({});
+  DesktopWorkspace workspace(log_);
+  const auto replaced = [&](std::size_t at) { return stub.shown.at(at).at(1).toUInt(); };
+  const auto wasShown = [&](std::size_t count) {
+    return waitFor([&] { return stub.shown.size() == count; });
+  };
+  workspace.showNotice(noticeWith("a", "first"), {});
+  ASSERT_TRUE(wasShown(1));
+  runFor(0.05);
+  stub.isSlow = true;
+  for (const char* title : {"second", "third", "fourth"}) {
+    workspace.showNotice(noticeWith("a", title), {});
+  }
+  workspace.showNotice(noticeWith("b", "never seen"), {});
+  ASSERT_TRUE(wasShown(3));
+  EXPECT_EQ(replaced(1), 101u);
+  workspace.withdrawNotice("b");
+  stub.isSlow = false;
+  for (const QDBusMessage& waiting : stub.unanswered) stub.answer(waiting);
+  ASSERT_TRUE(wasShown(4));
+  EXPECT_EQ(stub.shown.at(3).at(3).toString(), QStringLiteral("fourth"));
+  EXPECT_EQ(replaced(3), 101u);
+  EXPECT_TRUE(waitFor([&] { return stub.withdrawn == std::vector<uint>{102}; }));
+  // Closed by its person, the next one is a new one.
+  stub.tell("NotificationClosed", {101u, 2u});
+  runFor(0.05);
+  workspace.showNotice(noticeWith("a", "fifth"), {});
+  ASSERT_TRUE(wasShown(5));
+  EXPECT_EQ(replaced(4), 0u);
+}
+
 TEST_F(NoticesTest, fitsAPlainServiceAndDoesWithoutAny) {
   DesktopWorkspace workspace(log_);
-  workspace.show({"Lost", "nobody answers"}, nullptr);
+  workspace.showNotice(noticeWith("key", "Lost"), nullptr);
   runFor(0.1);
   NotificationsStub stub({});
-  workspace.show({"Title", "a < b"}, [] {});
+  workspace.showNotice({"key", "Title", "a < b"}, [] {});
   ASSERT_TRUE(waitFor([&] { return stub.shown.size() == 1; }));
   EXPECT_EQ(stub.shown.front().at(4).toString(), QStringLiteral("a < b"));
   EXPECT_TRUE(stub.shown.front().at(5).toStringList().isEmpty());
@@ -114,8 +173,12 @@ TEST_F(AutostartTest, startsAtLoginOnce) {
   EXPECT_NE(content().find("\nExec=\"/opt/a \\\\\"b\\\\\" \\\\$c\\\\\\\\100%%/zolvar\"\n"),
             std::string::npos)
       << content();
+  EXPECT_TRUE(entry.isEnabled());
+  std::ofstream(entry.path(), std::ios::app) << "Hidden = true\n";
+  EXPECT_FALSE(entry.isEnabled());
   ASSERT_TRUE(entry.disable());
   ASSERT_TRUE(entry.disable());
+  EXPECT_FALSE(entry.isEnabled());
   EXPECT_FALSE(std::filesystem::exists(entry.path()));
 }
 

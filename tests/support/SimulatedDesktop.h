@@ -49,37 +49,47 @@ class SimulatedWorkspace : public Workspace {
  public:
   struct Shown {
     Notice notice;
-    std::function<void()> clicked;
+    std::function<void()> onClick;
   };
   void open(const std::string& path) override { opened.push_back(path); }
-  void show(const Notice& notice, std::function<void()> clicked) override {
-    shown.push_back({notice, std::move(clicked)});
+  void showNotice(const Notice& notice, std::function<void()> onClick) override {
+    withdrawNotice(notice.key);
+    history.push_back(notice);
+    shown.push_back({notice, std::move(onClick)});
+  }
+  void withdrawNotice(const std::string& key) override {
+    if (key.empty()) return;
+    std::erase_if(shown, [&](const Shown& one) { return one.notice.key == key; });
   }
   Result<> setAutostart(bool enabled) override {
     if (auto failure = faults.next("setAutostart", "")) return tl::unexpected(*failure);
     startsAtLogin = enabled;
     return {};
   }
+  [[nodiscard]] bool isAutostarted() const override { return startsAtLogin; }
   void beep() override { ++beeps; }
 
-  /// Clicks the notice whose title or text contains the words; false when there is none.
+  /// Clicks the notice on the screen whose title or text contains the words; false when there is
+  /// none.
   bool click(std::string_view words) {
     for (const Shown& one : shown) {
       if (!contains(one.notice, words)) continue;
-      const auto clicked = one.clicked;
-      if (clicked) clicked();
+      const auto onClick = one.onClick;
+      if (onClick) onClick();
       return true;
     }
     return false;
   }
+  /// How often a notice with these words was shown, replaced and withdrawn ones included.
   [[nodiscard]] std::size_t count(std::string_view words) const {
     std::size_t found = 0;
-    for (const Shown& one : shown) found += contains(one.notice, words) ? 1 : 0;
+    for (const Notice& notice : history) found += contains(notice, words) ? 1 : 0;
     return found;
   }
 
   std::vector<std::string> opened;
-  std::vector<Shown> shown;
+  std::vector<Shown> shown;     ///< on the screen now
+  std::vector<Notice> history;  ///< all, in order
   bool startsAtLogin = false;
   int beeps = 0;
   Faults faults;

@@ -60,4 +60,15 @@ Result<> AutostartEntry::disable() const {
   return fail(FailureKind::Refused, "remove", path_, file.errorString().toStdString());
 }
 
+bool AutostartEntry::isEnabled() const {
+  QFile file(QString::fromStdString(path_));
+  if (!file.open(QIODevice::ReadOnly)) return false;
+  // How desktops' own settings switch an entry off.
+  for (const QByteArray& line : file.readAll().split('\n')) {
+    const QByteArray plain = line.simplified().replace(" ", "").toLower();
+    if (plain == "hidden=true" || plain == "x-gnome-autostart-enabled=false") return false;
+  }
+  return true;
+}
+
 }  // namespace zolvar

@@ -17,6 +17,8 @@ class AutostartEntry {
   [[nodiscard]] Result<> enable(const std::string& program) const;
   /// Absent is success.
   [[nodiscard]] Result<> disable() const;
+  /// Whether the desktop starts us at login: the entry is there and nobody has switched it off.
+  [[nodiscard]] bool isEnabled() const;
 
   [[nodiscard]] const std::string& path() const { return path_; }
 

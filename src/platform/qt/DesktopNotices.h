@@ -4,12 +4,12 @@
 #include <QDBusServiceWatcher>
 #include <QObject>
 #include <QString>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
 #include <set>
-#include <utility>
-#include <vector>
+#include <string>
 
 #include "platform/Log.h"
 #include "platform/Workspace.h"
@@ -19,13 +19,21 @@ namespace zolvar {
 /// Notices through org.freedesktop.Notifications on the session bus, without ever waiting for an
 /// answer. Owned by the workspace. Main thread. Where nobody answers, notices are dropped, with a
 /// debug line.
+///
+/// A notice is known by a slot from its showing until the service says that it is closed. The
+/// service tells its id only in the reply; what is asked of a slot before that (a replacement, a
+/// withdrawal) waits in the slot for the reply, so that a slow service shows one notice a key, and
+/// the latest.
 class DesktopNotices final : public QObject {
   Q_OBJECT
 
  public:
+  using OnClick = std::function<void()>;
+
   explicit DesktopNotices(Log& log);
 
-  void show(const Notice& notice, std::function<void()> clicked);
+  void show(const Notice& notice, OnClick onClick);
+  void withdraw(const std::string& key);
 
  private Q_SLOTS:
   // Broadcast by the notification service for the notices of every program.
@@ -33,19 +41,33 @@ class DesktopNotices final : public QObject {
   void closed(uint id, uint reason);
 
  private:
+  using SlotId = std::uint64_t;
   using Answer = std::function<void(const QDBusMessage& reply)>;
+
+  struct Slot {
+    std::string key;
+    uint id = 0;                 ///< at the service; 0 before its first reply
+    bool isCalling = false;      ///< a Notify is unanswered
+    bool isWithdrawn = false;    ///< to be closed when the reply is there
+    std::optional<Notice> next;  ///< to be sent when the capabilities or the reply are there
+    OnClick onClick;
+  };
 
   void call(const QDBusMessage& message, Answer answer);
   void askCapabilities();
-  void send(const Notice& notice, std::function<void()> clicked);
+  void send(SlotId slotId);
+  void answered(SlotId slotId, const QDBusMessage& reply);
+  void closeAtService(uint id);
+  [[nodiscard]] std::map<SlotId, Slot>::iterator slotWithId(uint id);
 
   Log& log_;
   QDBusServiceWatcher service_;
   bool isAsking_ = false;
   /// Of the service that runs now; none until it was asked.
   std::optional<std::set<QString>> capabilities_;
-  std::vector<std::pair<Notice, std::function<void()>>> waiting_;  ///< for the capabilities
-  std::map<uint, std::function<void()>> clicked_;  ///< by id, of notices that are still shown
+  SlotId lastSlot_ = 0;
+  std::map<SlotId, Slot> slots_;
+  std::map<std::string, SlotId> byKey_;  ///< without the withdrawn ones
 };
 
 }  // namespace zolvar

@@ -10,6 +10,14 @@
 #include "platform/qt/DesktopNotices.h"
 
 namespace zolvar {
+namespace {
+
+AutostartEntry usersEntry() {
+  return AutostartEntry(
+      QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation).toStdString());
+}
+
+}  // namespace
 
 DesktopWorkspace::DesktopWorkspace(Log& log) : log_(log) {}
 
@@ -26,18 +34,23 @@ void DesktopWorkspace::open(const std::string& path) {
   }
 }
 
-void DesktopWorkspace::show(const Notice& notice, std::function<void()> clicked) {
+void DesktopWorkspace::showNotice(const Notice& notice, std::function<void()> onClick) {
   // The connection to the desktop is made when there is something to show.
   if (!notices_) notices_ = std::make_unique<DesktopNotices>(log_);
-  notices_->show(notice, std::move(clicked));
+  notices_->show(notice, std::move(onClick));
+}
+
+void DesktopWorkspace::withdrawNotice(const std::string& key) {
+  if (notices_) notices_->withdraw(key);
 }
 
 Result<> DesktopWorkspace::setAutostart(bool enabled) {
-  const AutostartEntry entry(
-      QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation).toStdString());
+  const AutostartEntry entry = usersEntry();
   return enabled ? entry.enable(QCoreApplication::applicationFilePath().toStdString())
                  : entry.disable();
 }
+
+bool DesktopWorkspace::isAutostarted() const { return usersEntry().isEnabled(); }
 
 void DesktopWorkspace::beep() {
   if (::isatty(STDERR_FILENO) == 1) (void)!::write(STDERR_FILENO, "\a", 1);

@@ -17,9 +17,11 @@ class DesktopWorkspace final : public Workspace {
   ~DesktopWorkspace() override;
 
   void open(const std::string& path) override;
-  void show(const Notice& notice, std::function<void()> clicked) override;
-  /// Fails: as the file system does.
+  void showNotice(const Notice& notice, std::function<void()> onClick) override;
+  void withdrawNotice(const std::string& key) override;
+  /// Of the running program. Fails: as the file system does.
   Result<> setAutostart(bool enabled) override;
+  [[nodiscard]] bool isAutostarted() const override;
   /// Rings the terminal's bell when we were started from one.
   void beep() override;
 
