@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "pool/PoolSnapshot.h"
+
+namespace zolvar {
+
+class Application;
+class KDPoolPresence;
+
+/// The one state of a folder, in the order in which the first that holds is told. InStep is told
+/// only when no other holds.
+enum class FolderStateKind {
+  NotSubscribed,
+  Paused,
+  WaitingForDrive,     ///< its folder cannot be reached
+  WaitingForPassword,  ///< ours cannot be read, or nobody present has the same
+  WaitingForClock,     ///< this computer's clock is off
+  QuestionOpen,
+  Conflict,
+  Fetching,
+  Missing,   ///< and nobody present has them
+  Alone,     ///< nobody else is present
+  Checking,  ///< before the first whole scan and a log exchange with somebody present
+  InStep,
+};
+
+/// What the state is made of.
+struct FolderFacts {
+  PoolPhase phase = PoolPhase::Inactive;
+  bool isPaused = false;
+  bool isAccessible = true;
+  bool isPasswordReadable = true;
+  bool isClockOff = false;
+  bool hasQuestion = false;
+  bool isScanned = false;      ///< a whole scan has ended since the folder became active
+  std::size_t conflicts = 0;   ///< files
+  std::size_t missing = 0;     ///< files
+  std::size_t obtainable = 0;  ///< of the missing: somebody reachable has them, as far as we know
+  std::size_t present = 0;     ///< others that are seen
+  std::size_t unasked = 0;     ///< of these: not contacted yet, or announced news since
+  std::size_t reachable = 0;   ///< of these: the last contact worked
+  std::size_t differing = 0;   ///< of these: refused for a different password
+  bool isSyncing = false;
+  std::size_t filesDone = 0;    ///< of the copy run in progress
+  std::size_t filesWanted = 0;  ///< 0: no copy run
+};
+
+struct FolderState {
+  FolderStateKind kind = FolderStateKind::NotSubscribed;
+  std::string text;  ///< "in step", "fetching 3 of 7", ...
+
+  /// A person has to do something.
+  [[nodiscard]] bool needsPerson() const;
+  bool operator==(const FolderState&) const = default;
+};
+
+/// Pure.
+FolderState folderState(const FolderFacts& facts);
+/// A word for programs: "inStep", "fetching", ...
+const char* stateWord(FolderStateKind kind);
+
+/// What is known of a pool now. Main thread.
+FolderFacts folderFacts(const Application& application, const KDPoolPresence& presence);
+
+}  // namespace zolvar
