@@ -14,6 +14,7 @@ class SecretStore;
 class UserDefaults;
 class Workspace;
 class NetworkWatch;
+class Firewall;
 class Log;
 
 /// The world, handed to the engine: references to services that outlive it.
@@ -30,6 +31,7 @@ struct Platform {
   UserDefaults& defaults;
   Workspace& workspace;
   NetworkWatch& network;
+  Firewall& firewall;
   Log& log;
   /// Runs syncs and state jobs on their caller: for tests and tools that want one thread.
   bool isTestModeActive = false;

@@ -18,11 +18,16 @@ struct Notice {
   bool isSticky = false;  ///< stays until the person closes it
 };
 
+/// Pages of the system's own settings.
+enum class SettingsPage { DateAndTime, Firewall };
+
 /// The desktop around us. Main thread; nothing here waits for an answer.
 class Workspace {
  public:
   virtual ~Workspace() = default;
   virtual void open(const std::string& path) = 0;
+  /// Opens the page in whatever this desktop has for it.
+  virtual void openSettings(SettingsPage page) = 0;
   /// Shows a notice; `onClick` is called, on the main thread, each time the person clicks it, until
   /// it is closed, withdrawn or replaced. Quietly nothing where no notification service answers.
   virtual void showNotice(const Notice& notice, std::function<void()> onClick) = 0;

@@ -3,10 +3,12 @@
 #include <map>
 #include <vector>
 
+#include "platform/Firewall.h"
 #include "platform/NetworkWatch.h"
 #include "platform/SecretStore.h"
 #include "platform/Workspace.h"
 #include "support/Faults.h"
+#include "support/SimulatedRunLoop.h"
 
 namespace zolvar {
 
@@ -52,6 +54,7 @@ class SimulatedWorkspace : public Workspace {
     std::function<void()> onClick;
   };
   void open(const std::string& path) override { opened.push_back(path); }
+  void openSettings(SettingsPage page) override { openedSettings.push_back(page); }
   void showNotice(const Notice& notice, std::function<void()> onClick) override {
     withdrawNotice(notice.key);
     history.push_back(notice);
@@ -88,6 +91,7 @@ class SimulatedWorkspace : public Workspace {
   }
 
   std::vector<std::string> opened;
+  std::vector<SettingsPage> openedSettings;
   std::vector<Shown> shown;     ///< on the screen now
   std::vector<Notice> history;  ///< all, in order
   bool startsAtLogin = false;
@@ -98,6 +102,22 @@ class SimulatedWorkspace : public Workspace {
   static bool contains(const Notice& notice, std::string_view words) {
     return (notice.title + "\n" + notice.text).find(words) != std::string::npos;
   }
+};
+
+/// Answers as the test says, on a later turn.
+class SimulatedFirewall : public Firewall {
+ public:
+  explicit SimulatedFirewall(SimulatedRunLoop& loop) : loop_(loop) {}
+  void ask(unsigned tcpPort, std::function<void(FirewallAnswer)> answer) override {
+    asked.push_back(tcpPort);
+    loop_.after(0, [answer = std::move(answer), says = says] { answer(says); });
+  }
+
+  FirewallAnswer says = FirewallAnswer::CannotTell;
+  std::vector<unsigned> asked;
+
+ private:
+  SimulatedRunLoop& loop_;
 };
 
 /// Tells a change of addresses when the test says so.

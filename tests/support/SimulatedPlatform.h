@@ -69,10 +69,11 @@ class SimulatedPlatform {
   SimulatedSecretStore secrets;
   SimulatedWorkspace workspace;
   SimulatedNetworkWatch networkWatch;
+  SimulatedFirewall firewall{loop};
 
  private:
   Platform platform_{clock, random,  loop,     lanes,     files,        processes, services,
-                     hosts, secrets, defaults, workspace, networkWatch, log};
+                     hosts, secrets, defaults, workspace, networkWatch, firewall,  log};
 };
 
 }  // namespace zolvar

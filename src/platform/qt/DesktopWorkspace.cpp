@@ -5,12 +5,43 @@
 #include <QCoreApplication>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QString>
+#include <QStringList>
 
 #include "platform/qt/AutostartEntry.h"
 #include "platform/qt/DesktopNotices.h"
 
 namespace zolvar {
 namespace {
+
+struct SettingsProgram {
+  SettingsPage page;
+  const char* program;
+  const char* argument;  ///< empty for none
+};
+
+/// The first one installed is taken.
+constexpr SettingsProgram SettingsPrograms[] = {
+    {SettingsPage::DateAndTime, "gnome-control-center", "datetime"},
+    {SettingsPage::DateAndTime, "systemsettings", "kcm_clock"},
+    {SettingsPage::DateAndTime, "systemsettings5", "kcm_clock"},
+    {SettingsPage::DateAndTime, "cinnamon-settings", "calendar"},
+    {SettingsPage::DateAndTime, "lxqt-admin-time", ""},
+    {SettingsPage::DateAndTime, "time-admin", ""},
+    {SettingsPage::Firewall, "firewall-config", ""},
+    {SettingsPage::Firewall, "gufw", ""},
+    {SettingsPage::Firewall, "systemsettings", "kcm_firewall"},
+    {SettingsPage::Firewall, "systemsettings5", "kcm_firewall"},
+};
+
+bool startDetached(const QString& program, const QStringList& arguments) {
+  QProcess process;
+  process.setProgram(program);
+  process.setArguments(arguments);
+  process.setStandardOutputFile(QProcess::nullDevice());
+  process.setStandardErrorFile(QProcess::nullDevice());
+  return process.startDetached();
+}
 
 AutostartEntry usersEntry() {
   return AutostartEntry(
@@ -24,14 +55,21 @@ DesktopWorkspace::DesktopWorkspace(Log& log) : log_(log) {}
 DesktopWorkspace::~DesktopWorkspace() = default;
 
 void DesktopWorkspace::open(const std::string& path) {
-  QProcess opener;
-  opener.setProgram(QStringLiteral("xdg-open"));
-  opener.setArguments({QString::fromStdString(path)});
-  opener.setStandardOutputFile(QProcess::nullDevice());
-  opener.setStandardErrorFile(QProcess::nullDevice());
-  if (!opener.startDetached()) {
-    log_.warning("Could not open '{}': {}.", path, opener.errorString().toStdString());
+  if (!startDetached(QStringLiteral("xdg-open"), {QString::fromStdString(path)})) {
+    log_.warning("Could not open '{}': xdg-open is not installed.", path);
   }
+}
+
+void DesktopWorkspace::openSettings(SettingsPage page) {
+  for (const SettingsProgram& candidate : SettingsPrograms) {
+    if (candidate.page != page) continue;
+    const QString program = QStandardPaths::findExecutable(QLatin1String(candidate.program));
+    if (program.isEmpty()) continue;
+    const QString argument = QLatin1String(candidate.argument);
+    if (startDetached(program, argument.isEmpty() ? QStringList() : QStringList{argument})) return;
+  }
+  log_.warning("This desktop has no settings of the {} that Zolvar knows.",
+               page == SettingsPage::Firewall ? "firewall" : "date and time");
 }
 
 void DesktopWorkspace::showNotice(const Notice& notice, std::function<void()> onClick) {

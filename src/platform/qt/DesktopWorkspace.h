@@ -17,6 +17,7 @@ class DesktopWorkspace final : public Workspace {
   ~DesktopWorkspace() override;
 
   void open(const std::string& path) override;
+  void openSettings(SettingsPage page) override;
   void showNotice(const Notice& notice, std::function<void()> onClick) override;
   void withdrawNotice(const std::string& key) override;
   /// Of the running program. Fails: as the file system does.

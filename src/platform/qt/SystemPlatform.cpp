@@ -3,6 +3,7 @@
 #include "platform/qt/AvahiServiceDirectory.h"
 #include "platform/qt/DesktopWorkspace.h"
 #include "platform/qt/InlineLanes.h"
+#include "platform/qt/LinuxFirewall.h"
 #include "platform/qt/NetlinkNetworkWatch.h"
 #include "platform/qt/PosixFileSystem.h"
 #include "platform/qt/PosixProcessLauncher.h"
@@ -28,7 +29,8 @@ struct SystemPlatform::Services {
         hosts(services, log),
         defaults(log),
         workspace(log),
-        network(runLoop, log) {
+        network(runLoop, log),
+        firewall(runLoop) {
     log.setDebug(options.isDebug);
   }
 
@@ -46,6 +48,7 @@ struct SystemPlatform::Services {
   QSettingsDefaults defaults;
   DesktopWorkspace workspace;
   NetlinkNetworkWatch network;
+  LinuxFirewall firewall;
   std::unique_ptr<Platform> platform;
 };
 
@@ -59,7 +62,7 @@ Result<std::unique_ptr<SystemPlatform>> SystemPlatform::make(const Options& opti
   all->platform = std::make_unique<Platform>(
       Platform{all->clock, all->random, all->runLoop, lanes, all->fileSystem, all->processes,
                all->services, all->hosts, *all->secrets, all->defaults, all->workspace,
-               all->network, all->log, options.isTestModeActive});
+               all->network, all->firewall, all->log, options.isTestModeActive});
   return std::unique_ptr<SystemPlatform>(new SystemPlatform(std::move(all)));
 }
 
