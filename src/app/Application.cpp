@@ -60,6 +60,14 @@ Result<> Application::prepare() {
   }
   if (!lock) return tl::unexpected(lock.error());
   lock_ = std::move(*lock);
+  if (!settings_.resourceFolder.empty()) {
+    auto blacklist = FolderBlacklist::load(settings_.resourceFolder, platform_.fileSystem);
+    if (blacklist) {
+      blacklist_ = std::move(*blacklist);
+    } else {
+      platform_.log.warning("{}", blacklist.error().message());
+    }
+  }
 
   const std::string directory = joinPath(platform_.fileSystem.homeFolder(), SyncFolderDirectory);
   if (settings_.userId.empty()) settings_.userId = KDFilePool::localUserId(platform_);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/FolderRules.h"
 #include "app/ObserverList.h"
 #include "app/SyncScheduler.h"
 #include "net/KDPeer.h"
@@ -34,7 +35,8 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
     std::optional<Pace> pace;  ///< none: as the default "Pace" says
     KDPeer::PoolClass addressPoolClass;  ///< may be empty
     unsigned port = 49999;
-    std::string userId;  ///< empty: this machine's
+    std::string userId;          ///< empty: this machine's
+    std::string resourceFolder;  ///< where FolderBlacklist.plist lies; empty: there is none
   };
   using Done = std::function<void(Result<>)>;
 
@@ -60,6 +62,7 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   [[nodiscard]] Platform& platform() { return platform_; }
   [[nodiscard]] const Settings& settings() const { return settings_; }
   [[nodiscard]] const Pace& pace() const { return pace_; }
+  [[nodiscard]] const FolderBlacklist& blacklist() const { return blacklist_; }
   [[nodiscard]] bool autoSyncingEnabled() const;
 
   /// Activates (from the network, where our own log is missing) or deactivates a pool and remembers
@@ -108,6 +111,7 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   Settings settings_;
   Platform& platform_;
   Pace pace_;
+  FolderBlacklist blacklist_;
   NotificationCenter center_;
   ObserverList observers_;
   std::unique_ptr<FileLock> lock_;

@@ -66,8 +66,9 @@ void Operations::share(const std::string& folder, const std::optional<std::strin
   FileSystem& fileSystem = application_.platform().fileSystem;
   const std::string path = tidyPath(folder);
   const std::string name(lastPathComponent(path));
-  if (const auto problem = folderProblem(path, name, application_.peer(), fileSystem)) {
-    return done(refusal(*problem));
+  if (const auto problem =
+          folderProblem(path, name, application_.peer(), fileSystem, application_.blacklist())) {
+    return done(refusal(problem->oneLine()));
   }
   if (!fileSystem.isFolder(path)) {
     return done(refusal(fmt::format("There is no folder at '{}'.", path)));
@@ -119,8 +120,9 @@ void Operations::subscribe(const std::string& name, const std::string& folder,
   }
   if (lastPathComponent(path) != name) path = joinPath(path, name);
   FileSystem& fileSystem = application_.platform().fileSystem;
-  if (const auto problem = folderProblem(path, name, application_.peer(), fileSystem)) {
-    return done(refusal(*problem));
+  if (const auto problem =
+          folderProblem(path, name, application_.peer(), fileSystem, application_.blacklist())) {
+    return done(refusal(problem->oneLine()));
   }
   if (auto made = fileSystem.makeFolder(path); !made) return done(std::move(made));
   try {

@@ -203,7 +203,7 @@ TEST_F(ApplicationTest, refusesFoldersThatCannotBeShared) {
       {"Docs", "must be a full one"},
       {"", "must be a full one"},
       {"/data/none", "There is no folder at '/data/none'."},
-      {"/home/user/Docs/inner", "overlaps with the existing shared folder '/home/user/Docs'"},
+      {"/home/user/Docs/inner", "overlaps with the existing shared folder '~/Docs'"},
       {"/home/user", "Zolvar's own files"},
       {"/data/.Trash-0/files/Old", "lies in the Trash"},
       {"/data/Docs", "There is already a Sync Folder with the same name present."},
