@@ -23,9 +23,11 @@ bool isControl(char character) {
   return byte < 0x20 || byte == 0x7F;
 }
 
-/// A user name becomes part of a log's name, so it must be able to.
+/// A user name becomes part of a log's name, so it must be able to. With a colon the name of a
+/// service could be read in two ways.
 bool isUserName(const std::string& user) {
-  return isValidUtf8(user) && user.front() != '.' && user.find('/') == std::string::npos &&
+  return isValidUtf8(user) && user.front() != '.' &&
+         user.find_first_of("/:") == std::string::npos &&
          std::none_of(user.begin(), user.end(), isControl);
 }
 

@@ -101,6 +101,7 @@ TEST(AnnouncementProblem, refusesWhatAStrangerMayNotSay) {
   const std::pair<std::string, TxtRecord> refused[] = {
       {named("an\nna", "alpha.local", 49999, folder), good},
       {named(".anna", "alpha.local", 49999, folder), good},
+      {named("an:na", "alpha.local", 49999, folder), good},
       {named("an\xffna", "alpha.local", 49999, folder), good},
       {named("anna", "evil.example.com", 49999, folder), good},
       {named("anna", "alpha.local -e sh", 49999, folder), good},
