@@ -189,7 +189,7 @@ std::optional<std::string> poolNameProblem(std::string_view name) {
     return fmt::format("The name '{}' begins with '{}', which a shared folder cannot have.", name,
                        name.front());
   }
-  if (isGlobal(name))
+  if (isGlobal(name) || isMetadataPath(name))
     return fmt::format("The name '{}' has another meaning and cannot be used.", name);
   return std::nullopt;
 }

@@ -110,6 +110,7 @@ TEST(PathRules, explainsWhichNamesTheDaemonCannotCarry) {
       {"..", "another meaning"},
       {"global", "another meaning"},
       {"Global", "another meaning"},
+      {".ZOLVAR", "another meaning"},
       {"#list", "begins with"},
       {"-rf", "begins with"},
   };
