@@ -70,7 +70,8 @@ std::optional<std::string> fieldProblem(const Rule& rule, const json& request) {
       return fmt::format("The field '{}' must be a text.", field.name);
     }
   }
-  for (const auto& [key, value] : request.items()) {
+  for (const auto& item : request.items()) {
+    const std::string& key = item.key();
     const bool isKnown =
         key == "command" || std::any_of(rule.fields.begin(), rule.fields.end(),
                                         [&](const Field& field) { return key == field.name; });
