@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <cctype>
 #include <string_view>
 #include <vector>
 
@@ -29,6 +30,19 @@ const std::vector<Choice>& choices() {
 constexpr std::string_view Numbers[] = {"BWLimitIn", "BWLimitOut", "VersionsDays",
                                         "VersionsMegabytes"};
 
+constexpr std::string_view Servers[] = {"TimeServer1", "TimeServer2"};
+constexpr std::size_t LongestHostName = 253;
+
+/// Whether the text can be a host's name or address. No option begins like one.
+bool canBeHost(std::string_view text) {
+  constexpr std::string_view Others = ".-_:";
+  return text.size() <= LongestHostName && !text.starts_with('-') &&
+         std::all_of(text.begin(), text.end(), [&](char character) {
+           return std::isalnum(static_cast<unsigned char>(character)) != 0 ||
+                  Others.find(character) != Others.npos;
+         });
+}
+
 }  // namespace
 
 std::optional<std::string> settingProblem(const std::string& key, const std::string& value) {
@@ -50,6 +64,10 @@ std::optional<std::string> settingProblem(const std::string& key, const std::str
                             return c >= '0' && c <= '9';
                           });
     if (!isNumber) return fmt::format("The setting '{}' is a whole number.", key);
+  }
+  if (std::find(std::begin(Servers), std::end(Servers), key) != std::end(Servers) &&
+      !canBeHost(value)) {
+    return fmt::format("The setting '{}' is the name of a host, or none.", key);
   }
   return std::nullopt;
 }

@@ -11,6 +11,7 @@
 #include "cli/ControlServer.h"
 #include "cli/ControlSocketPath.h"
 #include "cli/SignalPipe.h"
+#include "net/NetworkTime.h"
 #include "platform/Log.h"
 #include "platform/qt/SystemPlatform.h"
 
@@ -37,6 +38,7 @@ int run(bool isDebug) {
 
   Application::Settings settings;
   settings.version = ZOLVAR_VERSION;
+  settings.ownProgram = QCoreApplication::applicationFilePath().toStdString();
   auto made = Application::make(std::move(settings), platform);
   if (!made) return refuse(made.error());
   std::unique_ptr<Application> application = std::move(*made);
@@ -78,12 +80,16 @@ int main(int argc, char** argv) {
       "Keeps shared folders in step; runs in the foreground until it is told to end.", "zolvard"};
   bool isDebug = false;
   arguments.add_flag("--debug", isDebug, "Write debug lines, and all lines to standard error");
+  // What our own clock check starts; an empty group hides it from the help.
+  std::string timeServer;
+  arguments.add_option("--time-query", timeServer)->group("");
   arguments.set_version_flag("--version", "zolvard " ZOLVAR_VERSION);
   try {
     arguments.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return arguments.exit(error) == 0 ? 0 : 2;
   }
+  if (!timeServer.empty()) return zolvar::answerTimeQuery(timeServer);
   // No file operation may depend on where we were started.
   if (::chdir("/") != 0) std::cerr << "Could not change the directory to '/'.\n";
   std::signal(SIGPIPE, SIG_IGN);

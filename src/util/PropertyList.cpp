@@ -135,10 +135,8 @@ class BinaryBounds {
   std::uint64_t visitsLeft_ = 0;
 };
 
-}  // namespace
-
-Result<std::vector<std::string>> stringsFromPropertyList(std::string_view bytes,
-                                                         PropertyListBounds bounds) {
+/// The root of a property list within the bounds.
+Result<Plist> boundedRoot(std::string_view bytes, PropertyListBounds bounds) {
   if (bytes.size() > std::min<std::size_t>(bounds.bytes, std::numeric_limits<int>::max())) {
     return damaged("it is too large");
   }
@@ -146,24 +144,72 @@ Result<std::vector<std::string>> stringsFromPropertyList(std::string_view bytes,
   if (isBinary ? !BinaryBounds(bytes, bounds.depth).hold() : !isShallowXml(bytes, bounds.depth)) {
     return damaged("it is nested too deeply or cut off");
   }
-  const Plist root = parsed(bytes, isBinary);
+  Plist root = parsed(bytes, isBinary);
   if (!root) return damaged("it is not a property list");
-  if (plist_get_node_type(root.get()) != PLIST_ARRAY) return damaged("it is not an array");
+  return root;
+}
 
+std::vector<std::string> stringsOf(plist_t array) {
   std::vector<std::string> strings;
-  strings.reserve(plist_array_get_size(root.get()));
+  strings.reserve(plist_array_get_size(array));
   plist_array_iter position = nullptr;
-  plist_array_new_iter(root.get(), &position);
+  plist_array_new_iter(array, &position);
   const std::unique_ptr<void, Free> positionFreed(position);
   plist_t member = nullptr;
-  for (plist_array_next_item(root.get(), position, &member); member != nullptr;
-       plist_array_next_item(root.get(), position, &member)) {
+  for (plist_array_next_item(array, position, &member); member != nullptr;
+       plist_array_next_item(array, position, &member)) {
     if (plist_get_node_type(member) != PLIST_STRING) continue;
     std::uint64_t length = 0;
     const char* const text = plist_get_string_ptr(member, &length);
     if (text != nullptr) strings.emplace_back(text, length);
   }
   return strings;
+}
+
+/// None for what is neither a truth value nor a number.
+std::optional<bool> flagOf(plist_t node) {
+  if (plist_get_node_type(node) == PLIST_BOOLEAN) {
+    std::uint8_t value = 0;
+    plist_get_bool_val(node, &value);
+    return value != 0;
+  }
+  if (plist_get_node_type(node) != PLIST_UINT) return std::nullopt;
+  std::uint64_t value = 0;
+  plist_get_uint_val(node, &value);
+  return value != 0;
+}
+
+}  // namespace
+
+Result<std::vector<std::string>> stringsFromPropertyList(std::string_view bytes,
+                                                         PropertyListBounds bounds) {
+  const auto root = boundedRoot(bytes, bounds);
+  if (!root) return tl::unexpected(root.error());
+  if (plist_get_node_type(root->get()) != PLIST_ARRAY) return damaged("it is not an array");
+  return stringsOf(root->get());
+}
+
+Result<PropertyDictionary> dictionaryFromPropertyList(std::string_view bytes,
+                                                      PropertyListBounds bounds) {
+  const auto root = boundedRoot(bytes, bounds);
+  if (!root) return tl::unexpected(root.error());
+  if (plist_get_node_type(root->get()) != PLIST_DICT) return damaged("it is not a dictionary");
+  PropertyDictionary dictionary;
+  plist_dict_iter position = nullptr;
+  plist_dict_new_iter(root->get(), &position);
+  const std::unique_ptr<void, Free> positionFreed(position);
+  while (true) {
+    char* key = nullptr;
+    plist_t value = nullptr;
+    plist_dict_next_item(root->get(), position, &key, &value);
+    const std::unique_ptr<void, Free> keyFreed(key);
+    if (value == nullptr || key == nullptr) return dictionary;
+    if (plist_get_node_type(value) == PLIST_ARRAY) {
+      dictionary.lists[key] = stringsOf(value);
+    } else if (const auto flag = flagOf(value)) {
+      dictionary.flags[key] = *flag;
+    }
+  }
 }
 
 std::string propertyListFromStrings(const std::vector<std::string>& strings) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,16 @@ struct PropertyListBounds {
 /// Fails: Damaged (not a property list, not an array, out of bounds).
 Result<std::vector<std::string>> stringsFromPropertyList(std::string_view bytes,
                                                          PropertyListBounds bounds = {});
+
+/// What a property-list dictionary holds under its keys, as far as it is of these kinds.
+struct PropertyDictionary {
+  std::map<std::string, bool> flags;  ///< truth values, and numbers as whether they are not 0
+  std::map<std::string, std::vector<std::string>> lists;  ///< the strings of arrays
+};
+
+/// Fails: Damaged (not a property list, not a dictionary, out of bounds).
+Result<PropertyDictionary> dictionaryFromPropertyList(std::string_view bytes,
+                                                      PropertyListBounds bounds = {});
 
 /// A property-list array of the strings, XML form.
 std::string propertyListFromStrings(const std::vector<std::string>& strings);
