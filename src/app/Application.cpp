@@ -1,8 +1,15 @@
 #include "app/Application.h"
 
+#include <algorithm>
+#include <cmath>
+
+#include "app/Contacts.h"
 #include "app/DiscoveryReactions.h"
+#include "app/EnvironmentChecks.h"
 #include "app/Operations.h"
-#include "app/PoolPlaces.h"
+#include "app/OtherInstance.h"
+#include "app/Outcomes.h"
+#include "app/Pauses.h"
 #include "app/PoolRestorer.h"
 #include "app/TodoRetries.h"
 #include "app/TransferToolCheck.h"
@@ -46,20 +53,30 @@ Application::Application(Settings settings, Platform& platform)
 Application::~Application() {
   *alive_ = false;
   platform_.runLoop.cancel(housekeeping_);
+  environment_.reset();
   discovery_.reset();
   restorer_.reset();
+  pauses_.reset();
   peer_.reset();  // its pools may still ask the scheduler while they go
 }
 
-Result<> Application::prepare() {
+Result<> Application::takeLock() {
   const auto support = platform_.fileSystem.supportFolder();
   if (!support) return tl::unexpected(support.error());
-  auto lock = platform_.fileSystem.lock(joinPath(*support, LockFileName));
-  if (!lock && lock.error().kind == FailureKind::Refused) {
-    return refusal("Zolvar is running already for this user.");
-  }
+  const std::string path = joinPath(*support, LockFileName);
+  const auto isHeld = [](const auto& lock) {
+    return !lock && lock.error().kind == FailureKind::Refused;
+  };
+  auto lock = platform_.fileSystem.lock(path);
+  if (isHeld(lock) && killOtherInstances(platform_, path)) lock = platform_.fileSystem.lock(path);
+  if (isHeld(lock)) return refusal("Zolvar is running already for this user.");
   if (!lock) return tl::unexpected(lock.error());
   lock_ = std::move(*lock);
+  return {};
+}
+
+Result<> Application::prepare() {
+  if (auto locked = takeLock(); !locked) return locked;
   if (!settings_.resourceFolder.empty()) {
     auto blacklist = FolderBlacklist::load(settings_.resourceFolder, platform_.fileSystem);
     if (blacklist) {
@@ -72,6 +89,12 @@ Result<> Application::prepare() {
   const std::string directory = joinPath(platform_.fileSystem.homeFolder(), SyncFolderDirectory);
   if (settings_.userId.empty()) settings_.userId = KDFilePool::localUserId(platform_);
   places_ = std::make_unique<PoolPlaces>(platform_.defaults, platform_.fileSystem, directory);
+  pauses_ = std::make_unique<Pauses>(
+      platform_, [this](const std::string& poolName) { pausesChanged(poolName); });
+  contacts_ = std::make_unique<Contacts>(*this);
+  outcomes_ = std::make_unique<Outcomes>(*this);
+  observers_.add(*contacts_);
+  observers_.add(*outcomes_);
   participants_ = std::make_unique<KDParticipants>(settings_.userId, platform_.log);
   bonjour_ = std::make_unique<KDBonjour>(platform_, center_);
 
@@ -81,6 +104,7 @@ Result<> Application::prepare() {
   peerSettings.userId = settings_.userId;
   peerSettings.delegate = this;
   peerSettings.addressPoolClass = settings_.addressPoolClass;
+  peerSettings.isPaused = [this](const std::string& name) { return isPaused(name); };
   auto peer = KDPeer::make(std::move(peerSettings), platform_, center_, *bonjour_);
   if (!peer) return tl::unexpected(peer.error());
   peer_ = std::move(*peer);
@@ -95,6 +119,7 @@ Result<> Application::prepare() {
   discovery_ = std::make_unique<DiscoveryReactions>(platform_, center_, pace_, *peer_,
                                                     *participants_, *scheduler_, observers_);
   checks_ = platform_.lanes.start("checks");
+  environment_ = std::make_unique<EnvironmentChecks>(*this);
   observeNotifications();
   return {};
 }
@@ -118,6 +143,8 @@ void Application::observeNotifications() {
   }));
   keep(center_.observe<KDSyncDidEndNotification>([this](const auto& ended) {
     if (!ended.KDLoadedFiles.empty()) retries_->noteProgress(ended.pool->name());
+    // Who can be reached has changed, and with it the folder's state.
+    observers_.tell([&](auto& observer) { observer.poolDidChange(*ended.pool); });
   }));
   keep(center_.observe<KDPoolWarning>([this](const auto& warning) {
     const std::string name = warning.pool != nullptr ? warning.pool->name() : std::string();
@@ -156,6 +183,7 @@ void Application::start() {
     restorePools();
   });
   checkTransferTool();
+  environment_->start();
   observeDefaults();
   platform_.defaults.setString("KnownVersion", settings_.version);
 }
@@ -225,6 +253,7 @@ void Application::lookAfterThings() {
 
 void Application::shutDown(std::function<void()> done) {
   isShuttingDown_ = true;
+  environment_->stop();
   scheduler_->stop();
   platform_.runLoop.cancel(housekeeping_);
   if (const auto& syncing = scheduler_->syncingParticipant()) {
@@ -242,6 +271,7 @@ void Application::setFilePool(KDFilePool& pool, bool active, Done done) {
     if (phase != PoolPhase::Inactive && phase != PoolPhase::Leaving) leave(pool);
     places_->setSubscribed(pool.name(), false);
     restorer_->forget(pool.name());
+    pauses_->resume(pool.name());
     done({});
     return;
   }
@@ -333,9 +363,6 @@ void Application::noteMissingFiles(KDFilePool& pool) {
 // What pools ask.
 
 void Application::poolPathsNotAccessible(KDFilePool& pool) {
-  platform_.log.warning(
-      "Synced Folder '{}' is not accessible to Zolvar. Please check the path '{}'.", pool.name(),
-      pool.folderPath());
   observers_.tell([&](auto& observer) { observer.poolPathsNotAccessible(pool); });
 }
 
@@ -360,6 +387,45 @@ bool Application::isSyncing(const ParticipantAddress& participant) {
 void Application::poolDidMove(KDFilePool& pool) {
   places_->setPath(pool.name(), pool.folderPath());
   observers_.tell([&](auto& observer) { observer.poolDidChange(pool); });
+}
+
+bool Application::isPaused(const std::string& poolName) const {
+  return pauses_ != nullptr && pauses_->isPaused(poolName);
+}
+
+void Application::pausesChanged(const std::string& poolName) {
+  for (const auto& pool : peer_->filePools()) {
+    if (!poolName.empty() && pool->name() != poolName) continue;
+    if (isPaused(pool->name())) {
+      scheduler_->giveUpSync(pool->name());
+      peer_->deannouncePool(pool->name());
+    } else if (pool->isActive() || pool->phase() == PoolPhase::Recovering) {
+      queueAllParticipants(*pool);
+    }
+    observers_.tell([&](auto& observer) { observer.poolDidChange(*pool); });
+  }
+  if (!isStarted_) return;
+  const auto single = poolName.empty() ? nullptr : peer_->poolNamed(poolName);
+  if (poolName.empty() || single) center_.post(KDPoolDidChangeCriticalData{single.get()});
+}
+
+void Application::noteClock(double badSeconds) {
+  isClockOff_ = std::abs(badSeconds) > MostBadSeconds;
+  for (const auto& pool : peer_->filePools()) {
+    observers_.tell([&](auto& observer) { observer.poolDidChange(*pool); });
+  }
+}
+
+const std::vector<StoredPlace>& Application::missingPlaces() const { return restorer_->missing(); }
+
+bool Application::isWaitingForDrive(const std::string& poolName) const {
+  const auto& missing = missingPlaces();
+  return std::any_of(missing.begin(), missing.end(),
+                     [&](const StoredPlace& place) { return place.name == poolName; });
+}
+
+const TxtRecord* Application::announcement(const std::string& serviceName) const {
+  return bonjour_->announcementInfo(serviceName);
 }
 
 KDPoolPresence* Application::presence(const std::string& poolName) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,6 +9,7 @@
 
 #include "app/FolderRules.h"
 #include "app/ObserverList.h"
+#include "app/PoolPlaces.h"
 #include "app/SyncScheduler.h"
 #include "net/KDPeer.h"
 #include "platform/UserDefaults.h"
@@ -15,11 +17,14 @@
 
 namespace zolvar {
 
+class Contacts;
 class DiscoveryReactions;
+class EnvironmentChecks;
 class FileLock;
 class KDBonjour;
 class KDParticipants;
-class PoolPlaces;
+class Outcomes;
+class Pauses;
 class PoolRestorer;
 class TodoRetries;
 
@@ -36,12 +41,14 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
     KDPeer::PoolClass addressPoolClass;  ///< may be empty
     unsigned port = 49999;
     std::string userId;          ///< empty: this machine's
+    std::string ownProgram;      ///< path, answers "--time-query"; empty: the clock is not checked
+    bool startsAtLogin = false;  ///< enters us into what the desktop starts, until it is undone
     std::string resourceFolder;  ///< where FolderBlacklist.plist lies; empty: there is none
   };
   using Done = std::function<void(Result<>)>;
 
-  /// Takes the lock and makes the peer. Fails: Refused (another Zolvar runs for this user),
-  /// Transient (a folder of ours cannot be made).
+  /// Takes the lock, for which another Zolvar of this user is ended and waited for, and makes the
+  /// peer. Fails: Refused (the other one goes on), Transient (a folder of ours cannot be made).
   static Result<std::unique_ptr<Application>> make(Settings settings, Platform& platform);
   ~Application() override;
 
@@ -55,8 +62,20 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   void addObserver(ApplicationObserver& observer) { observers_.add(observer); }
   void removeObserver(ApplicationObserver& observer) { observers_.remove(observer); }
 
+  /// Calls `call(observer)` for each observer.
+  template <class Call>
+  void tell(const Call& call) const {
+    observers_.tell(call);
+  }
+
   [[nodiscard]] KDPeer& peer() { return *peer_; }
   [[nodiscard]] SyncScheduler& scheduler() { return *scheduler_; }
+  [[nodiscard]] const SyncScheduler& scheduler() const { return *scheduler_; }
+  [[nodiscard]] Outcomes& outcomes() { return *outcomes_; }
+  [[nodiscard]] const Outcomes& outcomes() const { return *outcomes_; }
+  [[nodiscard]] Pauses& pauses() { return *pauses_; }
+  [[nodiscard]] const Pauses& pauses() const { return *pauses_; }
+  [[nodiscard]] const Contacts& contacts() const { return *contacts_; }
   [[nodiscard]] PoolPlaces& places() { return *places_; }
   [[nodiscard]] NotificationCenter& center() { return center_; }
   [[nodiscard]] Platform& platform() { return platform_; }
@@ -64,6 +83,15 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   [[nodiscard]] const Pace& pace() const { return pace_; }
   [[nodiscard]] const FolderBlacklist& blacklist() const { return blacklist_; }
   [[nodiscard]] bool autoSyncingEnabled() const;
+  /// The last announcement of a service; null when it is not announced.
+  [[nodiscard]] const TxtRecord* announcement(const std::string& serviceName) const;
+  /// What the clock check has found: seconds that this computer's clock is off, at most about 10 of
+  /// which do no harm.
+  void noteClock(double badSeconds);
+  [[nodiscard]] bool isClockOff() const { return isClockOff_; }
+  /// Subscribed folders of the last run that are not there (a drive that is not mounted).
+  [[nodiscard]] const std::vector<StoredPlace>& missingPlaces() const;
+  [[nodiscard]] bool isWaitingForDrive(const std::string& poolName) const;
 
   /// Activates (from the network, where our own log is missing) or deactivates a pool and remembers
   /// it. `done` is told when the pool is active, waits for its own log, or is left.
@@ -77,6 +105,7 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
  private:
   Application(Settings settings, Platform& platform);
   Result<> prepare();
+  Result<> takeLock();
   void observeNotifications();
   void observeDefaults();
 
@@ -97,6 +126,9 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   void queueAllParticipants(KDFilePool& pool);
   void noteMissingFiles(KDFilePool& pool);
 
+  /// Pauses began or ended: of one pool, or of all ("").
+  void pausesChanged(const std::string& poolName);
+
   // What pools ask.
   void poolPathsNotAccessible(KDFilePool& pool) override;
   void shouldDeleteFiles(KDFilePool& pool, const DeleteQuestion& question) override;
@@ -107,6 +139,7 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   KDPoolPresence* presence(const std::string& poolName) override;
   unsigned clientBandwidthLimit() override;
   void completeActivation(KDFilePool& pool) override;
+  [[nodiscard]] bool isPaused(const std::string& poolName) const override;
 
   Settings settings_;
   Platform& platform_;
@@ -116,6 +149,9 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   ObserverList observers_;
   std::unique_ptr<FileLock> lock_;
   std::unique_ptr<PoolPlaces> places_;
+  std::unique_ptr<Pauses> pauses_;
+  std::unique_ptr<Contacts> contacts_;
+  std::unique_ptr<Outcomes> outcomes_;
   std::unique_ptr<KDParticipants> participants_;
   std::unique_ptr<KDBonjour> bonjour_;
   std::unique_ptr<KDPeer> peer_;
@@ -123,11 +159,13 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   std::unique_ptr<TodoRetries> retries_;
   std::unique_ptr<PoolRestorer> restorer_;
   std::unique_ptr<DiscoveryReactions> discovery_;
+  std::unique_ptr<EnvironmentChecks> environment_;
   std::vector<NotificationCenter::Observation> observations_;
   std::vector<std::unique_ptr<UserDefaults::Observation>> defaultsObservations_;
   std::shared_ptr<Lane> checks_;
   RunLoop::Id housekeeping_ = 0;
   unsigned poolsToGo_ = 0;  ///< restored pools whose activation is not through
+  bool isClockOff_ = false;
   bool isRestoring_ = false;
   bool isStarted_ = false;
   bool isShuttingDown_ = false;

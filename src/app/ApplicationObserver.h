@@ -3,6 +3,7 @@
 #include <set>
 #include <string>
 
+#include "app/OutcomeTexts.h"
 #include "pool/ParticipantAddress.h"
 #include "pool/PoolSnapshot.h"
 
@@ -38,6 +39,8 @@ class ApplicationObserver {
   virtual void conflictDidOccur(KDFilePool& /*pool*/, const std::string& /*path*/) {}
   /// Vanished files wait for an answer; a later call for the same pool replaces the question.
   virtual void questionDidArise(KDFilePool& /*pool*/, const DeleteQuestion& /*question*/) {}
+  /// A notice about an outcome, as the desktop gets it.
+  virtual void noticeWasPosted(const OutcomeNotice& /*notice*/) {}
   /// The passwords of the two sides differ. Once a participant, until a sync with it works.
   virtual void passwordDidFail(KDFilePool& /*pool*/, KDParticipant& /*participant*/) {}
   /// A pool's folder cannot be reached; once until it is back.

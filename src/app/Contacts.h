@@ -24,19 +24,20 @@ struct Contact {
 };
 
 /// What came of the last contact with each participant, as long as it is announced; whoever comes
-/// back starts as merely seen. Owned by the application, which hands it every sync's end before all
-/// other observers. Main thread.
-class Contacts {
+/// back starts as merely seen. Owned by the application, and the first of its observers. Main
+/// thread.
+class Contacts : public ApplicationObserver {
  public:
-  explicit Contacts(const Application& application) : application_(application) {}
+  explicit Contacts(Application& application) : application_(application) {}
 
-  void note(const SyncReport& report);
+  [[nodiscard]] Contact of(const KDParticipant& participant) const;
+
+  void syncDidEnd(const SyncReport& report) override;
   /// Forgets who is not announced any more.
-  void noteParticipants(const KDFilePool& pool);
-  [[nodiscard]] Contact of(const ParticipantAddress& participant) const;
+  void poolDidChange(KDFilePool& pool) override;
 
  private:
-  const Application& application_;
+  Application& application_;
   std::map<std::string, std::map<std::string, Contact>> contacts_;  ///< pool → participant
 };
 

@@ -30,19 +30,20 @@ enum class FolderStateKind {
 /// What the state is made of.
 struct FolderFacts {
   PoolPhase phase = PoolPhase::Inactive;
+  bool isSubscribed = false;  ///< also while its drive is away
   bool isPaused = false;
   bool isAccessible = true;
   bool isPasswordReadable = true;
   bool isClockOff = false;
   bool hasQuestion = false;
-  bool isScanned = false;      ///< a whole scan has ended since the folder became active
-  std::size_t conflicts = 0;   ///< files
-  std::size_t missing = 0;     ///< files
-  std::size_t obtainable = 0;  ///< of the missing: somebody reachable has them, as far as we know
-  std::size_t present = 0;     ///< others that are seen
-  std::size_t unasked = 0;     ///< of these: not contacted yet, or announced news since
-  std::size_t reachable = 0;   ///< of these: the last contact worked
-  std::size_t differing = 0;   ///< of these: refused for a different password
+  bool isScanned = false;     ///< a whole scan has ended since the folder became active
+  std::size_t conflicts = 0;  ///< files
+  std::size_t missing = 0;    ///< files
+  bool isObtainable = false;  ///< somebody reachable has one of the missing
+  std::size_t present = 0;    ///< others that are seen
+  std::size_t unasked = 0;    ///< of these: not contacted yet, or announced news since
+  std::size_t reachable = 0;  ///< of these: the last contact worked
+  std::size_t differing = 0;  ///< of these: refused for a different password
   bool isSyncing = false;
   std::size_t filesDone = 0;    ///< of the copy run in progress
   std::size_t filesWanted = 0;  ///< 0: no copy run

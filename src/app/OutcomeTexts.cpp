@@ -20,6 +20,10 @@ std::string counted(const PoolText& pool, std::size_t count) {
   return fmt::format("{} {}", count, isOne ? "file" : "files");
 }
 
+std::string described(const PoolText& pool, const std::string& path) {
+  return pool.describe ? pool.describe(path) : path;
+}
+
 }  // namespace
 
 std::map<std::string, std::vector<std::string>> registrationDictionary() {
@@ -34,11 +38,11 @@ bool isAddressPoolName(const std::string& poolName) {
 
 // Notices.
 
-std::string fileList(const std::vector<std::string>& files) {
+std::string fileList(const PoolText& pool, const std::vector<std::string>& files) {
   std::string text;
   for (std::size_t i = 0; i < files.size(); ++i) {
     if (i == LongestFileList) return text + "\n...";
-    text += "\n" + files[i];
+    text += "\n" + described(pool, files[i]);
   }
   return text;
 }
@@ -48,7 +52,7 @@ OutcomeNotice successNotice(const PoolText& pool, const std::set<std::string>& l
   return {SyncSuccessNotice,
           pool.name,
           fmt::format("Got {} in '{}':", counted(pool, files.size()), pool.displayName),
-          fileList(files),
+          fileList(pool, files),
           false,
           {}};
 }
@@ -66,18 +70,19 @@ OutcomeNotice deletionNotice(const PoolText& pool, const std::set<std::string>& 
   return {DeletionNotice,
           pool.name,
           pool.isAddressPool ? "Moved Addresses to Trash" : "Moved Files to Trash",
-          header + fileList(files),
+          header + fileList(pool, files),
           false,
           {}};
 }
 
 OutcomeNotice conflictNotice(const PoolText& pool, const std::string& path, std::size_t versions) {
-  return {ConflictNotice,
-          pool.name,
-          fmt::format("Conflict in Folder '{}':", pool.displayName),
-          fmt::format("'{}' has {} different/conflicting versions.", path, versions),
-          true,
-          ClickContext{ConflictNotice, pool.name, path}};
+  return {
+      ConflictNotice,
+      pool.name,
+      fmt::format("Conflict in Folder '{}':", pool.displayName),
+      fmt::format("'{}' has {} different/conflicting versions.", described(pool, path), versions),
+      true,
+      ClickContext{ConflictNotice, pool.name, path}};
 }
 
 // Questions.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -42,11 +43,12 @@ struct PoolText {
   std::string name;
   std::string displayName;
   bool isAddressPool = false;
+  std::function<std::string(const std::string& path)> describe;  ///< empty: the path itself
 };
 [[nodiscard]] bool isAddressPoolName(const std::string& poolName);
 
 /// At most 15 lines, each with a line feed before it; "\n..." after them when there are more.
-std::string fileList(const std::vector<std::string>& files);
+std::string fileList(const PoolText& pool, const std::vector<std::string>& files);
 
 /// Counts and lists the visible ones of `loaded`.
 OutcomeNotice successNotice(const PoolText& pool, const std::set<std::string>& loaded);

@@ -1,12 +1,15 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 
 #include "app/ApplicationObserver.h"
 #include "app/FrontEnd.h"
+#include "util/Failure.h"
 
 namespace zolvar {
 
@@ -33,8 +36,16 @@ class Outcomes : public ApplicationObserver {
   /// What a click on a notice leads to; other contexts than a conflict's lead nowhere.
   /// Requires: the pool ("Pool %@ cannot be found.").
   void noticeWasClicked(const ClickContext& context);
-  /// Posts a notice as any outcome's is posted.
-  void post(const OutcomeNotice& notice);
+  /// Posts a notice as any outcome's is posted; one of the same key takes the place of the other.
+  void post(const OutcomeNotice& notice, const std::string& key);
+
+  // Questions about files: vanished ones, which the pool has found, or missing ones that a person
+  // wants to give up. One a pool is open; the newer takes the other's place.
+  /// Asks whether missing files are to be deleted on the network. Requires: paths.
+  void askToDeleteQueuedFiles(KDFilePool& pool, const std::set<std::string>& paths);
+  [[nodiscard]] std::optional<DeleteQuestion> openQuestion(const KDFilePool& pool) const;
+  /// Codes 1000 (fetch again) and 1001 (delete everywhere). Fails (Refused): no question is open.
+  void answer(KDFilePool& pool, int code, std::function<void(Result<>)> done);
 
   void syncDidEnd(const SyncReport& report) override;
   void filesWereDeleted(KDFilePool& pool, const std::set<std::string>& paths) override;
@@ -45,16 +56,32 @@ class Outcomes : public ApplicationObserver {
   void poolDidChange(KDFilePool& pool) override;
 
  private:
+  /// A conflict's notice waits for the snapshot that counts its versions.
+  struct ConflictState {
+    std::set<std::string> shown;
+    std::map<std::string, std::uint64_t> waiting;  ///< path → serial of the snapshot when it came
+  };
+  struct Asked {
+    std::uint64_t question = 0;
+    std::uint64_t serial = 0;  ///< of the snapshot when it was asked
+  };
+
   void askAboutDeletion(KDFilePool& pool, const DeleteQuestion& question);
-  void withdrawConflicts(KDFilePool& pool);
+  void withdrawSettledQuestion(const KDFilePool& pool);
+  void updateConflicts(KDFilePool& pool);
+  void postConflict(KDFilePool& pool, const Conflict& conflict);
+  [[nodiscard]] static PoolText textOf(const KDFilePool& pool);
 
   Application& application_;
   std::unique_ptr<FrontEnd> logging_;
   FrontEnd* frontEnd_;
   bool isPasswordFailurePanelShowing_ = false;
-  std::map<std::string, std::uint64_t> asked_;                    ///< pool → id of its question
-  std::map<std::string, std::set<std::string>> conflictNotices_;  ///< pool → paths with a notice
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);    ///< answers look at it
+  std::map<std::string, Asked> asked_;              ///< by pool name
+  std::map<std::string, DeleteQuestion> givenUp_;   ///< by pool name
+  std::map<std::string, ConflictState> conflicts_;  ///< by pool name
+  std::map<std::string, std::string> errors_;       ///< text on the screen, by key
+  std::uint64_t lastGivenUp_ = 0;
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  ///< answers look at it
 };
 
 }  // namespace zolvar

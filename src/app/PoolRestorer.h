@@ -33,6 +33,8 @@ class PoolRestorer {
   void retryMissing();
   /// No longer looks for a pool: it got a place, or is not wanted any more.
   void forget(const std::string& poolName);
+  /// The subscribed folders that are looked for.
+  [[nodiscard]] const std::vector<StoredPlace>& missing() const { return missing_; }
 
  private:
   void search(std::vector<StoredPlace> places, std::function<void()> done);

@@ -85,7 +85,7 @@ void SyncScheduler::syncWithAllParticipantsInPool(const KDPoolPresence& presence
 
 bool SyncScheduler::isReady(const KDParticipant& participant) {
   auto* presence = owner_.presence(participant.poolName());
-  if (presence == nullptr) return false;
+  if (presence == nullptr || owner_.isPaused(participant.poolName())) return false;
   const PoolPhase phase = presence->pool().phase();
   const PasswordState password = presence->pool().passwordState();
   return (phase == PoolPhase::Active || phase == PoolPhase::Recovering) &&
@@ -121,6 +121,7 @@ bool SyncScheduler::refusesUnprotected(const Participant& participant, KDPoolPre
                          AuthenticationFailed,
                          statusText(AuthenticationFailed),
                          {}});
+    observer.poolDidChange(presence.pool());
   });
   return true;
 }
@@ -153,6 +154,16 @@ void SyncScheduler::forgetPool(const std::string& poolName) {
     syncing_.reset();
     checkLater();
   }
+}
+
+void SyncScheduler::giveUpSync(const std::string& poolName) {
+  if (!syncing_ || syncing_->poolName() != poolName) return;
+  platform_.log.debug("The sync with {} is given up.", syncing_->description());
+  const Participant given = std::move(syncing_);
+  syncing_.reset();
+  if (auto* presence = owner_.presence(poolName)) presence->pool().terminateTask();
+  enqueue(given);
+  checkLater();
 }
 
 bool SyncScheduler::isSyncing(const ParticipantAddress& participant) const {

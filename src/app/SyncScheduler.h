@@ -31,6 +31,8 @@ class SyncScheduler {
     virtual unsigned clientBandwidthLimit() = 0;
     /// A sync of the pool ended with everything that was wanted of the logs.
     virtual void completeActivation(KDFilePool& pool) = 0;
+    /// Nothing of the pool is synced meanwhile.
+    [[nodiscard]] virtual bool isPaused(const std::string& /*poolName*/) const { return false; }
   };
   using Participant = SyncQueue::Participant;
 
@@ -52,6 +54,8 @@ class SyncScheduler {
   void retryPool(const std::string& poolName);
   /// Takes a pool that is being left out of the queue; its running sync is given up.
   void forgetPool(const std::string& poolName);
+  /// Gives up the pool's running sync; what is queued stays so.
+  void giveUpSync(const std::string& poolName);
   void removeFromQueue(const Participant& participant) { queue_.removeAll(participant); }
 
   [[nodiscard]] const Participant& syncingParticipant() const { return syncing_; }

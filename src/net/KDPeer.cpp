@@ -216,7 +216,7 @@ DaemonConfiguration KDPeer::configuration() const {
                                     passwordFilePath(), settings_.owner, {}};
   for (const auto& [name, presence] : presences_) {
     const KDFilePool& pool = presence->pool();
-    if (!pool.isActive() || servingProblem(*presence)) continue;
+    if (!pool.isActive() || isPaused(pool) || servingProblem(*presence)) continue;
     configuration.modules.push_back(
         {name, pool.folderPath(), pool.nameHash(), !pool.password().empty()});
   }

@@ -42,6 +42,8 @@ class KDPeer {
     KDFilePoolDelegate* delegate = nullptr;
     PoolClass addressPoolClass;  ///< for paths that end in ".zolvaraddresses"; may be empty
     std::optional<DaemonOwner> owner = currentDaemonOwner();
+    /// Neither served nor announced meanwhile; may be empty.
+    std::function<bool(const std::string& poolName)> isPaused;
   };
 
   /// Makes the base path. Fails when it is no folder afterwards.
@@ -117,6 +119,9 @@ class KDPeer {
  private:
   KDPeer(Settings settings, Platform& platform, NotificationCenter& center, KDBonjour& bonjour,
          const std::string& supportFolder);
+  [[nodiscard]] bool isPaused(const KDFilePool& pool) const {
+    return settings_.isPaused && settings_.isPaused(pool.name());
+  }
   /// Why an active pool gets no module and no announcement, one sentence; none when it does.
   [[nodiscard]] std::optional<std::string> servingProblem(const KDPoolPresence& presence) const;
   [[nodiscard]] DaemonConfiguration configuration() const;

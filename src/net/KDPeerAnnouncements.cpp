@@ -72,7 +72,7 @@ void KDPeer::reannounceAllPools() {
 
 void KDPeer::criticalPoolDataDidChange(KDFilePool* pool) {
   if (pool != nullptr && presence(*pool) == nullptr) return;
-  if (pool != nullptr && !pool->isActive()) deannouncePool(pool->name());
+  if (pool != nullptr && (!pool->isActive() || isPaused(*pool))) deannouncePool(pool->name());
   const std::string name = pool == nullptr ? "" : pool->name();
   server_->restart([this, name](const Result<>&) {
     KDPoolPresence* found = name.empty() ? nullptr : presence(name);
@@ -96,6 +96,10 @@ void KDPeer::serverDidChange(bool running, const std::string& trouble) {
 /// Announces the pool or refreshes its announcement; withdraws it when the pool cannot be served.
 void KDPeer::publish(KDPoolPresence& presence) {
   const std::string name = presence.pool().name();
+  if (isPaused(presence.pool())) {
+    presence.revokeAnnouncement();
+    return;
+  }
   if (const auto problem = servingProblem(presence)) {
     presence.revokeAnnouncement();
     if (presence.pool().passwordState() != PasswordState::Unknown) warn(presence, *problem);
