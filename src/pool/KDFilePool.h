@@ -13,6 +13,7 @@
 #include "pool/ParticipantAddress.h"
 #include "pool/PoolNotifications.h"
 #include "pool/PoolSnapshot.h"
+#include "pool/VersionStore.h"
 #include "util/Failure.h"
 #include "util/NotificationCenter.h"
 
@@ -77,6 +78,10 @@ class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
   [[nodiscard]] bool hasFullFolderPath() const;
   [[nodiscard]] std::string name() const;
   [[nodiscard]] virtual std::string displayName() const { return name(); }
+  /// A file as people know it.
+  [[nodiscard]] virtual std::string descriptionForFile(const std::string& path) const {
+    return path;
+  }
   [[nodiscard]] std::string logsPath() const;
   [[nodiscard]] std::string nameHash() const;  ///< hexHash of the name: the daemon's user name
   [[nodiscard]] std::string description() const;
@@ -126,6 +131,11 @@ class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
   void answerQuestion(std::uint64_t questionId, int code, Done done);  ///< 1000 re-get, 1001 delete
   void deleteMissing(const std::set<std::string>& paths, Done done);   ///< logs them as deleted
   void treeDescription(const std::string& path, std::function<void(Result<std::string>)> done);
+  /// Versions of a file that fetches have replaced, newest first.
+  void keptVersions(const std::string& path,
+                    std::function<void(Result<std::vector<StoredVersion>>)> done);
+  /// Puts one of them back in place as a change of ours; what lies there is kept in turn.
+  void restoreVersion(const std::string& path, const std::string& id, Done done);
   /// Fetches one version to a file outside the folder, from whichever of `participants` has it.
   void fetchVersion(const std::string& path, const VersionId& version, const std::string& to,
                     std::vector<ParticipantAddress> participants, Done done);

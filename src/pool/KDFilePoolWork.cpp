@@ -123,6 +123,20 @@ void KDFilePool::treeDescription(const std::string& path,
                            std::move(done));
 }
 
+void KDFilePool::keptVersions(const std::string& path,
+                              std::function<void(Result<std::vector<StoredVersion>>)> done) {
+  onStateLane<std::vector<StoredVersion>>(
+      [path, hash = nameHash(), &platform = platform_](KDPoolState&) {
+        return VersionStore(platform).versionsOf(hash, path);
+      },
+      std::move(done));
+}
+
+void KDFilePool::restoreVersion(const std::string& path, const std::string& id, Done done) {
+  onStateLane<void>([=](KDPoolState& state) { return state.restoreVersion(path, id); },
+                    std::move(done));
+}
+
 void KDFilePool::fetchVersion(const std::string& path, const VersionId& version,
                               const std::string& to, std::vector<ParticipantAddress> participants,
                               Done done) {

@@ -4,7 +4,9 @@
 #include "platform/Platform.h"
 #include "pool/KDPoolState.h"
 #include "pool/ScanDecision.h"
+#include "pool/VersionStore.h"
 #include "util/InconsistencyError.h"
+#include "util/hexHash.h"
 
 namespace zolvar {
 
@@ -194,6 +196,17 @@ Result<> KDPoolState::deleteBranch(const std::string& path, const VersionId& ver
 Result<std::string> KDPoolState::treeDescription(const std::string& path) const {
   if (!tree_) return fail(FailureKind::Refused, "describe", path, "the folder is not active");
   return tree_->treeDescription(path);
+}
+
+Result<> KDPoolState::restoreVersion(const std::string& path, const std::string& id) {
+  if (!isAccessible()) {
+    return fail(FailureKind::Absent, "restore files in", settings_.folderPath,
+                "the folder is not accessible");
+  }
+  const auto restored =
+      VersionStore(platform_).restore(hexHash(settings_.poolName), path, id, *folder_);
+  if (restored) listener_->scanWanted();
+  return restored;
 }
 
 Result<double> KDPoolState::modTimeOf(const std::string& path, const VersionId& version) const {

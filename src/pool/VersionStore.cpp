@@ -87,13 +87,20 @@ std::string VersionStore::relative(const std::string& runFolder) const {
 }
 
 Result<std::string> VersionStore::startRun(const std::string& poolHash) {
+  return startFolder(poolHash, "", OpenSuffix);
+}
+
+Result<std::string> VersionStore::startFolder(const std::string& poolHash, std::string_view prefix,
+                                              std::string_view suffix) {
   if (const auto opened = open(); !opened) return tl::unexpected(opened.error());
   const std::string pool = joinPath(StoreName, poolHash);
   const auto seconds = static_cast<std::int64_t>(platform_.clock.now());
   for (unsigned number = 0; number < MostRunsASecond; ++number) {
-    const std::string closed = fmt::format("{}/{}-{}", pool, seconds, number);
-    const std::string run = closed + std::string(OpenSuffix);
-    if (folder_->attributes(closed) || folder_->attributes(run)) continue;
+    const std::string closed = fmt::format("{}/{}-{}{}", pool, seconds, prefix, number);
+    if (folder_->attributes(closed) || folder_->attributes(closed + std::string(OpenSuffix))) {
+      continue;
+    }
+    const std::string run = closed + std::string(suffix);
     if (const auto made = folder_->makeDirectories(run); !made) return tl::unexpected(made.error());
     return joinPath(support_, run);
   }
@@ -146,44 +153,121 @@ Result<> VersionStore::closeRun(const std::string& runFolder) {
   return folder_->rename(run, run.substr(0, run.size() - OpenSuffix.size()));
 }
 
+// Getting versions back.
+
+Result<std::vector<StoredVersion>> VersionStore::versionsOf(const std::string& poolHash,
+                                                            const std::string& path) {
+  if (const auto opened = open(); !opened) return tl::unexpected(opened.error());
+  std::vector<StoredVersion> versions;
+  const std::string pool = joinPath(StoreName, poolHash);
+  const auto runs = folder_->list(pool);
+  if (!runs) {
+    if (runs.error().kind == FailureKind::Absent) return versions;
+    return tl::unexpected(runs.error());
+  }
+  for (const auto& [name, attributes] : *runs) {
+    const auto start = startOfRun(name);
+    if (!start || name.ends_with(OpenSuffix) || attributes.kind != FileKind::Directory) continue;
+    const auto file = folder_->attributes(joinPath(joinPath(pool, name), path));
+    if (!file || (file->kind != FileKind::Regular && file->kind != FileKind::Link)) continue;
+    versions.push_back({name, *start, file->modTime, file->size});
+  }
+  std::sort(versions.begin(), versions.end(),
+            [](const StoredVersion& left, const StoredVersion& right) {
+              return std::tie(right.keptAt, right.id) < std::tie(left.keptAt, left.id);
+            });
+  return versions;
+}
+
+Result<> VersionStore::restore(const std::string& poolHash, const std::string& path,
+                               const std::string& id, Folder& folder) {
+  const auto versions = versionsOf(poolHash, path);
+  if (!versions) return tl::unexpected(versions.error());
+  if (std::none_of(versions->begin(), versions->end(),
+                   [&](const StoredVersion& version) { return version.id == id; })) {
+    return fail(FailureKind::Absent, "find the kept version", path, "there is none of " + id);
+  }
+  const std::string kept = joinPath(joinPath(joinPath(StoreName, poolHash), id), path);
+  const auto current = folder.attributes(path);
+  auto time = static_cast<std::int64_t>(platform_.clock.now());
+  if (current && current->kind == FileKind::Directory) {
+    return fail(FailureKind::Refused, "restore", path, "a folder lies at this place");
+  }
+  if (current) {
+    time = std::max(time, current->modTime + 1);
+    if (const auto saved = keepBeforeRestore(poolHash, path, folder); !saved) return saved;
+  } else if (current.error().kind != FailureKind::Absent) {
+    return tl::unexpected(current.error());
+  }
+  // The time first: nobody must ever see the old content with its old time in the folder.
+  if (const auto timed = folder_->setModTime(kept, time); !timed) return timed;
+  if (const std::string parent(parentPath(path)); !parent.empty()) {
+    if (const auto made = folder.makeDirectories(parent); !made) return made;
+  }
+  return folder.moveIn(joinPath(support_, kept), path);
+}
+
+/// A second name for the file goes into the store; its own is then taken over by another file.
+Result<> VersionStore::keepBeforeRestore(const std::string& poolHash, const std::string& path,
+                                         Folder& folder) {
+  const auto root = folder.currentPath();
+  if (!root) return tl::unexpected(root.error());
+  const std::string aside = joinPath(MetadataFolderName, ".restoring");
+  static_cast<void>(folder.removeFile(aside));
+  if (const auto linked = folder.link(path, aside); !linked) return linked;
+  // Closed from the start, since nothing has to be settled; and of another name, since a copy run
+  // may start in the same second.
+  const auto run = startFolder(poolHash, "r", "");
+  if (!run) return tl::unexpected(run.error());
+  const std::string place = joinPath(relative(*run), path);
+  if (const auto made = folder_->makeDirectories(std::string(parentPath(place))); !made) {
+    return made;
+  }
+  return folder_->moveIn(joinPath(*root, aside), place);
+}
+
+// Pruning.
+
 Result<> VersionStore::prune(const VersionLimits& limits) {
   if (const auto opened = open(); !opened) return opened;
   if (!folder_->attributes(StoreName)) return {};
   const auto pools = folder_->list(StoreName);
   if (!pools) return tl::unexpected(pools.error());
+  for (const auto& [pool, attributes] : *pools) {
+    if (attributes.kind == FileKind::Directory) prunePool(joinPath(StoreName, pool), limits);
+  }
+  return {};
+}
 
+void VersionStore::prunePool(const std::string& pool, const VersionLimits& limits) {
+  const auto runs = folder_->list(pool);
+  if (!runs) return;
   std::vector<KeptVersion> versions;
   std::map<std::string, std::size_t> filesInRun;
-  for (const auto& [pool, unused] : *pools) {
-    const auto runs = folder_->list(joinPath(StoreName, pool));
-    if (!runs) continue;
-    for (const auto& [name, attributes] : *runs) {
-      const auto start = startOfRun(name);
-      const bool isOpen = name.ends_with(OpenSuffix);
-      if (!start || isOpen || attributes.kind != FileKind::Directory) continue;
-      const std::string run = fmt::format("{}/{}/{}", StoreName, pool, name);
-      std::size_t& count = filesInRun[run];
-      folder_->walk(
-          run,
-          [&, seconds = *start](std::string_view path, const FileAttributes& file) {
-            if (file.kind == FileKind::Directory) return Folder::Visit::Enter;
-            versions.push_back({std::string(path), seconds, file.size});
-            ++count;
-            return Folder::Visit::Skip;
-          },
-          [&count](std::string_view, const Failure&) { ++count; });  // not seen whole: it stays
-    }
+  for (const auto& [name, attributes] : *runs) {
+    const auto start = startOfRun(name);
+    const bool isOpen = name.ends_with(OpenSuffix);
+    if (!start || isOpen || attributes.kind != FileKind::Directory) continue;
+    const std::string run = joinPath(pool, name);
+    std::size_t& count = filesInRun[run];
+    folder_->walk(
+        run,
+        [&, seconds = *start](std::string_view path, const FileAttributes& file) {
+          if (file.kind == FileKind::Directory) return Folder::Visit::Enter;
+          versions.push_back({std::string(path), seconds, file.size});
+          ++count;
+          return Folder::Visit::Skip;
+        },
+        [&count](std::string_view, const Failure&) { ++count; });  // not seen whole: it stays
   }
   for (const std::string& path : versionsToRemove(versions, platform_.clock.now(), limits)) {
     if (!folder_->removeFile(path)) continue;
-    // versions/POOLHASH/RUN/...
-    const std::size_t runEnd = path.find('/', path.find('/', StoreName.size() + 1) + 1);
+    const std::size_t runEnd = path.find('/', pool.size() + 1);
     --filesInRun[path.substr(0, runEnd)];
   }
   for (const auto& [run, count] : filesInRun) {
     if (count == 0) static_cast<void>(folder_->removeTree(run));
   }
-  return {};
 }
 
 }  // namespace zolvar

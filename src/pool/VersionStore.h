@@ -32,14 +32,23 @@ struct KeptVersion {
   std::uint64_t size = 0;
 };
 
-/// Which versions go: those older than the days, and then the oldest ones until the rest is within
-/// the megabytes. Without limits set to keep any: all.
+/// A version of one path that can be had back.
+struct StoredVersion {
+  std::string id;           ///< name of the run that kept it
+  std::int64_t keptAt = 0;  ///< when it was replaced, seconds since 1970
+  std::int64_t modTime = 0;
+  std::uint64_t size = 0;
+};
+
+/// Which of one pool's versions go: those older than the days, and then the oldest ones until the
+/// rest is within the megabytes. Without limits set to keep any: all.
 std::set<std::string> versionsToRemove(std::vector<KeptVersion> versions, double now,
                                        const VersionLimits& limits);
 
 /// Content that copy runs replaced, in the support folder:
 ///
 ///     versions/POOLHASH/SECONDS-NUMBER/path in the pool
+///     versions/POOLHASH/SECONDS-rNUMBER/path in the pool      (replaced by a restored version)
 ///
 /// with a folder for each run, named for the run's start. The transfer tool itself moves what it
 /// replaces there. A run's folder has the suffix ".open" until someone has looked through it for
@@ -59,11 +68,23 @@ class VersionStore {
   Result<std::vector<ReplacedFile>> replacedFiles(const std::string& runFolder);
   /// The run has been looked through; removes its folder when nothing is in it.
   Result<> closeRun(const std::string& runFolder);
-  /// Removes what the limits do not cover, and runs that have become empty.
+  /// The versions of a path that closed runs have kept, newest first.
+  Result<std::vector<StoredVersion>> versionsOf(const std::string& poolHash,
+                                                const std::string& path);
+  /// Puts a version back in its place in the pool's folder, with the time `now` or, where a file
+  /// lies there, a time after that file's; that file is kept in turn. The restored version leaves
+  /// the store. Fails: Absent (no such version), Refused (a folder lies there).
+  Result<> restore(const std::string& poolHash, const std::string& path, const std::string& id,
+                   Folder& folder);
+  /// Removes what the limits do not cover of each pool, and runs that have become empty.
   Result<> prune(const VersionLimits& limits);
 
  private:
   Result<> open();
+  Result<std::string> startFolder(const std::string& poolHash, std::string_view prefix,
+                                  std::string_view suffix);
+  Result<> keepBeforeRestore(const std::string& poolHash, const std::string& path, Folder& folder);
+  void prunePool(const std::string& pool, const VersionLimits& limits);
   [[nodiscard]] std::string relative(const std::string& runFolder) const;
 
   Platform& platform_;
