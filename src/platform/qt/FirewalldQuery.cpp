@@ -1,14 +1,16 @@
 #include "platform/qt/FirewalldQuery.h"
 
 #include <QDBusArgument>
-#include <QDBusError>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
+#include <QLatin1String>
 #include <QList>
 #include <QMap>
 #include <QPair>
 #include <QStringList>
 #include <QVariantMap>
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace zolvar {
@@ -19,6 +21,12 @@ const QString Service = QStringLiteral("org.fedoraproject.FirewallD1");
 const QString Path = QStringLiteral("/org/fedoraproject/FirewallD1");
 constexpr const char* Main = "org.fedoraproject.FirewallD1";
 constexpr const char* Zone = "org.fedoraproject.FirewallD1.zone";
+/// What a bus says when the service does not run, or when there is no bus.
+constexpr QLatin1String Absences[] = {
+    QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner"),
+    QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown"),
+    QLatin1String("org.freedesktop.DBus.Error.Disconnected"),
+};
 constexpr int Patience = 5000;  // milliseconds a call
 
 using Ports = QList<QPair<QString, QString>>;
@@ -52,8 +60,9 @@ FirewalldQuery::FirewalldQuery(QDBusConnection bus, std::set<std::string> interf
       answered_(std::move(answered)) {
   call(Zone, "getActiveZones", {}, [this](const QDBusMessage& reply) {
     if (isAnswer(reply)) return readDefaultZone(reply);
-    const bool isThere = reply.errorName() != QDBusError::errorString(QDBusError::ServiceUnknown) &&
-                         reply.errorName() != QDBusError::errorString(QDBusError::Disconnected);
+    const QString& error = reply.errorName();
+    const bool isThere =
+        std::find(std::begin(Absences), std::end(Absences), error) == std::end(Absences);
     finish(isThere ? std::optional(FirewallAnswer::CannotTell) : std::nullopt);
   });
 }
