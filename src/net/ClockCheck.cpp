@@ -64,6 +64,7 @@ std::optional<double> ClockCheck::ask(const std::string& server) {
   double time = 0;
   const auto [rest, error] = std::from_chars(output.data(), output.data() + output.size(), time);
   if (end.status == 0 && !end.silenced && error == std::errc() && *rest == '\n') return time;
+  while (errors.ends_with('\n')) errors.pop_back();
   platform_.log.debug("The time server '{}' gave no answer. {}", server, errors);
   return std::nullopt;
 }

@@ -24,7 +24,8 @@ class FirewalldQuery final : public QObject {
  public:
   using Answered = std::function<void(std::optional<FirewallAnswer>)>;
 
-  /// `interfaces`: those by which others reach us. `answered` comes on a later turn, once.
+  /// `interfaces`: those by which others reach us; `bus` is connected. `answered` comes on a later
+  /// turn, once.
   FirewalldQuery(QDBusConnection bus, std::set<std::string> interfaces, unsigned tcpPort,
                  Answered answered);
 

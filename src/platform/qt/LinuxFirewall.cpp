@@ -25,8 +25,10 @@ void LinuxFirewall::ask(unsigned tcpPort, std::function<void(FirewallAnswer)> an
       answer(firewalld.value_or(ufw.value_or(FirewallAnswer::CannotTell)));
     });
   };
-  queries_[number] = std::make_unique<FirewalldQuery>(
-      QDBusConnection::systemBus(), localNetworkInterfaces(), tcpPort, std::move(answered));
+  const QDBusConnection bus = QDBusConnection::systemBus();
+  if (!bus.isConnected()) return answered(std::nullopt);  // calls over it would never end
+  queries_[number] =
+      std::make_unique<FirewalldQuery>(bus, localNetworkInterfaces(), tcpPort, std::move(answered));
 }
 
 }  // namespace zolvar
