@@ -15,6 +15,7 @@
 #include "app/TransferToolCheck.h"
 #include "net/KDBonjour.h"
 #include "net/KDParticipants.h"
+#include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/Lanes.h"
 #include "platform/Log.h"
@@ -27,6 +28,7 @@ namespace {
 constexpr const char* SyncFolderDirectory = "Public/Zolvar";
 constexpr const char* LockFileName = "zolvar.lock";
 constexpr double HousekeepingSeconds = 60;
+constexpr double PruningSeconds = 24 * 60 * 60;
 // What the question about vanished files is answered with.
 constexpr int ReGet = 1000;
 constexpr int DeleteEverywhere = 1001;
@@ -161,8 +163,14 @@ void Application::observeNotifications() {
 }
 
 void Application::observeDefaults() {
-  defaultsObservations_.push_back(platform_.defaults.observe(
-      "BWLimitOut", [this] { center_.post(KDPoolDidChangeCriticalData{nullptr}); }));
+  const auto observe = [this](const char* key, std::function<void()> changed) {
+    defaultsObservations_.push_back(platform_.defaults.observe(key, std::move(changed)));
+  };
+  // Settings that nobody reads at the moment of their use.
+  observe("BWLimitOut", [this] { center_.post(KDPoolDidChangeCriticalData{nullptr}); });
+  observe("ShowOnlyActivePools", [this] { noteListChanged(); });
+  observe("VersionsDays", [this] { pruneVersions(); });
+  observe("VersionsMegabytes", [this] { pruneVersions(); });
 }
 
 bool Application::autoSyncingEnabled() const {
@@ -186,6 +194,7 @@ void Application::start() {
   environment_->start();
   observeDefaults();
   platform_.defaults.setString("KnownVersion", settings_.version);
+  platform_.defaults.setString("NSShowNonLocalizedStrings", platform_.log.isDebug() ? "1" : "0");
 }
 
 void Application::restorePools() {
@@ -249,6 +258,16 @@ void Application::warn(const std::string& poolName, const std::string& sentence)
 void Application::lookAfterThings() {
   if (isRestoring_ || isShuttingDown_) return;
   restorer_->retryMissing();
+  if (platform_.clock.now() - lastPruning_ >= PruningSeconds) pruneVersions();
+}
+
+void Application::pruneVersions() {
+  lastPruning_ = platform_.clock.now();
+  checks_->post([&platform = platform_, limits = VersionLimits::fromDefaults(platform_.defaults)] {
+    if (const auto pruned = VersionStore(platform).prune(limits); !pruned) {
+      platform.log.warning("{}", pruned.error().message());
+    }
+  });
 }
 
 void Application::shutDown(std::function<void()> done) {

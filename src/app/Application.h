@@ -99,6 +99,8 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   /// Leaves the pool if need be, puts its folder with all data into the Trash and forgets its
   /// place.
   void removePool(KDFilePool& pool, Done done);
+  /// Logs a sentence and tells the observers. `poolName` is empty when it is about the program.
+  void warn(const std::string& poolName, const std::string& sentence);
   /// Pools came or went, or one moved, by a front end's doing.
   void noteListChanged();
 
@@ -116,8 +118,7 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   void startServer();
   void checkTransferTool();
   void lookAfterThings();
-  /// Logs a sentence and tells the observers. `poolName` is empty when it is about the program.
-  void warn(const std::string& poolName, const std::string& sentence);
+  void pruneVersions();
 
   // Activation.
   void leave(KDFilePool& pool);
@@ -164,6 +165,7 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   std::vector<std::unique_ptr<UserDefaults::Observation>> defaultsObservations_;
   std::shared_ptr<Lane> checks_;
   RunLoop::Id housekeeping_ = 0;
+  double lastPruning_ = 0;  ///< seconds since 1970
   unsigned poolsToGo_ = 0;  ///< restored pools whose activation is not through
   bool isClockOff_ = false;
   bool isRestoring_ = false;

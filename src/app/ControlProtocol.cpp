@@ -4,6 +4,7 @@
 #include "app/ControlRequest.h"
 #include "app/ControlViews.h"
 #include "app/Operations.h"
+#include "app/Pauses.h"
 #include "app/WatchEvents.h"
 #include "util/InconsistencyError.h"
 
@@ -55,10 +56,17 @@ void ControlProtocol::dispatch(const ControlRequest& request) {
     case Use:
     case Drop:
     case Fetch:
+    case Versions:
+    case Restore:
       return dispatchVersion(request);
+    case Pause:
+    case Resume:
+      return dispatchPause(request);
     case Sync:
       return dispatchSync(request);
     case Answer:
+    case GiveUp:
+    case Ignore:
     case Get:
     case Set:
     case Watch:
@@ -73,7 +81,14 @@ void ControlProtocol::dispatchFolder(const ControlRequest& request) {
   const std::string name = request.text("name");
   switch (request.command()) {
     case ControlCommand::Share:
-      return operations_.share(request.text("folder"), password, replyLater());
+      return operations_.share(request.text("folder"), password,
+                               [this, alive = std::weak_ptr<bool>(alive_),
+                                folder = request.text("folder")](const Result<>& shared) {
+                                 if (alive.expired()) return;
+                                 const auto warning = operations_.warningAbout(folder);
+                                 if (!shared || !warning) return reply(shared);
+                                 replyData({{"warning", *warning}});
+                               });
     case ControlCommand::Subscribe: {
       const std::string folder = request.text("folder");
       if (!folder.empty() && !folder.starts_with('/')) {
@@ -139,6 +154,10 @@ void ControlProtocol::dispatchVersion(const ControlRequest& request) {
       return operations_.dropVersion(name, path, version, replyLater());
     case ControlCommand::Fetch:
       return operations_.fetchVersion(name, path, version, request.text("to"), replyLater());
+    case ControlCommand::Versions:
+      return listVersions(request);
+    case ControlCommand::Restore:
+      return operations_.restore(name, path, request.text("when"), replyLater());
     default:
       return operations_.tree(name, path,
                               [this, alive = std::weak_ptr<bool>(alive_)](const auto& tree) {
@@ -146,6 +165,27 @@ void ControlProtocol::dispatchVersion(const ControlRequest& request) {
                                 replyWith(tree, [](const auto& text) { return json(text); });
                               });
   }
+}
+
+void ControlProtocol::listVersions(const ControlRequest& request) {
+  operations_.versions(request.text("name"), request.text("path"),
+                       [this, alive = std::weak_ptr<bool>(alive_)](const auto& versions) {
+                         if (alive.expired()) return;
+                         replyWith(versions,
+                                   [](const auto& members) { return views::viewAll(members); });
+                       });
+}
+
+void ControlProtocol::dispatchPause(const ControlRequest& request) {
+  std::optional<std::string> name;
+  if (request.has("name")) name = request.text("name");
+  if (request.command() == ControlCommand::Resume) return reply(operations_.resume(name));
+  std::optional<double> seconds;
+  if (request.has("for")) {
+    seconds = Pauses::parseDuration(request.text("for"));
+    if (!seconds) return replyRefusal("How long is told like 90s, 15m, 1h, 1h30m or 2d.");
+  }
+  reply(operations_.pause(name, seconds));
 }
 
 void ControlProtocol::dispatchSync(const ControlRequest& request) {
@@ -182,6 +222,14 @@ void ControlProtocol::dispatchProgram(const ControlRequest& request) {
       }
       return operations_.answer(request.text("name"), answer == "delete", replyLater());
     }
+    case ControlCommand::GiveUp: {
+      std::set<std::string> paths;
+      if (request.has("path")) paths.insert(request.text("path"));
+      return reply(operations_.deleteQueuedFiles(request.text("name"), paths));
+    }
+    case ControlCommand::Ignore:
+      return reply(
+          operations_.ignore(request.text("name"), request.text("user"), !request.flag("undo")));
     case ControlCommand::Get: {
       const auto value = operations_.setting(request.text("key"));
       return replyData(value ? json(*value) : json());

@@ -42,6 +42,8 @@ class ControlProtocol {
   void dispatchFolder(const ControlRequest& request);
   void dispatchListing(const ControlRequest& request);
   void dispatchVersion(const ControlRequest& request);
+  void listVersions(const ControlRequest& request);
+  void dispatchPause(const ControlRequest& request);
   void dispatchProgram(const ControlRequest& request);
   void dispatchSync(const ControlRequest& request);
   void listMissing(const ControlRequest& request);

@@ -52,6 +52,12 @@ std::span<const Rule> rules() {
       {"status", Status, {}},
       {"watch", Watch, {}},
       {"quit", Quit, {}},
+      {"versions", Versions, {name, {"path", Text}}},
+      {"restore", Restore, {name, {"path", Text}, {"when", Text}}},
+      {"give-up", GiveUp, {name, {"path", OptionalText}}},
+      {"ignore", Ignore, {name, {"user", Text}, {"undo", OptionalFlag}}},
+      {"pause", Pause, {{"name", OptionalText}, {"for", OptionalText}}},
+      {"resume", Resume, {{"name", OptionalText}}},
   };
   return all;
 }

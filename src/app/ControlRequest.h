@@ -32,6 +32,12 @@ enum class ControlCommand {
   Status,
   Watch,
   Quit,
+  Versions,
+  Restore,
+  GiveUp,
+  Ignore,
+  Pause,
+  Resume,
 };
 
 /// One request of the control protocol, checked: the command is known, its required fields are

@@ -4,8 +4,27 @@ namespace zolvar::views {
 
 using nlohmann::json;
 
+namespace {
+
+const char* standingWord(Contact::Standing standing) {
+  switch (standing) {
+    case Contact::Standing::Seen:
+      return "seen";
+    case Contact::Standing::Reachable:
+      return "reachable";
+    case Contact::Standing::Unreachable:
+      return "unreachable";
+  }
+  return "";
+}
+
+}  // namespace
+
 json view(const PoolInfo& info) {
   return {{"name", info.name},
+          {"state", info.state.text},
+          {"stateWord", stateWord(info.state.kind)},
+          {"pausedUntil", info.pausedUntil ? json(*info.pausedUntil) : json()},
           {"folder", info.folder},
           {"active", info.phase == PoolPhase::Active},
           {"phase", phaseName(info.phase)},
@@ -25,7 +44,27 @@ json view(const ParticipantInfo& info) {
           {"local", info.isLocal},
           {"ignored", info.isIgnored},
           {"lastSync", info.lastSync},
-          {"passwordRequired", info.passwordRequired}};
+          {"passwordRequired", info.passwordRequired},
+          {"contact", standingWord(info.contact.standing)},
+          {"reason", info.contact.reason}};
+}
+
+json view(const StoredVersion& version) {
+  return {{"id", version.id},
+          {"when", whenText(version.keptAt)},
+          {"keptAt", version.keptAt},
+          {"modTime", version.modTime},
+          {"size", version.size}};
+}
+
+json view(const OutcomeNotice& notice) {
+  json view = {{"notice", notice.name},
+               {"name", notice.poolName},
+               {"title", notice.title},
+               {"text", notice.description},
+               {"sticky", notice.isSticky}};
+  if (notice.click) view["path"] = notice.click->fileName;
+  return view;
 }
 
 json view(const Conflict& conflict) {
@@ -59,9 +98,19 @@ json view(const ProgramStatus& status) {
     syncing = {{"name", status.sync->poolName}, {"participant", status.sync->participant}};
     syncing["progress"] = status.sync->progress ? view(*status.sync->progress) : json();
   }
-  return {{"userId", status.userId},     {"port", status.port ? json(*status.port) : json()},
-          {"version", status.version},   {"daemonRunning", status.port.has_value()},
-          {"started", status.isStarted}, {"syncing", std::move(syncing)}};
+  json folders = json::array();
+  for (const auto& [name, state] : status.folders) {
+    folders.push_back(
+        {{"name", name}, {"state", state.text}, {"stateWord", stateWord(state.kind)}});
+  }
+  return {{"folders", std::move(folders)},
+          {"pausedUntil", status.pausedUntil ? json(*status.pausedUntil) : json()},
+          {"userId", status.userId},
+          {"port", status.port ? json(*status.port) : json()},
+          {"version", status.version},
+          {"daemonRunning", status.port.has_value()},
+          {"started", status.isStarted},
+          {"syncing", std::move(syncing)}};
 }
 
 json view(const SyncOutcome& outcome) {

@@ -13,6 +13,8 @@ nlohmann::json view(const PoolInfo& info);
 nlohmann::json view(const ParticipantInfo& info);
 nlohmann::json view(const Conflict& conflict);
 nlohmann::json view(const OpenQuestion& question);
+nlohmann::json view(const StoredVersion& version);
+nlohmann::json view(const OutcomeNotice& notice);
 nlohmann::json view(const TransferProgress& progress);
 nlohmann::json view(const ProgramStatus& status);
 nlohmann::json view(const SyncOutcome& outcome);

@@ -73,6 +73,10 @@ bool isInTrash(std::string_view path) {
   return found;
 }
 
+std::string completedPath(const std::string& path, const std::string& name) {
+  return name.empty() || lastPathComponent(path) == name ? path : joinPath(path, name);
+}
+
 std::string abbreviateHome(const std::string& path, const std::string& homeFolder) {
   if (homeFolder.empty() || homeFolder == "/" || !isWithin(path, homeFolder)) return path;
   return "~" + path.substr(homeFolder.size());

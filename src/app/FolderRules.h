@@ -22,6 +22,9 @@ std::string tidyPath(std::string_view path);
 /// Whether a path lies in a Trash of the desktop.
 [[nodiscard]] bool isInTrash(std::string_view path);
 
+/// `path`, with `name` added unless that is its last component already or empty.
+std::string completedPath(const std::string& path, const std::string& name);
+
 /// The home folder at a path's beginning becomes "~".
 std::string abbreviateHome(const std::string& path, const std::string& homeFolder);
 

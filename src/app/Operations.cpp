@@ -4,8 +4,10 @@
 
 #include "app/Application.h"
 #include "app/FolderRules.h"
+#include "app/Outcomes.h"
+#include "app/Pauses.h"
+#include "app/PoolListOrder.h"
 #include "app/PoolPlaces.h"
-#include "app/SettingRules.h"
 #include "app/SyncWait.h"
 #include "net/KDParticipant.h"
 #include "platform/FileSystem.h"
@@ -16,19 +18,8 @@
 namespace zolvar {
 namespace {
 
-constexpr int ReGet = 1000;
-constexpr int DeleteEverywhere = 1001;
-
 bool isLeft(const KDFilePool& pool) {
   return pool.phase() == PoolPhase::Inactive || pool.phase() == PoolPhase::Leaving;
-}
-
-std::vector<ParticipantAddress> remoteAddresses(const KDPoolPresence& presence) {
-  std::vector<ParticipantAddress> addresses;
-  for (const auto& participant : presence.participants()) {
-    if (!participant->isLocalParticipant()) addresses.push_back(participant->address());
-  }
-  return addresses;
 }
 
 }  // namespace
@@ -79,7 +70,7 @@ void Operations::share(const std::string& folder, const std::optional<std::strin
     if (!isLeft(*pool)) {
       return done(refusal("There is already a Sync Folder with the same name present."));
     }
-    if (!remoteAddresses(*presence).empty()) {
+    if (!presence->remoteAddresses().empty()) {
       return done(refusal(fmt::format(
           "Others share a folder named '{}' already. Subscribe to it, or choose another name.",
           name)));
@@ -101,8 +92,14 @@ void Operations::share(const std::string& folder, const std::optional<std::strin
   }
   application_.places().setPath(name, path);
   if (auto started = pool->startLocalLog(); !started) return done(std::move(started));
+  if (const auto warning = warningAbout(path)) application_.warn(name, *warning);
   application_.noteListChanged();
   place(*pool, password, std::move(done));
+}
+
+std::optional<std::string> Operations::warningAbout(const std::string& folder) const {
+  return folderWarning(tidyPath(folder), application_.platform().fileSystem,
+                       application_.blacklist());
 }
 
 void Operations::subscribe(const std::string& name, const std::string& folder,
@@ -118,7 +115,7 @@ void Operations::subscribe(const std::string& name, const std::string& folder,
     path = pool.hasFullFolderPath() ? pool.folderPath()
                                     : application_.places().trackedPathForPoolName(name);
   }
-  if (lastPathComponent(path) != name) path = joinPath(path, name);
+  path = completedPath(path, name);
   FileSystem& fileSystem = application_.platform().fileSystem;
   if (const auto problem =
           folderProblem(path, name, application_.peer(), fileSystem, application_.blacklist())) {
@@ -178,6 +175,20 @@ std::vector<PoolInfo> Operations::list() const {
   for (const auto& [name, presence] : application_.peer().filePoolsByName()) {
     pools.push_back(info(*presence));
   }
+  for (const auto& place : application_.missingPlaces()) {
+    if (application_.peer().presence(place.name) != nullptr) continue;
+    PoolInfo info;
+    info.name = place.name;
+    info.folder = place.path;
+    FolderFacts facts;
+    facts.isSubscribed = true;
+    facts.isAccessible = false;
+    facts.isPaused = application_.pauses().isPaused(place.name);
+    info.state = folderState(facts);
+    info.pausedUntil = application_.pauses().pausedUntil(place.name);
+    pools.push_back(std::move(info));
+  }
+  sortPools(pools);
   return pools;
 }
 
@@ -189,7 +200,7 @@ PoolInfo Operations::info(const KDPoolPresence& presence) const {
   info.name = pool.name();
   if (pool.hasFullFolderPath()) info.folder = pool.folderPath();
   info.phase = pool.phase();
-  info.participants = remoteAddresses(presence).size();
+  info.participants = presence.remoteAddresses().size();
   info.isAnnounced = presence.isAnnounced() || info.participants > 0;
   info.missing = snapshot->missing->size();
   info.conflicts = snapshot->conflicts->size();
@@ -198,6 +209,8 @@ PoolInfo Operations::info(const KDPoolPresence& presence) const {
                           presence.passwordRequiredByAnyParticipant();
   info.isSyncing = syncing && syncing->poolName() == info.name;
   info.trouble = snapshot->trouble;
+  info.state = folderState(folderFacts(application_, presence));
+  info.pausedUntil = application_.pauses().pausedUntil(info.name);
   return info;
 }
 
@@ -208,7 +221,7 @@ Result<std::vector<ParticipantInfo>> Operations::participants(const std::string&
   for (const auto& participant : (*presence)->participants()) {
     result.push_back({participant->address(), participant->isLocalParticipant(),
                       participant->isIgnored(), participant->lastSyncDate(),
-                      participant->passwordRequired()});
+                      participant->passwordRequired(), application_.contacts().of(*participant)});
   }
   return result;
 }
@@ -247,8 +260,9 @@ void Operations::tree(const std::string& name, const std::string& path,
 std::vector<OpenQuestion> Operations::questions() const {
   std::vector<OpenQuestion> questions;
   for (const auto& [name, presence] : application_.peer().filePoolsByName()) {
-    const auto snapshot = presence->pool().snapshot();
-    if (snapshot->question) questions.push_back({name, *snapshot->question});
+    if (const auto question = application_.outcomes().openQuestion(presence->pool())) {
+      questions.push_back({name, *question});
+    }
   }
   return questions;
 }
@@ -265,56 +279,12 @@ ProgramStatus Operations::status() const {
     status.sync = SyncInProgress{syncing->poolName(), syncing->userId(),
                                  pool ? pool->progress() : std::nullopt};
   }
+  for (const auto& pool : list()) {
+    if (pool.state.kind == FolderStateKind::NotSubscribed) continue;
+    status.folders.emplace_back(pool.name, pool.state);
+  }
+  status.pausedUntil = application_.pauses().pausedUntil("");
   return status;
-}
-
-// Versions.
-
-void Operations::onVersion(const std::string& name, const std::string& path, const std::string& id,
-                           const Done& done,
-                           const std::function<void(KDFilePool&, const VersionId&)>& act) {
-  const auto pool = subscribed(name);
-  if (!pool) return done(tl::unexpected(pool.error()));
-  if (!isSafeRelativePath(path)) {
-    return done(refusal(fmt::format("'{}' is no path of a file in '{}'.", path, name)));
-  }
-  const auto version = VersionId::parse(id);
-  if (!version) return done(refusal(fmt::format("'{}' is no id of a version.", id)));
-  act(**pool, *version);
-}
-
-void Operations::useVersion(const std::string& name, const std::string& path, const std::string& id,
-                            Done done) {
-  onVersion(name, path, id, done,
-            [&](auto& pool, const auto& version) { pool.selectBranch(path, version, done); });
-}
-
-void Operations::dropVersion(const std::string& name, const std::string& path,
-                             const std::string& id, Done done) {
-  onVersion(name, path, id, done,
-            [&](auto& pool, const auto& version) { pool.deleteBranch(path, version, done); });
-}
-
-void Operations::fetchVersion(const std::string& name, const std::string& path,
-                              const std::string& id, const std::string& to, Done done) {
-  if (!to.starts_with('/')) {
-    return done(refusal("The path to fetch to must be a full one, beginning with '/'."));
-  }
-  onVersion(name, path, id, done, [&](auto& pool, const auto& version) {
-    pool.fetchVersion(path, version, to, remoteAddresses(*application_.peer().presence(name)),
-                      done);
-  });
-}
-
-void Operations::answer(const std::string& name, bool deletes, Done done) {
-  const auto pool = subscribed(name);
-  if (!pool) return done(tl::unexpected(pool.error()));
-  const auto snapshot = (*pool)->snapshot();
-  if (!snapshot->question) {
-    return done(refusal(fmt::format("There is no open question about '{}'.", name)));
-  }
-  (*pool)->answerQuestion(snapshot->question->id, deletes ? DeleteEverywhere : ReGet,
-                          std::move(done));
 }
 
 // Syncs.
@@ -323,6 +293,7 @@ Result<> Operations::sync(const std::optional<std::string>& name) {
   if (name) {
     const auto pool = subscribed(*name);
     if (!pool) return tl::unexpected(pool.error());
+    if (const auto paused = pauseProblem(*name)) return tl::unexpected(*paused);
     application_.scheduler().syncWithAllParticipantsInPool(*application_.peer().presence(*name));
     return {};
   }
@@ -339,6 +310,7 @@ Result<> Operations::syncAndWait(const std::string& name,
                                  std::function<void(Result<SyncOutcome>)> done) {
   const auto pool = subscribed(name);
   if (!pool) return tl::unexpected(pool.error());
+  if (const auto paused = pauseProblem(name)) return tl::unexpected(*paused);
   if ((*pool)->passwordState() == PasswordState::Unreadable) {
     return refusal(fmt::format("The password of '{}' cannot be read; nothing is synced.", name));
   }
@@ -353,23 +325,6 @@ Result<> Operations::syncAndWait(const std::string& name,
   auto wait = std::make_unique<SyncWait>(application_, name, std::move(callbacks));
   *slot = wait.get();
   (*waits_.insert(std::move(wait)).first)->start();
-  return {};
-}
-
-// Settings.
-
-std::optional<std::string> Operations::setting(const std::string& key) const {
-  return application_.platform().defaults.string(key);
-}
-
-Result<> Operations::set(const std::string& key, const std::string& value) {
-  if (const auto problem = settingProblem(key, value)) return refusal(*problem);
-  auto& defaults = application_.platform().defaults;
-  if (value.empty()) {
-    defaults.remove(key);
-  } else {
-    defaults.setString(key, value);
-  }
   return {};
 }
 

@@ -7,8 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "app/Contacts.h"
+#include "app/FolderState.h"
 #include "pool/ParticipantAddress.h"
 #include "pool/PoolSnapshot.h"
+#include "pool/VersionStore.h"
 #include "util/Failure.h"
 
 namespace zolvar {
@@ -30,6 +33,8 @@ struct PoolInfo {
   bool passwordRequired = false;
   bool isSyncing = false;
   std::string trouble;  ///< one sentence while something keeps it from working
+  FolderState state;
+  std::optional<double> pausedUntil;  ///< seconds since 1970; 0: until resumed; none: not paused
 };
 
 struct ParticipantInfo {
@@ -38,6 +43,7 @@ struct ParticipantInfo {
   bool isIgnored = false;
   double lastSync = 0;  ///< seconds since 1970; 0: never
   bool passwordRequired = false;
+  Contact contact;
 };
 
 struct MissingFile {
@@ -62,6 +68,8 @@ struct ProgramStatus {
   std::optional<unsigned> port;  ///< none while the daemon does not run
   bool isStarted = false;        ///< the pools of the last run are back
   std::optional<SyncInProgress> sync;
+  std::vector<std::pair<std::string, FolderState>> folders;  ///< subscribed ones, by name
+  std::optional<double> pausedUntil;                         ///< of everything; as in PoolInfo
 };
 
 /// How a sync with everyone went.
@@ -94,6 +102,8 @@ class Operations {
   Result<> unsubscribe(const std::string& name);
   void remove(const std::string& name, Done done);
   void setPassword(const std::string& name, const std::string& password, Done done);
+  /// Something to know of a folder that can be shared all the same; none for nothing.
+  [[nodiscard]] std::optional<std::string> warningAbout(const std::string& folder) const;
 
   // What is there.
   [[nodiscard]] std::vector<PoolInfo> list() const;
@@ -113,8 +123,24 @@ class Operations {
                    Done done);
   void fetchVersion(const std::string& name, const std::string& path, const std::string& id,
                     const std::string& to, Done done);
+  /// Asks (a question to be answered) whether missing files are to be deleted on the whole network;
+  /// without paths: all that are missing.
+  Result<> deleteQueuedFiles(const std::string& name, const std::set<std::string>& paths);
   /// `deletes`: on the whole network; else the files are fetched again.
   void answer(const std::string& name, bool deletes, Done done);
+
+  // Versions that fetches have replaced.
+  void versions(const std::string& name, const std::string& path,
+                std::function<void(Result<std::vector<StoredVersion>>)> done);
+  /// `when`: the id of a kept version, or the beginning of the time it was kept at, see whenText.
+  void restore(const std::string& name, const std::string& path, const std::string& when,
+               Done done);
+
+  // Pauses; without a name: of everything.
+  Result<> pause(const std::optional<std::string>& name, std::optional<double> seconds);
+  Result<> resume(const std::optional<std::string>& name);
+  /// No further complaints about the participant's different password, until the program ends.
+  Result<> ignore(const std::string& name, const std::string& userId, bool ignored);
 
   // Syncs.
   Result<> sync(const std::optional<std::string>& name);
@@ -125,14 +151,19 @@ class Operations {
                        std::function<void(Result<SyncOutcome>)> done);
 
   // Settings.
+  /// "activePools" reads as a JSON array of names.
   [[nodiscard]] std::optional<std::string> setting(const std::string& key) const;
-  /// An empty value removes the setting.
+  /// An empty value removes the setting. Writing "activePools" subscribes and unsubscribes; writing
+  /// "QMPool-NAME" says where a folder lies that is not subscribed to.
   Result<> set(const std::string& key, const std::string& value);
 
  private:
   [[nodiscard]] Result<KDPoolPresence*> known(const std::string& name) const;
   [[nodiscard]] Result<KDFilePool*> subscribed(const std::string& name) const;
   void place(KDFilePool& pool, const std::optional<std::string>& password, Done done);
+  Result<> setActivePools(const std::string& value);
+  Result<> setPlace(const std::string& name, const std::string& value);
+  [[nodiscard]] std::optional<Failure> pauseProblem(const std::string& name) const;
   void onVersion(const std::string& name, const std::string& path, const std::string& id,
                  const Done& done, const std::function<void(KDFilePool&, const VersionId&)>& act);
 
@@ -141,6 +172,8 @@ class Operations {
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  ///< later tasks hold it weakly
 };
 
+/// When a version was kept, in local time: "2026-11-22T19:33:47".
+std::string whenText(std::int64_t seconds);
 /// A refusal by a rule; `sentence` is all there is to say.
 tl::unexpected<Failure> refusal(std::string sentence);
 /// What to tell a person: a refusal's own sentence, else the failure's message.

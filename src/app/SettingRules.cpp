@@ -11,8 +11,17 @@
 namespace zolvar {
 namespace {
 
-constexpr std::string_view OwnKeys[] = {"QMPool-", "QMPoolIdentity-", "HasPassword-", "activePools",
-                                        "KnownVersion"};
+constexpr std::string_view OwnKeys[] = {"QMPoolIdentity-", "HasPassword-", "PausedUntil",
+                                        "pausedFolders"};
+
+constexpr std::string_view Switches[] = {"AutosyncingEnabled",
+                                         "NSShowNonLocalizedStrings",
+                                         "ShowOnlyActivePools",
+                                         "SuppressPoolDeletionWarning",
+                                         "SuppressPoolDeactivationWarning",
+                                         "SuppressSwitchBranchWarning"};
+constexpr std::string_view SwitchPrefix = "DontUseGrowl-";  // a pool's name follows
+constexpr std::string_view SwitchValues[] = {"0", "1", "false", "true", "no", "yes"};
 
 struct Choice {
   std::string_view key;
@@ -58,6 +67,12 @@ std::optional<std::string> settingProblem(const std::string& key, const std::str
     if (key != choice.key) continue;
     if (std::find(choice.values.begin(), choice.values.end(), value) != choice.values.end()) break;
     return fmt::format("The setting '{}' is one of: {}.", key, fmt::join(choice.values, ", "));
+  }
+  const auto isOneOf = [](const auto& values, const std::string& text) {
+    return std::find(std::begin(values), std::end(values), text) != std::end(values);
+  };
+  if ((isOneOf(Switches, key) || key.starts_with(SwitchPrefix)) && !isOneOf(SwitchValues, value)) {
+    return fmt::format("The setting '{}' is 'yes' or 'no'.", key);
   }
   if (std::find(std::begin(Numbers), std::end(Numbers), key) != std::end(Numbers)) {
     const bool isNumber = value.size() <= 9 && std::all_of(value.begin(), value.end(), [](char c) {

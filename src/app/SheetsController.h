@@ -61,7 +61,7 @@ class SheetsController {
 
   // What the buttons do; each ends the sheet.
   void doAddPool(const std::string& password, Done done);
-  void doSubscribe(Done done);
+  void doSubscribe(const std::optional<std::string>& password, Done done);
   void doRemovePool(Done done);
   struct Settings {
     std::optional<std::string> password;  ///< none: unchanged; empty removes it
@@ -75,7 +75,7 @@ class SheetsController {
   /// show the subscribe sheet. Else a question; hand the code to answerOpening.
   std::optional<Alert> openPoolInFinder(const std::string& poolName);
   /// True: show the subscribe sheet now. Codes count the alert's buttons from 1000.
-  bool answerOpening(const std::string& poolName, int code);
+  bool answerOpening(const std::string& poolName, const Alert& alert, int code);
   /// The warning to show first; none when "SuppressSwitchBranchWarning" is set.
   [[nodiscard]] std::optional<std::string> warningBeforeSwitching(const std::string& path,
                                                                   const std::string& userId,
@@ -86,9 +86,8 @@ class SheetsController {
   [[nodiscard]] bool showsOnlyActivePools() const;
 
  private:
-  struct Problem;
   [[nodiscard]] std::optional<FolderProblem> problem() const;
-  [[nodiscard]] KDFilePool& selectedPool() const;
+  KDFilePool& selectedPool() const;
 
   Application& application_;
   Operations& operations_;

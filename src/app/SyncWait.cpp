@@ -3,6 +3,7 @@
 #include <set>
 
 #include "app/Application.h"
+#include "app/Pauses.h"
 #include "net/KDParticipant.h"
 
 namespace zolvar {
@@ -49,6 +50,9 @@ void SyncWait::poolDidChange(KDFilePool& pool) {
   if (pool.name() != poolName_ || isFinished_) return;
   if (const auto progress = pool.progress(); progress && callbacks_.progressed) {
     callbacks_.progressed(*progress);
+  }
+  if (application_.pauses().isPaused(poolName_)) {
+    return finish(refusal("The folder was paused before the sync had ended."));
   }
   const KDPoolPresence* presence = application_.peer().presence(poolName_);
   if (presence == nullptr) return;

@@ -40,6 +40,12 @@ void WatchEvents::conflictDidOccur(KDFilePool& pool, const std::string& path) {
   sink_({{"event", "conflict"}, {"name", pool.name()}, {"path", path}});
 }
 
+void WatchEvents::noticeWasPosted(const OutcomeNotice& notice) {
+  json event = views::view(notice);
+  event["event"] = "notice";
+  sink_(event);
+}
+
 void WatchEvents::questionDidArise(KDFilePool& pool, const DeleteQuestion& question) {
   json event = views::view(OpenQuestion{pool.name(), question});
   event["event"] = "question";

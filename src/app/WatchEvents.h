@@ -31,6 +31,7 @@ class WatchEvents : public ApplicationObserver {
   void syncDidStart(KDFilePool& pool, const KDParticipant& participant) override;
   void syncDidEnd(const SyncReport& report) override;
   void filesWereDeleted(KDFilePool& pool, const std::set<std::string>& paths) override;
+  void noticeWasPosted(const OutcomeNotice& notice) override;
   void conflictDidOccur(KDFilePool& pool, const std::string& path) override;
   void questionDidArise(KDFilePool& pool, const DeleteQuestion& question) override;
   void passwordDidFail(KDFilePool& pool, KDParticipant& participant) override;

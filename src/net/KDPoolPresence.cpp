@@ -58,6 +58,14 @@ bool KDPoolPresence::passwordRequiredByAnyParticipant() const {
                      [](const auto& participant) { return participant->passwordRequired(); });
 }
 
+std::vector<ParticipantAddress> KDPoolPresence::remoteAddresses() const {
+  std::vector<ParticipantAddress> addresses;
+  for (const auto& participant : participants_) {
+    if (!participant->isLocalParticipant()) addresses.push_back(participant->address());
+  }
+  return addresses;
+}
+
 std::string KDPoolPresence::serviceNameWithPort(std::uint32_t port) const {
   return makeServiceName(pool_->userId(), port, pool_->nameHash());
 }

@@ -37,6 +37,8 @@ class KDPoolPresence {
   /// Number of change logs seen at the last sync or scan.
   [[nodiscard]] std::size_t participantCountHistoric() const;
   [[nodiscard]] bool passwordRequiredByAnyParticipant() const;
+  /// Of everybody but this machine.
+  [[nodiscard]] std::vector<ParticipantAddress> remoteAddresses() const;
 
   // Announcement.
   [[nodiscard]] std::string serviceNameWithPort(std::uint32_t port) const;

@@ -87,7 +87,8 @@ TEST_F(ControlProtocolTest, answersEveryCommandInTheAgreedForm) {
   const json list = ask({{"command", "list"}}).at("data");
   EXPECT_EQ(list, json::parse(R"([{"name":"Docs","folder":"/home/user/Docs","active":true,
       "phase":"active","announced":true,"participants":0,"missing":0,"conflicts":0,
-      "passwordRequired":false,"syncing":false,"trouble":""}])"));
+      "passwordRequired":false,"syncing":false,"trouble":"","state":"alone","stateWord":"alone",
+      "pausedUntil":null}])"));
   const json people = ask({{"command", "participants"}, {"name", "Docs"}}).at("data");
   ASSERT_EQ(people.size(), 1U);
   EXPECT_EQ(people[0].at("userId"), "ann@alpha.local");
@@ -135,7 +136,7 @@ TEST_F(ControlProtocolTest, refusesWithOneSentence) {
       {{{"command", "answer"}, {"name", "Docs"}, {"answer", "maybe"}}, "'reget' or 'delete'"},
       {{{"command", "answer"}, {"name", "Docs"}, {"answer", "delete"}}, "no open question"},
       {{{"command", "sync"}, {"wait", true}}, "needs the name"},
-      {{{"command", "set"}, {"key", "activePools"}, {"value", "x"}}, "keeps the setting"},
+      {{{"command", "set"}, {"key", "pausedFolders"}, {"value", "x"}}, "keeps the setting"},
   };
   for (const auto& [request, sentence] : rows) {
     EXPECT_THAT(refused(request), HasSubstr(sentence)) << request.dump().substr(0, 100);

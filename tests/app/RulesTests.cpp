@@ -31,9 +31,10 @@ TEST(FolderRules, compareWholeComponents) {
 TEST(SettingRules, protectOurOwnAndCheckWhatIsKnown) {
   const std::pair<const char*, const char*> refused[] = {{"", "x"},
                                                          {"a/b", "x"},
-                                                         {"activePools", "x"},
-                                                         {"QMPool-Docs", "/x"},
-                                                         {"KnownVersion", ""},
+                                                         {"pausedFolders", ""},
+                                                         {"PausedUntil", "0"},
+                                                         {"ShowOnlyActivePools", "2"},
+                                                         {"DontUseGrowl-Docs", "on"},
                                                          {"Pace", "fast"},
                                                          {"HeadlessDeleteAnswer", "yes"},
                                                          {"BWLimitOut", "-1"},
