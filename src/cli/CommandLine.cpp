@@ -18,8 +18,8 @@ std::string absolutePath(const std::string& path) {
 
 /// Collects what the options write; each subcommand's callback makes the request of it.
 struct Values {
-  std::string name, path, folder, version, to, key, value, answer;
-  bool passwordStdin = false, json = false, yes = false, wait = false;
+  std::string name, path, folder, version, to, key, value, answer, when, user, duration;
+  bool passwordStdin = false, json = false, yes = false, wait = false, undo = false;
 };
 
 class Builder {
@@ -146,6 +146,58 @@ void addVersionCommands(Builder& builder, Values& values) {
       ->check(CLI::IsMember({"reget", "delete"}));
 }
 
+void addKeptVersions(Builder& builder, Values& values) {
+  auto* versions =
+      builder.listing("versions", "Versions of a file that were replaced here", [&](auto& request) {
+        request["name"] = values.name;
+        request["path"] = values.path;
+      });
+  auto* restore = builder.add("restore", "Put such a version back in place, as a new change",
+                              [&](auto& request) {
+                                request["name"] = values.name;
+                                request["path"] = values.path;
+                                request["when"] = values.when;
+                              });
+  for (auto* command : {versions, restore}) {
+    builder.nameOf(command);
+    command->add_option("PATH", values.path, "Path of the file in the folder")->required();
+  }
+  restore->add_option("WHEN", values.when, "Its time or id, as `versions` shows them")->required();
+}
+
+void addDecisions(Builder& builder, Values& values) {
+  auto* giveUp = builder.add("give-up", "Ask whether missing files are to be deleted everywhere",
+                             [&](auto& request) {
+                               request["name"] = values.name;
+                               if (!values.path.empty()) request["path"] = values.path;
+                             });
+  builder.nameOf(giveUp);
+  giveUp->add_option("PATH", values.path, "Only this file; all that are missing when left out");
+
+  auto* ignore = builder.add("ignore", "Complain no more about the password of a participant",
+                             [&](auto& request) {
+                               request["name"] = values.name;
+                               request["user"] = values.user;
+                               if (values.undo) request["undo"] = true;
+                             });
+  builder.nameOf(ignore);
+  ignore->add_option("USER", values.user, "User id, as `participants` shows it")->required();
+  ignore->add_flag("--undo", values.undo, "Complain again");
+
+  auto* pause = builder.add("pause", "Neither fetch nor serve for a while", [&](auto& request) {
+    if (!values.name.empty()) request["name"] = values.name;
+    if (!values.duration.empty()) request["for"] = values.duration;
+  });
+  pause->add_option("NAME", values.name, "Only this folder; everything when left out");
+  pause->add_option("--for", values.duration, "How long: 90s, 15m, 1h, 1h30m, 2d");
+  builder
+      .add("resume", "End a pause",
+           [&](auto& request) {
+             if (!values.name.empty()) request["name"] = values.name;
+           })
+      ->add_option("NAME", values.name, "Only this folder; every pause when left out");
+}
+
 void addProgramCommands(Builder& builder, Values& values) {
   auto* sync = builder.add("sync", "Sync with all participants now", [&](auto& request) {
     if (values.wait && values.name.empty()) {
@@ -182,6 +234,8 @@ std::variant<Invocation, EarlyExit> parseCommandLine(int argc, char** argv) {
   addFolderCommands(builder, values);
   addListings(builder, values);
   addVersionCommands(builder, values);
+  addKeptVersions(builder, values);
+  addDecisions(builder, values);
   addProgramCommands(builder, values);
   try {
     app.parse(argc, argv);

@@ -71,14 +71,20 @@ std::string bytesText(double bytes) {
   return unit == 0 ? fmt::format("{:.0f} B", bytes) : fmt::format("{:.1f} {}", bytes, units[unit]);
 }
 
+/// The state in words, and how long a pause lasts.
+std::string stateText(const json& pool) {
+  std::string text = cell(pool.at("state"));
+  const json until = pool.value("pausedUntil", json());
+  if (until.is_number() && until.get<double>() > 0) text += " until " + timeCell(until);
+  return text;
+}
+
 std::string listText(const json& pools) {
   if (pools.empty()) return "No folders yet. Share one with: zolvar share FOLDER\n";
   Table table({"NAME", "STATE", "PARTICIPANTS", "MISSING", "CONFLICTS", "PASSWORD", "FOLDER"});
   std::string troubles;
   for (const auto& pool : pools) {
-    std::string state = cell(pool.at("phase"));
-    if (pool.at("syncing").get<bool>()) state += ", syncing";
-    table.add({cell(pool.at("name")), state, cell(pool.at("participants")),
+    table.add({cell(pool.at("name")), stateText(pool), cell(pool.at("participants")),
                cell(pool.at("missing")), cell(pool.at("conflicts")),
                yes(pool.at("passwordRequired")), cell(pool.at("folder"))});
     if (const std::string trouble = pool.value("trouble", ""); !trouble.empty()) {
@@ -89,11 +95,14 @@ std::string listText(const json& pools) {
 }
 
 std::string participantsText(const json& participants) {
-  Table table({"USER", "HOST", "PORT", "LAST SYNC", "PASSWORD", "NOTES"});
+  Table table({"USER", "HOST", "PORT", "LAST SYNC", "PASSWORD", "CONTACT"});
   for (const auto& participant : participants) {
-    std::string notes;
+    std::string notes = cell(participant.at("contact"));
+    if (const std::string reason = participant.value("reason", ""); !reason.empty()) {
+      notes += ": " + printable(reason);
+    }
     if (participant.at("local").get<bool>()) notes = "this computer";
-    if (participant.at("ignored").get<bool>()) notes = "ignored";
+    if (participant.at("ignored").get<bool>()) notes += " (ignored)";
     table.add({cell(participant.at("userId")), cell(participant.at("host")),
                cell(participant.at("port")), timeCell(participant.at("lastSync")),
                yes(participant.at("passwordRequired")), notes});
@@ -131,6 +140,16 @@ std::string conflictsText(const json& conflicts) {
   return text;
 }
 
+std::string versionsText(const json& versions) {
+  if (versions.empty()) return "No version of this file was kept.\n";
+  Table table({"WHEN", "FILE TIME", "SIZE", "ID"});
+  for (const auto& version : versions) {
+    table.add({cell(version.at("when")), timeCell(version.at("modTime")),
+               bytesText(version.at("size").get<double>()), cell(version.at("id"))});
+  }
+  return table.text();
+}
+
 std::string questionText(const json& questions) {
   std::string text;
   for (const auto& question : questions) {
@@ -165,6 +184,13 @@ std::string statusText(const json& status) {
   text += status.at("daemonRunning").get<bool>()
               ? fmt::format("Daemon:   running on port {}\n", cell(status.at("port")))
               : "Daemon:   not running\n";
+  if (const json until = status.value("pausedUntil", json()); !until.is_null()) {
+    text += until.get<double>() > 0 ? "Paused:   until " + timeCell(until) + '\n'
+                                    : "Paused:   until resumed\n";
+  }
+  for (const auto& folder : status.value("folders", json::array())) {
+    text += fmt::format("Folder:   '{}' {}\n", cell(folder.at("name")), cell(folder.at("state")));
+  }
   const auto& syncing = status.at("syncing");
   if (syncing.is_null()) return text + "Sync:     none in progress\n";
   text += fmt::format("Sync:     '{}' with {}\n", cell(syncing.at("name")),
@@ -224,6 +250,10 @@ std::string humanText(const std::string& command, const json& data) {
   if (command == "question") return questionText(data);
   if (command == "status") return statusText(data);
   if (command == "sync") return syncText(data);
+  if (command == "versions") return versionsText(data);
+  if (command == "share" && data.is_object()) {
+    return fmt::format("Note: {}\n", printable(data.value("warning", "")));
+  }
   if (command == "tree" || command == "get") {
     std::string text = data.is_string() ? data.get<std::string>() : std::string();
     if (!text.empty() && text.back() != '\n') text += '\n';

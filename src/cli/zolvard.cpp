@@ -38,6 +38,8 @@ int run(bool isDebug) {
 
   Application::Settings settings;
   settings.version = ZOLVAR_VERSION;
+  settings.resourceFolder =
+      (QCoreApplication::applicationDirPath() + "/../share/zolvar").toStdString();
   settings.ownProgram = QCoreApplication::applicationFilePath().toStdString();
   auto made = Application::make(std::move(settings), platform);
   if (!made) return refuse(made.error());

@@ -60,6 +60,13 @@ TEST(CommandLine, exitsWithTheAgreedStatus) {
       {"fetch X path a@b:1 to", 3},
       {"watch", 3},
       {"quit", 3},
+      {"restore X path", 2},
+      {"versions X path --json", 3},
+      {"pause --for", 2},
+      {"pause X --for 1h", 3},
+      {"resume", 3},
+      {"give-up", 2},
+      {"ignore X a@b --undo", 3},
   };
   for (const auto& [arguments, status] : rows) {
     const Ended ended = run(arguments);
@@ -73,7 +80,8 @@ TEST(CommandLine, helpsWithEveryCommand) {
   for (const char* command :
        {"share",    "subscribe", "unsubscribe", "remove", "password", "list",  "participants",
         "missing",  "conflicts", "tree",        "use",    "drop",     "fetch", "sync",
-        "question", "answer",    "get",         "set",    "status",   "watch", "quit"}) {
+        "question", "answer",    "get",         "set",    "status",   "watch", "quit",
+        "versions", "restore",   "give-up",     "ignore", "pause",    "resume"}) {
     EXPECT_THAT(help, HasSubstr(command));
     EXPECT_EQ(run(std::string(command) + " --help").status, 0) << command;
   }
@@ -95,16 +103,21 @@ TEST(HumanOutput, keepsStrangersOffTheTerminal) {
 TEST(HumanOutput, alignsColumnsAndFitsTheTerminal) {
   const json people = json::parse(R"([
       {"userId":"ü@a","host":"h","port":1,"local":true,"ignored":false,"lastSync":0,
-       "passwordRequired":false},
+       "passwordRequired":false,"contact":"seen","reason":""},
       {"userId":"longer@a","host":"h","port":2,"local":false,"ignored":true,"lastSync":0,
-       "passwordRequired":true}])");
-  EXPECT_THAT(humanText("participants", people),
-              HasSubstr("ü@a       h     1     never      -         this computer\n"
-                        "longer@a  h     2     never      yes       ignored\n"));
+       "passwordRequired":true,"contact":"unreachable","reason":"It is off."}])");
+  EXPECT_THAT(
+      humanText("participants", people),
+      HasSubstr("ü@a       h     1     never      -         this computer\n"
+                "longer@a  h     2     never      yes       unreachable: It is off. (ignored)\n"));
   const json progress = json::parse(R"({"participant":"x@y","filesDone":1,"filesWanted":2,
       "bytesDone":5,"bytesWanted":0,"bytesPerSecond":1.5e9})");
   EXPECT_THAT(progressBar(progress, 200), HasSubstr("0 %  1 of 2 files, 5 B of 0 B, 1.5 GB/s"));
   EXPECT_EQ(progressBar(progress, 20).size(), 20U);
+  const json pools = json::parse(R"([{"name":"Docs","state":"in step","pausedUntil":null,
+      "participants":1,"missing":0,"conflicts":0,"passwordRequired":false,"folder":"/d",
+      "trouble":""}])");
+  EXPECT_THAT(humanText("list", pools), HasSubstr("Docs  in step  1"));
 }
 
 }  // namespace
