@@ -10,24 +10,15 @@
 // Every round copies into fresh folders, and nothing is removed before the end: file systems are
 // slow at making files where many were just removed. The first round only warms up; medians count.
 
-#include <fcntl.h>
-#include <fmt/format.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <QCoreApplication>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <thread>
 
+#include "Fixtures.h"
 #include "Measure.h"
 #include "platform/Clock.h"
 #include "platform/Lanes.h"
 #include "platform/Platform.h"
-#include "platform/ProcessLauncher.h"
 #include "platform/qt/SystemPlatform.h"
 #include "pool/KDPoolState.h"
 #include "pool/KDPoolSync.h"
@@ -35,15 +26,14 @@
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace zolvar;
+using namespace zolvar::bench;
 
 constexpr unsigned Port = 49871;
 constexpr int SmallFiles = 10'000;
 constexpr std::size_t SmallSize = 4096;
 constexpr int LargeFiles = 8;
 constexpr std::size_t LargeSize = 128U << 20;
-constexpr long Age = 1'000'000;  ///< seconds; no file is fresh
 constexpr std::chrono::milliseconds BetweenScans{
     2100};  ///< sooner, a scan waits for the next second
 
@@ -60,48 +50,6 @@ class NoListener : public PoolStateListener {
   void scanWanted() override {}
   void warn(const std::string& text) override { fmt::print(stderr, "{}\n", text); }
 };
-
-[[noreturn]] void giveUp(const std::string& text) {
-  fmt::print(stderr, "{}\n", text);
-  std::exit(1);
-}
-
-/// A folder of its own for everything, gone at the end.
-class Scratch {
- public:
-  Scratch() {
-    std::string pattern = (fs::temp_directory_path() / "zolvar-bench-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) giveUp("no temporary folder");
-    path_ = pattern;
-  }
-  ~Scratch() { fs::remove_all(path_); }
-  [[nodiscard]] std::string fresh(const std::string& name) {
-    const std::string path = fmt::format("{}/{}-{}", path_, name, ++count_);
-    fs::create_directories(path);
-    return path;
-  }
-
- private:
-  std::string path_;
-  int count_ = 0;
-};
-
-void makeFiles(const std::string& folder, int count, std::size_t size) {
-  std::string content(size, '\0');
-  const time_t past = time(nullptr) - Age;
-  for (int number = 0; number < count; ++number) {
-    const std::string directory = fmt::format("{}/part {:02}", folder, number / 100);
-    if (number % 100 == 0) fs::create_directories(directory);
-    for (std::size_t at = 0; at + 8 <= size; at += 8) {
-      const std::uint64_t word = (at + static_cast<std::size_t>(number)) * 0x9E3779B97F4A7C15ULL;
-      std::memcpy(content.data() + at, &word, sizeof word);
-    }
-    const std::string path = fmt::format("{}/file {:05}.dat", directory, number);
-    std::ofstream(path, std::ios::binary) << content;
-    const timespec times[2] = {{past, 0}, {past, 0}};
-    utimensat(AT_FDCWD, path.c_str(), times, 0);
-  }
-}
 
 /// One member of the pool "Docs", without a network around it.
 class Member {
@@ -142,36 +90,6 @@ class Member {
   std::shared_ptr<KDPoolState> state_;
   std::optional<KDPoolSync> sync_;
   KDPoolSync::Settings settings_;
-};
-
-/// The transfer tool as daemon, serving one folder.
-class Daemon {
- public:
-  Daemon(Platform& platform, const std::string& base, const std::string& folder) {
-    const std::string config = base + "/daemon.conf";
-    std::ofstream file(config);
-    file << "use chroot = no\nlog file = " << base << "/daemon.log\n";
-    if (geteuid() == 0) file << "uid = 0\ngid = 0\n";
-    file << "[Docs]\npath = " << folder << "\nread only = yes\n";
-    file.close();
-    ProcessRequest request;
-    request.program = *platform.processes.clientToolPath();
-    request.arguments = {"--daemon", "--no-detach", "--config=" + config,
-                         fmt::format("--port={}", Port), "--address=localhost"};
-    auto started = platform.processes.start(request);
-    if (!started) giveUp(started.error().message());
-    process_ = std::move(*started);
-    waiter_ = std::thread([this] { process_->wait({}, {}); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(500));
-  }
-  ~Daemon() {
-    process_->terminate();
-    waiter_.join();
-  }
-
- private:
-  std::shared_ptr<Process> process_;
-  std::thread waiter_;
 };
 
 void runTool(Platform& platform, const std::vector<std::string>& arguments) {
@@ -265,7 +183,7 @@ int main(int count, char** arguments) {
     makeFiles(server.folder(), files, size);
     server.activate();
     {
-      const Daemon daemon(platform, base, server.folder());
+      const Daemon daemon(platform, base, server.folder(), Port);
       measure();
     }
     server.leave();

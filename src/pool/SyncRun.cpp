@@ -24,8 +24,8 @@ constexpr std::size_t MostNamesInLog = 100;
 
 /// The tool compares every file that it receives with every name that it asked for, so that the
 /// other side cannot slip in more; ten thousand names cost it seconds and a hundred thousand
-/// minutes. Up to this many a run the comparing costs less than starting another run.
-constexpr std::size_t MostFilesInRun = 2500;
+/// minutes. About this many a run, the comparing costs as much as starting another run.
+constexpr std::size_t FilesInRun = 2500;
 
 /// "{a, b}", shortened when there are very many.
 std::string setText(const std::set<std::string>& paths) {
@@ -265,11 +265,12 @@ void SyncRun::copyFiles(const std::set<std::string>& files, const std::vector<Li
   std::vector<std::string> ordered(files.begin(), files.end());
   std::sort(ordered.begin(), ordered.end(), comesFirstInTransfer);
   end_.status = TransferStatus::Done;
-  for (auto next = ordered.begin(); next != ordered.end() && isWholeRun(end_.status);) {
-    const auto left = static_cast<std::size_t>(ordered.end() - next);
-    const auto last = next + static_cast<std::ptrdiff_t>(std::min(left, MostFilesInRun));
-    request.input = copyInput(std::span(next, last));
-    next = last;
+  const std::span<const std::string> all(ordered);
+  const std::size_t runs = std::max<std::size_t>((all.size() + FilesInRun / 2) / FilesInRun, 1);
+  for (std::size_t number = 0; number < runs && isWholeRun(end_.status); ++number) {
+    const std::size_t first = all.size() * number / runs;
+    const std::size_t last = all.size() * (number + 1) / runs;
+    request.input = copyInput(all.subspan(first, last - first));
     const int status = context_.run.run(request);
     if (status != TransferStatus::Done) end_.status = status;
   }

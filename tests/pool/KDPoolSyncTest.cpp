@@ -134,10 +134,10 @@ class KDPoolSyncTest : public testing::Test {
   SimulatedPlatform host_{"alpha"};
   SimulatedPlatform other_{host_.world, "beta"};
   DiaryLauncher launcher_{diary_};
-  Platform platform_{host_.clock,   host_.random,   host_.loop,      host_.lanes,
-                     host_.files,   launcher_,      host_.services,  host_.hosts,
-                     host_.secrets, host_.defaults, host_.workspace, host_.networkWatch,
-                     host_.log};
+  Platform platform_{host_.clock,    host_.random,   host_.loop,      host_.lanes,
+                     host_.files,    launcher_,      host_.services,  host_.hosts,
+                     host_.secrets,  host_.defaults, host_.workspace, host_.networkWatch,
+                     host_.firewall, host_.log};
   std::shared_ptr<ScriptedSteps> steps_ = std::make_shared<ScriptedSteps>(&diary_);
   std::vector<std::optional<TransferProgress>> progress_;
   KDPoolSync sync_{
@@ -258,7 +258,7 @@ TEST_F(KDPoolSyncTest, asksForExactlyWhatIsWantedAndThere) {
 
 TEST_F(KDPoolSyncTest, asksForManyFilesInPieces) {
   std::vector<std::string> names;
-  for (int number = 10'000; number < 16'000; ++number)
+  for (int number = 10'000; number < 17'000; ++number)
     names.push_back("f" + std::to_string(number));
   steps_->wanted.insert(names.begin(), names.end());
   launcher_.script = {{}, {0, listing(names)}, {23}, {}, {}};

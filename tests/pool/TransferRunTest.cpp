@@ -58,10 +58,10 @@ class TransferRunTest : public testing::Test {
   SimulatedPlatform host_{"alpha"};
   SimulatedPlatform other_{host_.world, "beta"};
   ScriptedLauncher launcher_;
-  Platform platform_{host_.clock,   host_.random,   host_.loop,      host_.lanes,
-                     host_.files,   launcher_,      host_.services,  host_.hosts,
-                     host_.secrets, host_.defaults, host_.workspace, host_.networkWatch,
-                     host_.log};
+  Platform platform_{host_.clock,    host_.random,   host_.loop,      host_.lanes,
+                     host_.files,    launcher_,      host_.services,  host_.hosts,
+                     host_.secrets,  host_.defaults, host_.workspace, host_.networkWatch,
+                     host_.firewall, host_.log};
   TransferRun run_{platform_};
 };
 
