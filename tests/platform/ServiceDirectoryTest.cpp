@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "ServiceTest.h"
-#include "platform/qt/AvahiServiceDirectory.h"
 #include "platform/qt/AvahiTxt.h"
 #include "platform/qt/SystemHosts.h"
+#include "platform/qt/ThreadedServiceDirectory.h"
 
 namespace zolvar {
 namespace {
@@ -45,7 +45,7 @@ TEST(AvahiTxt, readsStrangeRecords) {
 class AnnouncementTest : public AdapterTest {};
 
 TEST_F(AnnouncementTest, refusesWhatCannotBeAnnounced) {
-  AvahiServiceDirectory directory(loop_, log_);
+  ThreadedServiceDirectory directory(loop_, log_);
   const struct {
     std::string description, name, type;
     TxtRecord txt;
@@ -101,7 +101,7 @@ class ServiceDirectoryTest : public ServiceTest {
     return true;
   }
 
-  AvahiServiceDirectory directory_{loop_, log_};
+  ThreadedServiceDirectory directory_{loop_, log_};
   std::vector<std::string> events_;
 };
 
@@ -188,6 +188,29 @@ TEST_F(ServiceDirectoryTest, endsInsideItsOwnEvents) {
   ASSERT_TRUE(arrives("established other"));
   runFor(0.1);
   EXPECT_EQ(calls, 2);
+}
+
+TEST_F(ServiceDirectoryTest, waitsForNoDaemonThatHangs) {
+  const auto browser = browse();
+  const auto publication = publish("patient", {{"t", "a"}});
+  ASSERT_TRUE(arrives("txt patient a"));
+  const auto signal = [](const std::string& name) {
+    return run("kill -" + name + " $(cat /run/avahi-daemon/pid)");
+  };
+  ASSERT_TRUE(signal("STOP"));
+  const auto start = std::chrono::steady_clock::now();
+  for (const char* text : {"b", "c", "d"}) {
+    ASSERT_TRUE(publication->updateTxt({{"t", text}}));
+    publish(std::string("brief ") + text, {});  // and withdrawn at once
+  }
+  const auto other = publish("other", {{"t", "x"}});
+  EXPECT_EQ(directory_.hostNameFqdn().empty(), false);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
+  runFor(0.2);
+  EXPECT_TRUE(events_.empty()) << testing::PrintToString(events_);
+  ASSERT_TRUE(signal("CONT"));
+  ASSERT_TRUE(arrives("txt patient d"));
+  ASSERT_TRUE(arrives("txt other x"));
 }
 
 TEST_F(ServiceDirectoryTest, namesThisMachineFromTheStart) {

@@ -27,11 +27,8 @@ AvahiServiceDirectory::~AvahiServiceDirectory() {
   if (connectTimer_ != 0) runLoop_.cancel(connectTimer_);
 }
 
-Result<std::unique_ptr<Publication>> AvahiServiceDirectory::publish(const std::string& name,
-                                                                    const std::string& type,
-                                                                    std::uint16_t port,
-                                                                    const TxtRecord& txt,
-                                                                    PublicationEvents events) {
+Result<> AvahiServiceDirectory::check(const std::string& name, const std::string& type,
+                                      const TxtRecord& txt) {
   if (name.find('\0') != name.npos || !avahi_is_valid_service_name(name.c_str()) ||
       !isValidUtf8(name)) {
     return fail(FailureKind::Refused, "announce", name,
@@ -41,6 +38,15 @@ Result<std::unique_ptr<Publication>> AvahiServiceDirectory::publish(const std::s
     return fail(FailureKind::Refused, "announce", name, "'" + type + "' is no service type");
   }
   if (const auto list = encodeTxt(txt); !list) return tl::unexpected(list.error());
+  return {};
+}
+
+Result<std::unique_ptr<Publication>> AvahiServiceDirectory::publish(const std::string& name,
+                                                                    const std::string& type,
+                                                                    std::uint16_t port,
+                                                                    const TxtRecord& txt,
+                                                                    PublicationEvents events) {
+  if (auto allowed = check(name, type, txt); !allowed) return tl::unexpected(allowed.error());
   auto publication = std::make_unique<AvahiPublication>(
       *this, runLoop_, log_, AvahiPublication::Service{name, type, port, txt}, std::move(events));
   if (isRunning_) publication->attach(client_);

@@ -19,13 +19,18 @@ class AvahiBrowser;
 
 /// DNS Service Discovery through avahi-daemon. Keeps one connection to the daemon, waits for a
 /// daemon or a system bus that is not there, and after a restart gives every publication and
-/// browser the new connection. Outlives what it handed out. Main thread, but for hostNameFqdn().
+/// browser the new connection. Its calls block while the daemon does not answer, so it has a thread
+/// and a run loop of its own (ThreadedServiceDirectory), which are what is called the main thread
+/// here and in what it hands out and outlives. hostNameFqdn() may be called from any thread.
 class AvahiServiceDirectory final : public ServiceDirectory {
  public:
   AvahiServiceDirectory(RunLoop& runLoop, Log& log);
   ~AvahiServiceDirectory() override;
   AvahiServiceDirectory(const AvahiServiceDirectory&) = delete;
   AvahiServiceDirectory& operator=(const AvahiServiceDirectory&) = delete;
+
+  /// Whether such a service can be announced. Fails: Refused.
+  static Result<> check(const std::string& name, const std::string& type, const TxtRecord& txt);
 
   Result<std::unique_ptr<Publication>> publish(const std::string& name, const std::string& type,
                                                std::uint16_t port, const TxtRecord& txt,

@@ -14,7 +14,7 @@
 #include <future>
 #include <thread>
 
-#include "platform/qt/AvahiServiceDirectory.h"
+#include "platform/qt/ThreadedServiceDirectory.h"
 
 namespace zolvar {
 
@@ -80,7 +80,7 @@ std::string serviceName() {
 
 }  // namespace
 
-SystemHosts::SystemHosts(const AvahiServiceDirectory& services, Log& log)
+SystemHosts::SystemHosts(const ThreadedServiceDirectory& services, Log& log)
     : services_(services), answers_(std::make_shared<Answers>()) {
   // The threads may outlive us: a resolver without a network takes longer than our patience.
   const auto ask = [this](std::string (*question)(), std::string Answers::*answer) {

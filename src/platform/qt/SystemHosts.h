@@ -9,7 +9,7 @@
 
 namespace zolvar {
 
-class AvahiServiceDirectory;
+class ThreadedServiceDirectory;
 
 /// Names of machines from Avahi and the system's resolver. Any thread. The constructor asks the
 /// service daemon for this machine's name and waits up to 2 s for it, since at that moment the
@@ -17,7 +17,7 @@ class AvahiServiceDirectory;
 /// daemon is away, so that a restart of the daemon does not make us someone else.
 class SystemHosts final : public Hosts {
  public:
-  SystemHosts(const AvahiServiceDirectory& services, Log& log);
+  SystemHosts(const ThreadedServiceDirectory& services, Log& log);
 
   [[nodiscard]] std::vector<std::string> names() const override;
   [[nodiscard]] std::string userName() const override;
@@ -32,7 +32,7 @@ class SystemHosts final : public Hosts {
     std::string canonicalName;  ///< guarded by mutex
   };
 
-  const AvahiServiceDirectory& services_;
+  const ThreadedServiceDirectory& services_;
   std::shared_ptr<Answers> answers_;
 };
 

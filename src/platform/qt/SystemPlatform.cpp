@@ -1,6 +1,5 @@
 #include "platform/qt/SystemPlatform.h"
 
-#include "platform/qt/AvahiServiceDirectory.h"
 #include "platform/qt/DesktopWorkspace.h"
 #include "platform/qt/InlineLanes.h"
 #include "platform/qt/LinuxFirewall.h"
@@ -15,6 +14,7 @@
 #include "platform/qt/SystemLog.h"
 #include "platform/qt/SystemRandom.h"
 #include "platform/qt/ThreadLanes.h"
+#include "platform/qt/ThreadedServiceDirectory.h"
 
 namespace zolvar {
 
@@ -42,7 +42,7 @@ struct SystemPlatform::Services {
   InlineLanes inlineLanes;
   PosixFileSystem fileSystem;
   PosixProcessLauncher processes;
-  AvahiServiceDirectory services;
+  ThreadedServiceDirectory services;
   SystemHosts hosts;
   std::unique_ptr<SecretServiceStore> secrets;
   QSettingsDefaults defaults;
