@@ -1,6 +1,8 @@
 """What surrounds the program: the desktop's notices, its clock, its addresses, a second instance."""
 
 import json
+import signal
+import time
 
 from lab import Process, check, converge, wait_until
 
@@ -148,7 +150,7 @@ def scenario_addresses(lab):
     converge(here, there)
 
     def daemon():
-        found = bob.run(["sh", "-c", "cat ~/.local/share/Zolvar/*.pid"]).stdout.split()
+        found = bob.run(["sh", "-c", "cat ~/.local/share/Zolvar/*.fppid"]).stdout.split()
         return found[0] if found else None
     first = wait_until(daemon, 20, "no transfer daemon")
     bob.shell("ip address add 10.77.0.152/24 dev eth0")
@@ -181,14 +183,37 @@ def scenario_second_instance(lab):
         raise
     check(first.entered.wait(30) == 0, "the first one did not end cleanly")
     ann.active("Kept on")
-    # A stranger that merely has the name is left alone, also when its id stands in the lock file.
-    ann.kill()
-    fake = ann.directory / "home/zolvard"
-    fake.symlink_to("/bin/sleep")
-    stranger = Process(ann, [str(ann.home / "zolvard"), "600"], ann.directory / "stranger.log",
-                       ann.uid)
-    ann.start()
-    ann.restart()
+    # Somebody else's process that holds the lock is left alone.
+    ann.stop()
+    lock = ann.home / ".local/share/Zolvar/zolvar.lock"
+    stranger = Process(ann, ["flock", "-o", str(lock), "sh", "-c", f"pgrep flock > {lock}; sleep 600"],
+                       ann.directory / "stranger.log", ann.uid)
+    wait_until(lambda: ann.seen(lock).read_text().strip() in ann.run(["pgrep", "flock"]).stdout
+               .split(), 10, "no stranger")
+    second = ann.run(["/run/programs/bin/zolvard"])
+    check(second.returncode == 1 and "running already" in second.stderr, f"it said {second}")
     check(stranger.running(), "a stranger was ended")
     stranger.end(9)
-    fake.unlink()
+    ann.start()
+
+
+def scenario_hanging_discovery(lab):
+    """An avahi-daemon that hangs makes nobody wait but who looks for others."""
+    ann, bob = lab.host("alpha"), lab.host("beta")
+    here = ann.folder("Patience")
+    here.write("first", "1", age=100)
+    ann.share("Patience")
+    there = bob.subscribe("Patience")
+    converge(here, there)
+    ann.avahi.send(signal.SIGSTOP)
+    try:
+        here.write("during the hang", "2", age=10)
+        wait_until(lambda: "during the hang" in ann.log(), 30, "the change was not seen")
+        for _ in range(10):
+            start = time.monotonic()
+            ann.cli("status")
+            check(time.monotonic() - start < 2, "zolvard waits for avahi-daemon")
+            time.sleep(0.3)
+    finally:
+        ann.avahi.send(signal.SIGCONT)
+    converge(here, there)
