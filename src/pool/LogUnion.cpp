@@ -74,7 +74,10 @@ void LogUnion::indexOld() {
 void LogUnion::takeNew(std::string_view line, bool isWhole) {
   if (line.empty()) return;
   newTime_ = timeAfter(newTime_, line);
-  if (!isFragmentShared_ && line.starts_with(oldFragment_)) isFragmentShared_ = true;
+  if (!isFragmentShared_ && line.starts_with(oldFragment_)) {
+    isFragmentShared_ = true;
+    isFragmentInBoth_ = !isWhole && line == oldFragment_;
+  }
   if (const auto known = oldLines_.find(line); known != oldLines_.end()) {
     if (!known->second) ++sharedLines_;
     known->second = true;
@@ -122,7 +125,7 @@ Result<> LogUnion::write(const Writer& writer) const {
     put(line);
   };
   forEachWholeLine(old_, putOld);
-  if (!isFragmentShared_) putOld(oldFragment_);
+  if (!isFragmentShared_ || isFragmentInBoth_) putOld(oldFragment_);
   for (; extra != extras_.end(); ++extra) put(extra->line);
   return result && !buffer.empty() ? writer(buffer) : result;
 }

@@ -59,8 +59,9 @@ class LogUnion {
   std::string_view oldFragment_;  ///< its last line when that has no line feed
   std::unordered_map<std::string_view, bool> oldLines_;  ///< line → the newer copy has it too
   std::size_t sharedLines_ = 0;                          ///< of oldLines_
-  bool isFragmentShared_ = true;  ///< the newer copy has a line that oldFragment_ begins
-  double newTime_ = 0;            ///< time of the newer copy's line read last
+  bool isFragmentShared_ = true;   ///< the newer copy has a line that oldFragment_ begins
+  bool isFragmentInBoth_ = false;  ///< and no more of it than the older one
+  double newTime_ = 0;             ///< time of the newer copy's line read last
   std::deque<Extra> extras_;
   std::unordered_set<std::string_view> extraLines_;  ///< of extras_
 };

@@ -95,6 +95,8 @@ TEST_F(LogGuardTest, losesNoLineWhateverALoadBrings) {
        a + b.substr(0, 9) + "\n" + c, true, linesOf(c), 2001},
       {"our cut-off line is whole there", a + c + b.substr(0, 9), a + b, a + b + c, true,
        linesOf(b), 2001},
+      {"the same line is cut off in both", a + b + d.substr(0, 9), a + c + d.substr(0, 9),
+       a + b + c + d.substr(0, 9) + "\n", true, linesOf(c), 2001},
       {"their cut-off line is whole here",
        a + b + c,
        a + b.substr(0, 9),
