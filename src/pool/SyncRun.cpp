@@ -27,6 +27,29 @@ constexpr std::size_t MostNamesInLog = 100;
 /// minutes. About this many a run, the comparing costs as much as starting another run.
 constexpr std::size_t FilesInRun = 2500;
 
+/// The tool reads the names that it asks for in blocks of 2,048 bytes and forgets the beginning of
+/// one that reaches over more than two of them, unless that is the first. It then takes what the
+/// other side sends for something that nobody asked for.
+constexpr std::size_t LongestListedName = 2000;
+
+/// What each copy run asks for: names that are too long for a list come last, each on its own.
+std::vector<std::span<const std::string>> copyRuns(std::vector<std::string>& files) {
+  const auto firstLong = std::stable_partition(
+      files.begin(), files.end(),
+      [](const std::string& path) { return path.size() <= LongestListedName; });
+  const std::span<const std::string> listed(files.begin(), firstLong);
+  std::vector<std::span<const std::string>> runs;
+  const std::size_t count =
+      listed.empty() ? 0 : std::max<std::size_t>((listed.size() + FilesInRun / 2) / FilesInRun, 1);
+  for (std::size_t number = 0; number < count; ++number) {
+    const std::size_t first = listed.size() * number / count;
+    const std::size_t last = listed.size() * (number + 1) / count;
+    runs.push_back(listed.subspan(first, last - first));
+  }
+  for (auto each = firstLong; each != files.end(); ++each) runs.emplace_back(each, each + 1);
+  return runs;
+}
+
 /// "{a, b}", shortened when there are very many.
 std::string setText(const std::set<std::string>& paths) {
   const std::size_t shown = std::min(paths.size(), MostNamesInLog);
@@ -265,12 +288,9 @@ void SyncRun::copyFiles(const std::set<std::string>& files, const std::vector<Li
   std::vector<std::string> ordered(files.begin(), files.end());
   std::sort(ordered.begin(), ordered.end(), comesFirstInTransfer);
   end_.status = TransferStatus::Done;
-  const std::span<const std::string> all(ordered);
-  const std::size_t runs = std::max<std::size_t>((all.size() + FilesInRun / 2) / FilesInRun, 1);
-  for (std::size_t number = 0; number < runs && isWholeRun(end_.status); ++number) {
-    const std::size_t first = all.size() * number / runs;
-    const std::size_t last = all.size() * (number + 1) / runs;
-    request.input = copyInput(all.subspan(first, last - first));
+  for (const auto& run : copyRuns(ordered)) {
+    if (!isWholeRun(end_.status)) break;
+    request.input = copyInput(run);
     const int status = context_.run.run(request);
     if (status != TransferStatus::Done) end_.status = status;
   }
