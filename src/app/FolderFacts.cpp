@@ -14,15 +14,14 @@
 namespace zolvar {
 namespace {
 
-/// It waits in the queue, and its last announcement tells of changes that we do not have.
-bool hasNews(const Application& application, const KDFilePool& pool,
-             const std::shared_ptr<KDParticipant>& participant) {
-  if (!application.scheduler().queue().contains(participant)) return false;
+/// Whether its last announcement tells of the same logs as ours.
+bool agrees(const Application& application, const KDFilePool& pool,
+            const std::shared_ptr<KDParticipant>& participant) {
   const auto* announced = application.announcement(
       makeServiceName(participant->userId(), participant->port(), pool.nameHash()));
   if (announced == nullptr) return false;
   const auto digest = announced->find(txt::LogDigest);
-  return digest == announced->end() || digest->second != pool.snapshot()->logFilesHash;
+  return digest != announced->end() && digest->second == pool.snapshot()->logFilesHash;
 }
 
 bool holdsMissing(const PoolSnapshot& snapshot, const std::set<std::string>& userIds) {
@@ -58,13 +57,17 @@ FolderFacts folderFacts(const Application& application, const KDPoolPresence& pr
     const Contact contact = application.contacts().of(*participant);
     if (contact.differsInPassword) ++facts.differing;
     if (contact.standing == Contact::Standing::Unreachable) continue;
-    if (contact.standing == Contact::Standing::Seen || hasNews(application, pool, participant)) {
-      ++facts.unasked;
-    }
-    if (contact.standing == Contact::Standing::Reachable) {
-      ++facts.reachable;
-      reachable.insert(participant->userId());
-    }
+    const bool isSeenOnly = contact.standing == Contact::Standing::Seen;
+    const bool isAgreeing = agrees(application, pool, participant);
+    // After a contact logs differ when the other side lacks some of ours; what it has that we lack
+    // made it wait in the queue.
+    const bool hasNews =
+        !isAgreeing && (isSeenOnly || application.scheduler().queue().contains(participant));
+    if (hasNews) ++facts.unasked;
+    if (isSeenOnly && isAgreeing) ++facts.agreeing;
+    if (isSeenOnly) continue;
+    ++facts.reachable;
+    reachable.insert(participant->userId());
   }
   if (facts.missing > 0) facts.isObtainable = holdsMissing(*snapshot, reachable);
   const auto& syncing = application.scheduler().syncingParticipant();

@@ -23,7 +23,8 @@ enum class FolderStateKind {
   Fetching,
   Missing,   ///< and nobody present has them
   Alone,     ///< nobody else is present
-  Checking,  ///< before the first whole scan and a log exchange with somebody present
+  Checking,  ///< before the first whole scan, and before logs were compared with somebody
+             ///< present
   InStep,
 };
 
@@ -41,8 +42,9 @@ struct FolderFacts {
   std::size_t missing = 0;    ///< files
   bool isObtainable = false;  ///< somebody reachable has one of the missing
   std::size_t present = 0;    ///< others that are seen
-  std::size_t unasked = 0;    ///< of these: not contacted yet, or announced news since
+  std::size_t unasked = 0;    ///< of these: their logs differ from ours, and were not fetched since
   std::size_t reachable = 0;  ///< of these: the last contact worked
+  std::size_t agreeing = 0;   ///< of these: not contacted yet, but they announce the logs we have
   std::size_t differing = 0;  ///< of these: refused for a different password
   bool isSyncing = false;
   std::size_t filesDone = 0;    ///< of the copy run in progress
