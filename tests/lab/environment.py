@@ -4,7 +4,7 @@ import json
 import signal
 import time
 
-from lab import Process, check, converge, wait_until
+from lab import Process, ZOLVAR, check, converge, wait_until
 
 NOTICES_STUB = "/run/programs/tests/lab/notices-stub"
 TIME_SERVER = """
@@ -217,3 +217,28 @@ def scenario_hanging_discovery(lab):
     finally:
         ann.avahi.send(signal.SIGCONT)
     converge(here, there)
+
+
+def scenario_autostart(lab):
+    """The window enters itself into what the desktop starts, once, and wherever it has moved to."""
+    bob = lab.host("beta")
+    bob.stop()
+    entry = bob.seen(bob.home / ".config/autostart/zolvar.desktop")
+    moved = "/home/moved"
+    bob.shell(f"mkdir {moved}; mount --bind /run/programs/bin {moved}")
+    bob.environment["QT_QPA_PLATFORM"] = "offscreen"
+    seen = []
+    for folder in ("/run/programs/bin", "/run/programs/bin", moved):
+        window = Process(bob, [f"{folder}/zolvar-desktop", "--hidden"],
+                         bob.directory / "window.log", bob.uid)
+        command = f'\nExec="{folder}/zolvar-desktop" --hidden\n'
+        wait_until(lambda: entry.exists() and command in entry.read_text(), 30,
+                   lambda: f"no entry for {folder}: {entry.exists() and entry.read_text()}")
+        wait_until(lambda: bob.run([ZOLVAR, "status"]).returncode == 0, 30, "it does not answer")
+        seen.append(entry.stat().st_mtime_ns)
+        # As at the end of a session: it shall be there in the next one.
+        check(window.end() == 0, "the window did not end cleanly")
+        check(entry.exists(), "the entry went with the session")
+    check(seen[0] == seen[1], "an entry in order was written again")
+    check(len(list(entry.parent.iterdir())) == 1, "there are two entries")
+    bob.start()

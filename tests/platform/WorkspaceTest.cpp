@@ -168,9 +168,9 @@ TEST_F(AutostartTest, startsAtLoginOnce) {
   const auto written = std::filesystem::last_write_time(entry.path());
   ASSERT_TRUE(entry.enable("/usr/bin/zolvar-desktop"));
   EXPECT_EQ(std::filesystem::last_write_time(entry.path()), written);
-  EXPECT_NE(content().find("\nExec=\"/usr/bin/zolvar-desktop\"\n"), std::string::npos);
+  EXPECT_NE(content().find("\nExec=\"/usr/bin/zolvar-desktop\" --hidden\n"), std::string::npos);
   ASSERT_TRUE(entry.enable("/opt/a \"b\" $c\\100%/zolvar"));
-  EXPECT_NE(content().find("\nExec=\"/opt/a \\\\\"b\\\\\" \\\\$c\\\\\\\\100%%/zolvar\"\n"),
+  EXPECT_NE(content().find("\nExec=\"/opt/a \\\\\"b\\\\\" \\\\$c\\\\\\\\100%%/zolvar\" --hidden\n"),
             std::string::npos)
       << content();
   EXPECT_TRUE(entry.isEnabled());

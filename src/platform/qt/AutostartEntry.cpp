@@ -40,7 +40,7 @@ Result<> AutostartEntry::enable(const std::string& program) const {
       "Comment=Keeps folders in step on the local network\n"
       "Exec=" +
       quoted(program) +
-      "\n"
+      " --hidden\n"
       "Icon=zolvar\n"
       "Terminal=false\n");
   const QString path = QString::fromStdString(path_);

@@ -13,7 +13,8 @@ class AutostartEntry {
   /// `configFolder` is the user's XDG configuration folder.
   explicit AutostartEntry(const std::string& configFolder);
 
-  /// Makes the entry start `program`; an entry that does so already is not touched.
+  /// Makes the entry start `program` without its window; an entry that does so already is not
+  /// touched, any other is replaced.
   [[nodiscard]] Result<> enable(const std::string& program) const;
   /// Absent is success.
   [[nodiscard]] Result<> disable() const;
