@@ -257,6 +257,16 @@ void Operations::tree(const std::string& name, const std::string& path,
   (*pool)->treeDescription(path, std::move(done));
 }
 
+void Operations::history(const std::string& name, const std::string& path,
+                         std::function<void(Result<FileHistory>)> done) {
+  const auto pool = subscribed(name);
+  if (!pool) return done(tl::unexpected(pool.error()));
+  if (!isSafeRelativePath(path)) {
+    return done(refusal(fmt::format("'{}' is no path of a file in '{}'.", path, name)));
+  }
+  (*pool)->history(path, std::move(done));
+}
+
 std::vector<OpenQuestion> Operations::questions() const {
   std::vector<OpenQuestion> questions;
   for (const auto& [name, presence] : application_.peer().filePoolsByName()) {
@@ -303,6 +313,18 @@ Result<> Operations::sync(const std::optional<std::string>& name) {
     }
   }
   return {};
+}
+
+Result<> Operations::syncWith(const std::string& name, const std::string& userId) {
+  const auto pool = subscribed(name);
+  if (!pool) return tl::unexpected(pool.error());
+  if (const auto paused = pauseProblem(name)) return tl::unexpected(*paused);
+  for (const auto& participant : application_.peer().presence(name)->participants()) {
+    if (participant->userId() != userId || participant->isLocalParticipant()) continue;
+    application_.scheduler().syncWithParticipant(participant);
+    return {};
+  }
+  return refusal(fmt::format("'{}' does not take part in '{}' now.", userId, name));
 }
 
 Result<> Operations::syncAndWait(const std::string& name,

@@ -9,6 +9,7 @@
 
 #include "app/Contacts.h"
 #include "app/FolderState.h"
+#include "pool/FileHistory.h"
 #include "pool/ParticipantAddress.h"
 #include "pool/PoolSnapshot.h"
 #include "pool/VersionStore.h"
@@ -113,6 +114,9 @@ class Operations {
   [[nodiscard]] Result<std::vector<Conflict>> conflicts(const std::string& name) const;
   void tree(const std::string& name, const std::string& path,
             std::function<void(Result<std::string>)> done);
+  /// The same as a value.
+  void history(const std::string& name, const std::string& path,
+               std::function<void(Result<FileHistory>)> done);
   [[nodiscard]] std::vector<OpenQuestion> questions() const;
   [[nodiscard]] ProgramStatus status() const;
 
@@ -135,6 +139,9 @@ class Operations {
   /// `when`: the id of a kept version, or the beginning of the time it was kept at, see whenText.
   void restore(const std::string& name, const std::string& path, const std::string& when,
                Done done);
+  /// Keeps what lies here now, so that it can be restored; `done` is told its id.
+  void keep(const std::string& name, const std::string& path,
+            std::function<void(Result<std::string>)> done);
 
   // Pauses; without a name: of everything.
   Result<> pause(const std::optional<std::string>& name, std::optional<double> seconds);
@@ -144,6 +151,8 @@ class Operations {
 
   // Syncs.
   Result<> sync(const std::optional<std::string>& name);
+  /// With one participant.
+  Result<> syncWith(const std::string& name, const std::string& userId);
   /// Syncs with all participants of the pool; `progressed` is called while files come, `done` when
   /// everybody was tried.
   Result<> syncAndWait(const std::string& name,

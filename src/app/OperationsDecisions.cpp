@@ -99,6 +99,16 @@ void Operations::versions(const std::string& name, const std::string& path,
   (*pool)->keptVersions(path, std::move(done));
 }
 
+void Operations::keep(const std::string& name, const std::string& path,
+                      std::function<void(Result<std::string>)> done) {
+  const auto pool = subscribed(name);
+  if (!pool) return done(tl::unexpected(pool.error()));
+  if (!isSafeRelativePath(path)) {
+    return done(refusal(fmt::format("'{}' is no path of a file in '{}'.", path, name)));
+  }
+  (*pool)->keepVersion(path, std::move(done));
+}
+
 void Operations::restore(const std::string& name, const std::string& path, const std::string& when,
                          Done done) {
   versions(name, path,

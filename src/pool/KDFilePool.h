@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/RunLoop.h"
+#include "pool/FileHistory.h"
 #include "pool/Pace.h"
 #include "pool/ParticipantAddress.h"
 #include "pool/PoolNotifications.h"
@@ -131,6 +132,9 @@ class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
   void answerQuestion(std::uint64_t questionId, int code, Done done);  ///< 1000 re-get, 1001 delete
   void deleteMissing(const std::set<std::string>& paths, Done done);   ///< logs them as deleted
   void treeDescription(const std::string& path, std::function<void(Result<std::string>)> done);
+  void history(const std::string& path, std::function<void(Result<FileHistory>)> done);
+  /// Keeps the content that lies here among the versions to be had back; `done` is told its id.
+  void keepVersion(const std::string& path, std::function<void(Result<std::string>)> done);
   /// Versions of a file that fetches have replaced, newest first.
   void keptVersions(const std::string& path,
                     std::function<void(Result<std::vector<StoredVersion>>)> done);

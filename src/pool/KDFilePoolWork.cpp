@@ -123,6 +123,24 @@ void KDFilePool::treeDescription(const std::string& path,
                            std::move(done));
 }
 
+void KDFilePool::history(const std::string& path,
+                         std::function<void(Result<FileHistory>)> done) {
+  onStateLane<FileHistory>([=](KDPoolState& state) { return state.history(path); },
+                           std::move(done));
+}
+
+void KDFilePool::keepVersion(const std::string& path,
+                             std::function<void(Result<std::string>)> done) {
+  onStateLane<std::string>(
+      [path, hash = nameHash(), root = folderPath_,
+       &platform = platform_](KDPoolState&) -> Result<std::string> {
+        const auto folder = platform.fileSystem.open(root);
+        if (!folder) return tl::unexpected(folder.error());
+        return VersionStore(platform).keep(hash, path, **folder);
+      },
+      std::move(done));
+}
+
 void KDFilePool::keptVersions(const std::string& path,
                               std::function<void(Result<std::vector<StoredVersion>>)> done) {
   onStateLane<std::vector<StoredVersion>>(

@@ -24,6 +24,7 @@
 
 namespace zolvar {
 
+struct FileHistory;
 struct Platform;
 
 /// Everything that a pool knows about its files: logs, version tree, selections, to-do list,
@@ -60,6 +61,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   Result<> answerQuestion(std::uint64_t questionId, int code);
   Result<> deleteMissing(const std::set<std::string>& paths);
   [[nodiscard]] Result<std::string> treeDescription(const std::string& path) const;
+  [[nodiscard]] Result<FileHistory> history(const std::string& path) const;
   /// Puts a kept version back in place; the next scan logs it as a change of ours.
   Result<> restoreVersion(const std::string& path, const std::string& id);
   /// Modification time of a version, for fetching it.

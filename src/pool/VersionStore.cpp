@@ -195,7 +195,8 @@ Result<> VersionStore::restore(const std::string& poolHash, const std::string& p
   }
   if (current) {
     time = std::max(time, current->modTime + 1);
-    if (const auto saved = keepBeforeRestore(poolHash, path, folder); !saved) return saved;
+    const auto saved = keep(poolHash, path, folder);
+    if (!saved) return tl::unexpected(saved.error());
   } else if (current.error().kind != FailureKind::Absent) {
     return tl::unexpected(current.error());
   }
@@ -208,22 +209,26 @@ Result<> VersionStore::restore(const std::string& poolHash, const std::string& p
 }
 
 /// A second name for the file goes into the store; its own is then taken over by another file.
-Result<> VersionStore::keepBeforeRestore(const std::string& poolHash, const std::string& path,
-                                         Folder& folder) {
+Result<std::string> VersionStore::keep(const std::string& poolHash, const std::string& path,
+                                       Folder& folder) {
   const auto root = folder.currentPath();
   if (!root) return tl::unexpected(root.error());
   const std::string aside = joinPath(MetadataFolderName, ".restoring");
   static_cast<void>(folder.removeFile(aside));
-  if (const auto linked = folder.link(path, aside); !linked) return linked;
+  if (const auto linked = folder.link(path, aside); !linked) {
+    return tl::unexpected(linked.error());
+  }
   // Closed from the start, since nothing has to be settled; and of another name, since a copy run
   // may start in the same second.
   const auto run = startFolder(poolHash, "r", "");
-  if (!run) return tl::unexpected(run.error());
+  if (!run) return run;
   const std::string place = joinPath(relative(*run), path);
   if (const auto made = folder_->makeDirectories(std::string(parentPath(place))); !made) {
-    return made;
+    return tl::unexpected(made.error());
   }
-  return folder_->moveIn(joinPath(*root, aside), place);
+  const auto moved = folder_->moveIn(joinPath(*root, aside), place);
+  if (!moved) return tl::unexpected(moved.error());
+  return std::string(lastPathComponent(*run));
 }
 
 // Pruning.

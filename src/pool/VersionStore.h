@@ -76,6 +76,9 @@ class VersionStore {
   /// the store. Fails: Absent (no such version), Refused (a folder lies there).
   Result<> restore(const std::string& poolHash, const std::string& path, const std::string& id,
                    Folder& folder);
+  /// Keeps what lies at the path now, as a replacement would; the id of the kept version. The file
+  /// stays where it is.
+  Result<std::string> keep(const std::string& poolHash, const std::string& path, Folder& folder);
   /// Removes what the limits do not cover of each pool, and runs that have become empty.
   Result<> prune(const VersionLimits& limits);
 
@@ -83,7 +86,6 @@ class VersionStore {
   Result<> open();
   Result<std::string> startFolder(const std::string& poolHash, std::string_view prefix,
                                   std::string_view suffix);
-  Result<> keepBeforeRestore(const std::string& poolHash, const std::string& path, Folder& folder);
   void prunePool(const std::string& pool, const VersionLimits& limits);
   [[nodiscard]] std::string relative(const std::string& runFolder) const;
 
