@@ -82,6 +82,7 @@ class FirewalldStub : public QDBusVirtualObject {
   }
   [[nodiscard]] QString introspect(const QString&) const override { return {}; }
   bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+    asked.append(message.member());
     const QString argument = message.arguments().value(0).toString();
     if (isMute || (refuses == message.member())) {
       if (!isMute) bus.send(message.createErrorReply(QDBusError::AccessDenied, QString()));
@@ -105,11 +106,47 @@ class FirewalldStub : public QDBusVirtualObject {
 
   QMap<QString, QVariantMap> zones;
   QMap<QString, QVariantMap> services;
+  QStringList asked;
   QString refuses;  ///< a method
   bool isMute = false;
 
  private:
   inline static const QString Name = QStringLiteral("firewalld");
+  QDBusConnection bus_;
+};
+
+/// A polkit that lets nobody look at the settings without a password.
+class PolkitStub : public QDBusVirtualObject {
+ public:
+  PolkitStub() : bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, Name)) {
+    EXPECT_TRUE(
+        bus_.registerVirtualObject(QStringLiteral("/org/freedesktop/PolicyKit1/Authority"), this));
+    EXPECT_TRUE(bus_.registerService(QStringLiteral("org.freedesktop.PolicyKit1")));
+  }
+  ~PolkitStub() override {
+    bus_.unregisterService(QStringLiteral("org.freedesktop.PolicyKit1"));
+    QDBusConnection::disconnectFromBus(Name);
+  }
+  [[nodiscard]] QString introspect(const QString&) const override { return {}; }
+  bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+    signature = message.signature();
+    flags = message.arguments().value(3).toUInt();
+    QDBusArgument result;
+    result.beginStructure();
+    result << isAllowed << !isAllowed;
+    result.beginMap(QMetaType(QMetaType::QString), QMetaType(QMetaType::QString));
+    result.endMap();
+    result.endStructure();
+    bus.send(message.createReply(QVariant::fromValue(result)));
+    return true;
+  }
+
+  bool isAllowed = false;
+  QString signature;
+  uint flags = 99;
+
+ private:
+  inline static const QString Name = QStringLiteral("polkit");
   QDBusConnection bus_;
 };
 
@@ -164,6 +201,17 @@ TEST_F(FirewallServiceTest, asksTheZonesOfTheLocalNetwork) {
   stub.refuses.clear();
   stub.zones[home] = {{QStringLiteral("rules_str"), QStringList{QStringLiteral("rule accept")}}};
   EXPECT_EQ(ask({"eth0"}), FirewallAnswer::CannotTell);
+}
+
+TEST_F(FirewallServiceTest, neverHasAPasswordAskedFor) {
+  FirewalldStub stub;
+  PolkitStub polkit;
+  EXPECT_EQ(ask({"eth0"}), FirewallAnswer::CannotTell);
+  EXPECT_FALSE(stub.asked.contains(QStringLiteral("getZoneSettings2")));
+  EXPECT_EQ(polkit.signature, QStringLiteral("(sa{sv})sa{ss}us"));
+  EXPECT_EQ(polkit.flags, 0U);
+  polkit.isAllowed = true;
+  EXPECT_EQ(ask({"eth0"}), FirewallAnswer::Blocked);
 }
 
 TEST_F(FirewallServiceTest, waitsForNobody) {

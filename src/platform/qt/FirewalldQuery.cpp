@@ -32,6 +32,11 @@ constexpr int Patience = 5000;  // milliseconds a call
 using Ports = QList<QPair<QString, QString>>;
 using ActiveZones = QMap<QString, QMap<QString, QStringList>>;
 
+bool isAbsence(const QDBusMessage& reply) {
+  return std::find(std::begin(Absences), std::end(Absences), reply.errorName()) !=
+         std::end(Absences);
+}
+
 bool isAnswer(const QDBusMessage& reply) {
   return reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty();
 }
@@ -44,6 +49,16 @@ void addPorts(const QVariantMap& settings, FirewalldZone& zone) {
   for (const auto& [range, protocol] : qdbus_cast<Ports>(settings.value(QStringLiteral("ports")))) {
     zone.ports.emplace_back(range.toStdString(), protocol.toStdString());
   }
+}
+
+/// In polkit's answer.
+bool isAuthorized(const QDBusMessage& reply) {
+  const auto result = qvariant_cast<QDBusArgument>(reply.arguments().constFirst());
+  bool isAuthorized = false;
+  if (result.currentType() != QDBusArgument::StructureType) return false;
+  result.beginStructure();
+  result >> isAuthorized;
+  return isAuthorized;
 }
 
 QStringList listIn(const QVariantMap& settings, const char* key) {
@@ -60,10 +75,7 @@ FirewalldQuery::FirewalldQuery(QDBusConnection bus, std::set<std::string> interf
       answered_(std::move(answered)) {
   call(Zone, "getActiveZones", {}, [this](const QDBusMessage& reply) {
     if (isAnswer(reply)) return readDefaultZone(reply);
-    const QString& error = reply.errorName();
-    const bool isThere =
-        std::find(std::begin(Absences), std::end(Absences), error) == std::end(Absences);
-    finish(isThere ? std::optional(FirewallAnswer::CannotTell) : std::nullopt);
+    finish(isAbsence(reply) ? std::nullopt : std::optional(FirewallAnswer::CannotTell));
   });
 }
 
@@ -73,6 +85,10 @@ void FirewalldQuery::call(const char* interface, const char* method, const QVari
       Service, Path, QString::fromLatin1(interface), QString::fromLatin1(method));
   message.setArguments(arguments);
   message.setAutoStartService(false);
+  send(message, std::move(reply));
+}
+
+void FirewalldQuery::send(const QDBusMessage& message, Reply reply) {
   auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(message, Patience), this);
   connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, reply = std::move(reply)] {
     watcher->deleteLater();
@@ -95,9 +111,38 @@ void FirewalldQuery::readDefaultZone(const QDBusMessage& activeZones) {
     if (needed && !isAnswer(reply)) return finish(FirewallAnswer::CannotTell);
     if (needed) zones_[reply.arguments().constFirst().toString()];
     if (zones_.empty()) return finish(FirewallAnswer::CannotTell);
-    unanswered_ = static_cast<int>(zones_.size());
-    for (const auto& [zone, unused] : zones_) readZone(zone);
+    askPermission([this](const QDBusMessage& answer) {
+      // Without polkit, firewalld decides by user and asks nobody.
+      const bool mayAsk = isAnswer(answer) ? isAuthorized(answer) : isAbsence(answer);
+      if (!mayAsk) return finish(FirewallAnswer::CannotTell);
+      readZones();
+    });
   });
+}
+
+void FirewalldQuery::askPermission(Reply reply) {
+  QDBusArgument subject;
+  subject.beginStructure();
+  subject << QStringLiteral("system-bus-name")
+          << QVariantMap{{QStringLiteral("name"), bus_.baseService()}};
+  subject.endStructure();
+  QDBusArgument details;
+  details.beginMap(QMetaType(QMetaType::QString), QMetaType(QMetaType::QString));
+  details.endMap();
+  constexpr uint AskNobody = 0;
+  QDBusMessage message = QDBusMessage::createMethodCall(
+      QStringLiteral("org.freedesktop.PolicyKit1"),
+      QStringLiteral("/org/freedesktop/PolicyKit1/Authority"),
+      QStringLiteral("org.freedesktop.PolicyKit1.Authority"), QStringLiteral("CheckAuthorization"));
+  message << QVariant::fromValue(subject)
+          << QStringLiteral("org.fedoraproject.FirewallD1.config.info")
+          << QVariant::fromValue(details) << AskNobody << QString();
+  send(message, std::move(reply));
+}
+
+void FirewalldQuery::readZones() {
+  unanswered_ = static_cast<int>(zones_.size());
+  for (const auto& [zone, unused] : zones_) readZone(zone);
 }
 
 void FirewalldQuery::readZone(const QString& zone) {

@@ -20,6 +20,9 @@ namespace zolvar {
 /// force there, their settings, and the ports of their services, each with a call that nothing
 /// waits for. Its owner destroys it after the answer, which ends what is still under way. Main
 /// thread. Whatever cannot be learnt makes the answer CannotTell; none when firewalld does not run.
+///
+/// Where a zone's settings are for administrators only, firewalld would have its caller's password
+/// asked for, out of the blue. So polkit is asked first whether we may without.
 class FirewalldQuery final : public QObject {
  public:
   using Answered = std::function<void(std::optional<FirewallAnswer>)>;
@@ -33,7 +36,10 @@ class FirewalldQuery final : public QObject {
   using Reply = std::function<void(const QDBusMessage& reply)>;
 
   void call(const char* interface, const char* method, const QVariantList& arguments, Reply reply);
+  void send(const QDBusMessage& message, Reply reply);
+  void askPermission(Reply reply);
   void readDefaultZone(const QDBusMessage& activeZones);
+  void readZones();
   void readZone(const QString& zone);
   void readService(const QString& zone, const QString& service);
   void noteAnswer();
