@@ -48,6 +48,7 @@ struct AppHost {
   void start() {
     Application::Settings settings;
     settings.version = "1.2";
+    settings.resourceFolder = resourceFolder;
     auto made = Application::make(std::move(settings), platform);
     if (!made) throw std::runtime_error(refusalText(made.error()));
     app = std::move(*made);
@@ -103,6 +104,7 @@ struct AppHost {
 
   SimulatedPlatform platform;
   RecordingObserver observer;
+  std::string resourceFolder;
   std::unique_ptr<Application> app;
   std::unique_ptr<Operations> operations;
 };
