@@ -85,5 +85,41 @@ TEST(VersionStoreTest, keepsRunsApartUntilTheyAreLookedThroughAndGrowOld) {
   EXPECT_TRUE(host.files.exists(other));
 }
 
+TEST(VersionStore, boundsEachPoolByItselfAndGivesVersionsBack) {
+  SimulatedPlatform host;
+  VersionStore store(host);
+  const std::string big(700 << 10, 'x');
+  std::vector<std::string> runs;
+  for (const char* pool : {"one", "two"}) {
+    runs.push_back(*store.startRun(pool));
+    host.files.write(runs.back() + "/d/a", big, 1000);
+    ASSERT_TRUE(store.closeRun(runs.back()));
+  }
+  ASSERT_TRUE(store.prune({30, 1}));
+  ASSERT_EQ(1U, store.versionsOf("one", "d/a")->size());
+  const auto kept = *store.versionsOf("two", "d/a");
+  ASSERT_EQ(1U, kept.size()) << "another pool's versions count";
+  EXPECT_EQ(1000, kept[0].modTime);
+  EXPECT_TRUE(store.versionsOf("two", "d")->empty()) << "a folder is no version";
+
+  ASSERT_TRUE(host.files.makeFolder("/pool/.Zolvar"));
+  const auto folder = *host.files.open("/pool");
+  EXPECT_EQ(FailureKind::Absent, store.restore("two", "d/a", "1-0", *folder).error().kind);
+  ASSERT_TRUE(host.files.makeFolder("/pool/d/a"));
+  EXPECT_EQ(FailureKind::Refused, store.restore("two", "d/a", kept[0].id, *folder).error().kind);
+  host.files.remove("/pool/d/a");
+  // What lies there is dated in the future, and the restored file must still be newer.
+  const auto future = static_cast<std::int64_t>(host.clock.now()) + 500;
+  host.files.write("/pool/d/a", "present", future);
+  ASSERT_TRUE(store.restore("two", "d/a", kept[0].id, *folder));
+  EXPECT_EQ(big, host.files.readAll("/pool/d/a"));
+  EXPECT_EQ(future + 1, host.files.attributesOf("/pool/d/a")->modTime);
+  const auto now = *store.versionsOf("two", "d/a");
+  ASSERT_EQ(1U, now.size());
+  EXPECT_EQ(future, now[0].modTime);
+  EXPECT_TRUE(store.openRuns("two")->empty()) << "no sync may take it for its own";
+  EXPECT_TRUE(folder->list(".Zolvar")->empty()) << "something is left aside";
+}
+
 }  // namespace
 }  // namespace zolvar
