@@ -6,6 +6,7 @@
 #include "log/LogReader.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
+#include "pool/FileBeginning.h"
 #include "pool/KDPoolState.h"
 #include "pool/ScanDecision.h"
 #include "util/PathRules.h"
@@ -224,6 +225,15 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     // Moved aside by a rename, it is the very file that the record describes.
     if (disk && disk->kind == saved->kind && disk->size == saved->size &&
         disk->modTime == saved->modTime) {
+      continue;
+    }
+    const std::string_view savedName = lastPathComponent(file.savedPath);
+    const auto kept = folder_->attributes(file.path);
+    if (disk && kept && kept->kind == FileKind::Regular && disk->isUnchanged(*kept) &&
+        saved->kind == FileKind::Regular && saved->size <= kept->size &&
+        isBeginningOf(**place, savedName, *folder_, file.path)) {
+      // Nothing was replaced: the saving itself was cut off, by a full disk as a rule.
+      (void)(*place)->removeFile(savedName);
       continue;
     }
     if (tree_->versionWithModTime(*path, comparedTime(*saved), settings_.userId)) continue;

@@ -348,6 +348,22 @@ TEST_F(KDPoolStateTest, anEditOfTheLastSecondsBecomesABranch) {
   EXPECT_EQ(*host.files.readAll(path("f")), "edit");
 }
 
+TEST_F(KDPoolStateTest, aSavingThatWasCutOffIsNoEdit) {
+  arrives("bob@beta.local", {line(100, 0, "f", 90)});
+  fetch("f", "first", 90);
+  arrives("bob@beta.local", {line(200, 100, "f", 190)});
+  const std::string saved = "/home/user/.local/share/Zolvar/versions/run/f";
+  for (const char* beginning : {"", "fir", "first"}) {
+    host.files.save(saved, beginning);
+    state->settleReplacedFiles({{"f", saved}});
+    EXPECT_EQ(host.files.readAll(path("f")).value_or(""), "first");
+    EXPECT_FALSE(host.files.exists(saved));
+  }
+  host.clock.advance(20);
+  scan();
+  EXPECT_TRUE(heard.snapshot->conflicts->empty());
+}
+
 TEST_F(KDPoolStateTest, fetchesAWantedFileThatWasErasedMeanwhile) {
   arrives("bob@beta.local", {line(100, 0, "f", 90)});
   fetch("f", "first", 90);
