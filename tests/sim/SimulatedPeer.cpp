@@ -27,6 +27,7 @@ void SimulatedPeer::start() {
   Application::Settings settings;
   settings.version = "test";
   settings.asksPeople = true;
+  settings.pace = pace;
   auto made = Application::make(settings, host.platform());
   ASSERT_TRUE(made.has_value()) << made.error().message();
   application_ = std::move(*made);
@@ -209,6 +210,7 @@ SimulatedPeer& Net::peer(const std::string& name) {
   auto& peer = peers_[name];
   if (peer == nullptr) {
     peer = std::make_unique<SimulatedPeer>(world, name);
+    peer->pace = pace;
     peer->start();
   }
   return *peer;

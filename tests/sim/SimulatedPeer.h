@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -59,6 +60,7 @@ class SimulatedPeer {
   [[nodiscard]] std::string fingerprint();
 
   SimulatedPlatform host;
+  std::optional<Pace> pace;  ///< of the next start
 
  private:
   using Start = std::function<void(Operations::Done)>;
@@ -74,6 +76,7 @@ class SimulatedPeer {
 class Net {
  public:
   SimulatedWorld world;
+  std::optional<Pace> pace;  ///< of computers made from now on
 
   /// The computer of that name; made, and its program started, at the first use.
   SimulatedPeer& peer(const std::string& name);

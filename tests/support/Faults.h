@@ -39,6 +39,7 @@ class Faults {
     plans_.clear();
     isFrozen_ = false;
   }
+  [[nodiscard]] bool isFrozen() const { return isFrozen_; }
   [[nodiscard]] std::size_t calls() const { return calls_; }
 
   /// Called before each operation, also to change the world in the middle of something.

@@ -136,6 +136,11 @@ Result<> SimulatedFolder::append(std::string_view path, std::string_view bytes) 
   std::string content;
   if (const auto old = tree_.find(root_, path); old && (*old)->kind == FileKind::Regular) {
     content = (*old)->content;
+    if (bytes.empty()) {  // only flushes what others wrote
+      (*old)->durable.reset();
+      (*old)->isFlushed = true;
+      return {};
+    }
   }
   const auto written = tree_.writeFile(*place, content.append(bytes), true);
   if (!written) return failed(written, "append", path);

@@ -1,0 +1,159 @@
+#include "sim/Contents.h"
+
+#include <functional>
+#include <sstream>
+#include <unordered_set>
+
+namespace zolvar {
+namespace {
+
+using Node = SimulatedTree::Node;
+
+void eachFile(
+    const Node& node, const std::string& path,
+    const std::function<void(const std::string& path, const SimulatedNode& file)>& visit) {
+  if (!node->isDirectory()) visit(path, *node);
+  for (const auto& [name, child] : node->children) eachFile(child, path + "/" + name, visit);
+}
+
+std::vector<std::string> fieldsOf(const std::string& line) {
+  std::vector<std::string> fields;
+  for (std::size_t at = 1; at < line.size();) {
+    const std::size_t end = std::min(line.find('"', at), line.size());
+    fields.push_back(line.substr(at, end - at));
+    at = end + 3;  // "," between quotes; the paths of schedules hold neither
+  }
+  return fields;
+}
+
+}  // namespace
+
+std::string Contents::make(std::size_t size) {
+  std::string content = "w" + std::to_string(++count_) + ".";
+  content.resize(std::max(content.size(), size == 0 ? 10 + count_ : size), '.');
+  return content;
+}
+
+void Contents::wrote(SimulatedPeer& author, const std::string& path, const std::string& content) {
+  const auto attributes = author.host.files.attributesOf(author.path(path));
+  if (!attributes || attributes->kind != FileKind::Regular) return;
+  written_[content] = {author.name(), path, attributes->modTime, false, false};
+  history_[{author.name(), path}].emplace_back(content, attributes->modTime);
+}
+
+void Contents::moved(SimulatedPeer& peer, const std::string& path) {
+  const auto content = peer.host.files.readAll(peer.path(path));
+  if (!content) return;
+  for (const auto& [version, held] : versions_) {
+    if (held != *content || std::get<0>(version) != path) continue;
+    written_[*content].isLogged = true;  // moved back
+    return;
+  }
+  const bool wasReplaced = written_[*content].isReplaced;  // elsewhere
+  wrote(peer, path, *content);
+  written_[*content].isReplaced = wasReplaced;
+}
+
+std::multiset<std::string> Contents::inFolder(SimulatedPeer& peer) const {
+  std::multiset<std::string> found;
+  if (const auto node = peer.host.files.tree().resolve(peer.path(folder_))) {
+    eachFile(*node, {},
+             [&](const auto&, const SimulatedNode& file) { found.insert(file.content); });
+  }
+  return found;
+}
+
+void Contents::willChange(SimulatedPeer& peer) { before_ = inFolder(peer); }
+
+void Contents::changed(SimulatedPeer& peer) {
+  const auto now = inFolder(peer);
+  for (auto& [content, written] : written_) {
+    if (before_.count(content) > now.count(content)) written.isReplaced = true;
+  }
+}
+
+std::pair<std::string, std::int64_t> Contents::earlier(const SimulatedPeer& peer,
+                                                       const std::string& path) const {
+  const auto found = history_.find({peer.name(), path});
+  if (found == history_.end()) return {};
+  return found->second[found->second.size() / 2];
+}
+
+void Contents::noteLogged(const SimulatedPeer& peer) {
+  const std::string log = peer.host.files.readAll(peer.logPath(folder_, peer)).value_or("");
+  std::size_t& read = logRead_[peer.name()];
+  if (log.size() <= read) return;
+  std::istringstream lines(log.substr(read));
+  read = log.size();
+  for (std::string line; std::getline(lines, line);) {
+    const auto fields = fieldsOf(line);
+    if (fields.size() < 4 || fields[3] == "0") continue;
+    const std::string path = folder_ + "/" + fields[2];
+    const auto time = static_cast<std::int64_t>(std::stod(fields[3]));
+    std::string& content = versions_[{path, peer.userId(), std::stod(fields[0])}];
+    const auto attributes = peer.host.files.attributesOf(peer.path(path));
+    if (attributes && attributes->kind == FileKind::Directory) {
+      content = "/";
+    } else if (attributes && attributes->modTime == time) {
+      content = attributes->kind == FileKind::Link
+                    ? "-> " + peer.host.files.linkTarget(peer.path(path))
+                    : peer.read(path);
+    }
+    for (auto& [text, written] : written_) {
+      // A file whose time was a known version's gets the next second.
+      const bool isIt = text == content || (written.author == peer.name() && written.path == path &&
+                                            (written.time == time || written.time + 1 == time));
+      written.isLogged = written.isLogged || isIt;
+    }
+  }
+}
+
+void Contents::addLoggedPaths(const std::string& log, std::set<std::string>& paths) {
+  std::istringstream lines(log);
+  for (std::string line; std::getline(lines, line);) {
+    if (const auto fields = fieldsOf(line); fields.size() > 2) paths.insert(fields[2]);
+  }
+}
+
+std::string Contents::ofVersion(const std::string& path, const VersionId& version) const {
+  const auto found = versions_.find({folder_ + "/" + path, version.userId, version.logTime});
+  return found == versions_.end() ? std::string() : found->second;
+}
+
+std::string Contents::losses(const std::vector<SimulatedPeer*>& peers) const {
+  std::string text;
+  std::map<std::string, std::unordered_set<std::string_view>> found;
+  std::unordered_set<std::string_view> everywhere;
+  for (SimulatedPeer* peer : peers) {
+    auto& here = found[peer->name()];
+    const std::string home = peer->host.files.homeFolder();
+    std::size_t precious = 0;
+    eachFile(*peer->host.files.tree().resolve(home), {},
+             [&](const std::string& path, const SimulatedNode& file) {
+               // What a fetch replaced is kept for a while; that must not be needed to keep the
+               // promise.
+               const auto versions = path.find("/versions/");
+               const bool isKept = versions != std::string::npos &&
+                                   path.find(".open/", versions) == std::string::npos;
+               if (!isKept) here.insert(file.content);
+               if (path == "/other/x") precious += file.content == "precious" ? 1 : 2;
+               const bool isOurs = path.starts_with("/" + folder_ + "/") ||
+                                   path.starts_with("/.") || path == "/other/x";
+               if (!isOurs) text += peer->name() + " has made " + path + "\n";
+             });
+    if (precious != 1) text += peer->name() + " has changed what lies outside of the folder\n";
+    for (const auto& file : peer->host.files.trashed()) here.insert(file.content);
+    everywhere.insert(here.begin(), here.end());
+  }
+  for (const auto& [content, written] : written_) {
+    if (written.isReplaced) continue;
+    const bool isHere =
+        written.isLogged ? everywhere.contains(content) : found[written.author].contains(content);
+    if (isHere) continue;
+    text += content + (written.isLogged ? " is lost: " : ", not logged, is lost: ") +
+            written.author + " wrote it to " + written.path + "\n";
+  }
+  return text;
+}
+
+}  // namespace zolvar

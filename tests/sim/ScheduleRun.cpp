@@ -1,0 +1,601 @@
+#include "sim/ScheduleRun.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <gtest/gtest-spi.h>
+
+#include <algorithm>
+#include <array>
+#include <sstream>
+
+#include "support/TransferTool.h"
+
+namespace zolvar {
+namespace {
+
+const std::string Docs = "Docs";
+constexpr double LongestAnswer = 120;
+constexpr double Hour = 3600;
+constexpr double Start = 1'750'000'000;
+
+double number(const std::string& word) { return std::stod(word); }
+std::size_t whole(const std::string& word) { return std::stoul(word); }
+
+}  // namespace
+
+SimulatedPeer& ScheduleRun::peer(const std::string& name) {
+  const std::size_t before = net.peers().size();
+  SimulatedPeer& peer = net.peer(name);
+  if (net.peers().size() > before) {
+    peer.host.files.write("/home/user/other/x", "precious");
+    peer.host.files.flush();
+  }
+  return peer;
+}
+
+std::vector<SimulatedPeer*> ScheduleRun::active() {
+  std::vector<SimulatedPeer*> found;
+  for (SimulatedPeer* peer : net.peers()) {
+    if (peer->isRunning() && peer->snapshot(Docs)->phase == PoolPhase::Active) {
+      found.push_back(peer);
+    }
+  }
+  return found;
+}
+
+// Time and ends.
+
+void ScheduleRun::restart(SimulatedPeer& peer) {
+  restartsAt_.erase(peer.name());
+  if (peer.isRunning() || gone_.contains(peer.name())) return;
+  net.world.network.setUp(peer.name(), true);
+  peer.start();
+}
+
+/// Does something in which a computer may reach the end that is planned for it.
+void ScheduleRun::mayDie(const std::function<void()>& something) {
+  try {
+    something();
+    return;
+  } catch (const SimulatedCrash&) {
+    note("crash");
+  }
+  for (SimulatedPeer* dead : net.peers()) {
+    auto& files = dead->host.files;
+    if (!files.faults.isFrozen() && !dead->host.processes.faults.isFrozen()) continue;
+    const Plan plan = plans_[dead->name()];
+    dead->crash();
+    files.faults.beforeCall = {};
+    if (plan.losesUnflushed) {
+      files.powerLoss();
+      dead->setIsOn(false);
+      note("power cut");
+    }
+    restartsAt_[dead->name()] = net.world.clock.now() + plan.downtime;
+  }
+}
+
+void ScheduleRun::pass(double seconds) {
+  const double end = net.world.clock.now() + seconds;
+  do {
+    double until = end;
+    for (const auto& [name, time] : restartsAt_) until = std::min(until, time);
+    mayDie([&] {
+      net.advance(std::max(0.0, until - net.world.clock.now()));
+      const auto due = restartsAt_;
+      for (const auto& [name, time] : due) {
+        if (time <= net.world.clock.now()) restart(peer(name));
+      }
+    });
+  } while (net.world.clock.now() < end);
+  for (SimulatedPeer* peer : net.peers()) contents_.noteLogged(*peer);
+}
+
+void ScheduleRun::endPlans() {
+  net.world.network.heal();
+  net.world.network.loss = 0;
+  net.world.network.delay = 0.2;
+  net.world.network.repeatsNews = false;
+  for (SimulatedPeer* peer : net.peers()) {
+    peer->host.processes.troubles = {};
+    peer->host.files.faults.clear();
+    peer->host.files.faults.beforeCall = {};
+    peer->host.processes.faults.clear();
+  }
+}
+
+// Operations.
+
+void ScheduleRun::perform(const Operation& operation) {
+  const bool isDone = operation.peer == "-"
+                          ? performByNetwork(operation.words)
+                          : performByProgram(peer(operation.peer), operation.words) ||
+                                performByPerson(peer(operation.peer), operation.words);
+  if (!isDone) throw std::invalid_argument("Unknown operation: " + operation.words[0]);
+}
+
+bool ScheduleRun::performByNetwork(const Words& words) {
+  SimulatedNetwork& network = net.world.network;
+  const std::string& verb = words[0];
+  if (verb == "pace") {
+    net.pace = words[1] == "quick" ? Pace::quick() : Pace::normal();
+  } else if (verb == "partition") {
+    std::vector<std::set<std::string>> groups(1);
+    std::string name;
+    for (const char letter : words[1] + "|") {
+      if (letter != ',' && letter != '|') {
+        name += letter;
+        continue;
+      }
+      groups.back().insert(std::exchange(name, {}));
+      if (letter == '|') groups.emplace_back();
+    }
+    groups.pop_back();
+    network.partition(groups);
+    note("partition");
+  } else if (verb == "heal") {
+    network.heal();
+    drops_.clear();
+  } else if (verb == "news") {
+    network.delay = number(words[1]);
+    network.loss = number(words[2]);
+    network.repeatsNews = words.size() > 3;
+  } else {
+    return verb == "wait";
+  }
+  return true;
+}
+
+bool ScheduleRun::performByProgram(SimulatedPeer& peer, const Words& words) {
+  const std::string& verb = words[0];
+  auto& troubles = peer.host.processes.troubles;
+  if (verb == "skew") {
+    double& skew = skews_[peer.name()];
+    peer.host.clock.step(number(words[1]) - std::exchange(skew, number(words[1])));
+  } else if (verb == "quit") {
+    if (peer.isRunning()) peer.quit();
+  } else if (verb == "off") {
+    if (peer.isRunning()) peer.setIsOn(false);
+  } else if (verb == "start") {
+    restart(peer);
+  } else if (verb == "leave") {
+    if (peer.isRunning()) peer.setIsOn(false);
+    gone_.insert(peer.name());
+    note("left for ever");
+  } else if (verb == "crash" || verb == "powercut") {
+    plans_[peer.name()] = {number(words[2]), verb == "powercut"};
+    // Process calls are few: some of the numbers mean these.
+    const std::size_t nth = whole(words[1]);
+    auto& faults = nth % 8 == 0 ? peer.host.processes.faults : peer.host.files.faults;
+    if (peer.isRunning()) faults.crashAt(nth % 8 == 0 ? nth / 64 + 1 : nth);
+  } else if (verb == "cut") {
+    troubles.cutAfterFiles = whole(words[1]);
+  } else if (verb == "kill") {
+    troubles.killAfterFiles = whole(words[1]);
+  } else if (verb == "stall") {
+    troubles.stallAfterFiles = whole(words[1]);
+  } else if (verb == "slow") {
+    troubles.secondsPerFile = number(words[1]);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+bool ScheduleRun::performByPerson(SimulatedPeer& peer, const Words& words) {
+  const std::string& verb = words[0];
+  if (verb == "at" || verb == "during") {
+    if (!peer.isRunning()) return true;
+    const Words later(words.begin() + (verb == "at" ? 2 : 1), words.end());
+    if (verb == "during") {
+      peer.host.processes.troubles.duringFile = [this, &peer, later](const std::string&) {
+        peer.host.processes.troubles.duringFile = {};
+        change(peer, later);
+      };
+      return true;
+    }
+    auto countdown = std::make_shared<std::size_t>(whole(words[1]));
+    peer.host.files.faults.beforeCall = [this, &peer, later, countdown](auto, auto) {
+      if (*countdown == 0 || --*countdown > 0) return;
+      change(peer, later);
+    };
+    return true;
+  }
+  if (gone_.contains(peer.name()) || !net.world.network.isUp(peer.name())) return true;
+  if (verb == "copyfolder") {
+    copyFolder(this->peer(words[1]), peer);
+    return true;
+  }
+  constexpr std::array Programs = {"share",  "subscribe",     "unsubscribe", "password",
+                                   "answer", "deletemissing", "use",         "drop"};
+  if (std::find(Programs.begin(), Programs.end(), verb) == Programs.end()) {
+    change(peer, words);
+    return true;
+  }
+  if (!peer.isRunning()) return true;
+  const auto outcome = std::make_shared<std::optional<Result<>>>();
+  const auto done = [outcome](Result<> result) { *outcome = std::move(result); };
+  Operations& operations = peer.operations();
+  const auto pool = peer.application().peer().poolNamed(Docs);
+  const bool isActive = pool && pool->isActive();
+  const auto password = password_.empty() ? std::nullopt : std::optional(password_);
+  if (verb == "share") {
+    peer.host.files.makeFolder(peer.path(Docs));
+    operations.share(peer.path(Docs), password, done);
+  } else if (verb == "subscribe") {
+    if (isActive || peer.application().peer().presence(Docs) == nullptr) return true;
+    note("subscribed");
+    if (net.world.clock.now() > Start + 150) note("late subscription");
+    operations.subscribe(Docs, peer.path(Docs), password, done);
+  } else if (verb == "unsubscribe") {
+    if (isActive) note("unsubscribed");
+    if (isActive) (void)operations.unsubscribe(Docs);
+  } else if (verb == "password") {
+    password_ = words[1] == "-" ? "" : words[1];
+    if (isActive) operations.setPassword(Docs, password_, done);
+  } else if (verb == "answer") {
+    if (!isActive || peer.questioned(Docs).empty()) return true;
+    note("answer " + words[1]);
+    operations.answer(Docs, words[1] == "delete", done);
+  } else if (verb == "deletemissing") {
+    const auto missing = peer.missing(Docs);
+    if (isActive && !missing.empty()) pool->deleteMissing({missing[0]}, done);
+  } else if (isActive) {
+    decide(peer, verb == "use", whole(words[1]), whole(words[2]));
+  }
+  return true;
+}
+
+void ScheduleRun::decide(SimulatedPeer& peer, bool uses, std::size_t conflict,
+                         std::size_t version) {
+  const auto snapshot = peer.snapshot(Docs);
+  const auto& conflicts = *snapshot->conflicts;
+  if (conflicts.empty()) return;
+  const Conflict& chosen = conflicts[conflict % conflicts.size()];
+  const VersionId id = chosen.versions[version % chosen.versions.size()].id;
+  note(uses ? "use" : "drop");
+  if (!uses) {
+    const auto [last, isNew] = drops_.try_emplace(chosen.path, peer.name(), id.text());
+    if (!isNew && last->second.first != peer.name() && last->second.second != id.text()) {
+      note("crossed drops");
+    }
+  }
+  const auto done = [](Result<>) {};
+  if (uses) {
+    peer.operations().useVersion(Docs, chosen.path, id.text(), done);
+  } else {
+    peer.operations().dropVersion(Docs, chosen.path, id.text(), done);
+  }
+}
+
+void ScheduleRun::copyFolder(SimulatedPeer& from, SimulatedPeer& to) {
+  if (to.host.files.exists(to.path(Docs)) || !from.host.files.exists(from.path(Docs))) return;
+  from.host.files.copy(from.path(Docs), to.host.files, to.path(Docs));
+  to.host.files.remove(to.path(Docs) + "/.Zolvar");
+  to.host.files.remove(to.path(Docs) + "/.zolvar-aside");
+  note("copied by hand");
+}
+
+/// Makes something at the path, where nothing of another kind may lie, in a folder.
+void ScheduleRun::make(SimulatedPeer& peer, const std::string& path, FileKind kind,
+                       const std::function<void(const std::string& path)>& making) {
+  auto& files = peer.host.files;
+  const std::string absolute = peer.path(path);
+  std::string inWay;
+  for (std::size_t at = peer.path(Docs).size() + 1; at < absolute.size(); ++at) {
+    if (absolute[at] != '/') continue;
+    const auto above = files.attributesOf(absolute.substr(0, at));
+    if (above && above->kind != FileKind::Directory) {
+      inWay = absolute.substr(0, at);
+      break;
+    }
+  }
+  if (const auto here = files.attributesOf(absolute); here && here->kind != kind) inWay = absolute;
+  if (!inWay.empty()) {
+    if (kind != FileKind::Other) note("kind change");
+    files.remove(inWay);
+  }
+  making(absolute);
+}
+
+void ScheduleRun::change(SimulatedPeer& peer, const Words& words) {
+  const std::string& verb = words[0];
+  const std::string path = Docs + "/" + words[1];
+  auto& files = peer.host.files;
+  const std::string absolute = peer.path(path);
+  const auto makeFolder = [&](const std::string& place) {
+    (void)files.tree().makeDirectories(files.tree().root(), place.substr(1));
+  };
+  makeFolder(peer.path(Docs));
+  contents_.willChange(peer);
+  const auto old = files.attributesOf(absolute);
+  const bool isFile = old && old->kind == FileKind::Regular;
+  const auto write = [&](bool isSafe, std::int64_t time, const std::string& content) {
+    make(peer, path, FileKind::Regular, [&](const std::string& place) {
+      isSafe ? files.save(place, content, time) : files.write(place, content, time);
+      files.flush();
+      contents_.wrote(peer, path, content);
+    });
+  };
+  if (verb == "write" || verb == "save") {
+    write(verb == "save", -1, contents_.make());
+  } else if (verb == "keep" || verb == "lower") {
+    const std::int64_t before = old ? old->modTime : peer.host.clock.now();
+    const auto later = static_cast<std::int64_t>(words.size() > 2 ? whole(words[2]) : 0);
+    write(words.size() > 2, before - later, contents_.make());
+  } else if (verb == "samesize") {
+    write(true, -1, contents_.make(isFile ? old->size : 0));
+  } else if (verb == "recreate") {
+    files.remove(absolute);
+    write(false, -1, contents_.make());
+    note("re-created at once");
+  } else if (verb == "revert") {
+    const auto [content, time] = contents_.earlier(peer, path);
+    if (!content.empty()) write(true, time, content);
+  } else if (verb == "touch") {
+    if (isFile) write(false, -1, *files.readAll(absolute));
+  } else if (verb == "erase") {
+    files.remove(absolute);
+  } else if (verb == "mkdir") {
+    make(peer, path, FileKind::Directory, makeFolder);
+  } else if (verb == "link") {
+    make(peer, path, FileKind::Link, [&](const auto& place) { files.makeLink(place, words[2]); });
+  } else if (verb == "move") {
+    const std::string to = Docs + "/" + words[2];
+    const bool isInside = (to + "/").starts_with(path + "/") || (path + "/").starts_with(to + "/");
+    if (!old || isInside) return;
+    make(peer, to, FileKind::Other, [&](const auto& place) {
+      if (!files.exists(absolute)) return;  // it was in the way itself
+      files.move(absolute, place);
+    });
+    if (old->kind == FileKind::Regular && files.exists(peer.path(to))) {
+      contents_.moved(peer, to);
+    }
+  } else {
+    throw std::invalid_argument("Unknown operation: " + verb);
+  }
+  contents_.changed(peer);
+}
+
+// Checks.
+
+/// The version of a path in conflict that the computer's user has chosen.
+std::optional<VersionId> ScheduleRun::choice(SimulatedPeer& peer, const std::string& path) {
+  for (const Conflict& conflict : *peer.snapshot(Docs)->conflicts) {
+    if (conflict.path != path) continue;
+    for (const ConflictVersion& version : conflict.versions) {
+      if (version.isLocal) return version.id;
+    }
+  }
+  return std::nullopt;
+}
+
+void ScheduleRun::check(const std::string& when) {
+  const std::string losses = contents_.losses(net.peers());
+  if (!losses.empty() && problems_.empty()) problems_ = when + ":\n" + losses;
+}
+
+std::string ScheduleRun::fingerprint() {
+  std::string text;
+  for (SimulatedPeer* peer : net.peers()) text += peer->fingerprint() + "\n--\n";
+  return text;
+}
+
+void ScheduleRun::settle() {
+  std::string last = fingerprint();
+  for (double passed = 0; passed < 3 * Hour; passed += 120) {
+    pass(120);
+    const std::string now = fingerprint();
+    if (now == last) return;
+    last = now;
+  }
+  problems_ += "It never settles:\n" + last;
+}
+
+bool ScheduleRun::answerAll(bool deletes) {
+  bool isAny = false;
+  for (SimulatedPeer* peer : active()) {
+    if (peer->questioned(Docs).empty()) continue;
+    peer->operations().answer(Docs, deletes, [](Result<>) {});
+    isAny = true;
+  }
+  return isAny;
+}
+
+/// What nobody within reach has is given up by a person.
+bool ScheduleRun::giveUpUnreachable() {
+  const auto peers = active();
+  for (SimulatedPeer* peer : peers) {
+    for (const std::string& path : peer->missing(Docs)) {
+      const bool nobodyHasIt = std::all_of(peers.begin(), peers.end(), [&](SimulatedPeer* other) {
+        const auto missing = other->missing(Docs);
+        return std::find(missing.begin(), missing.end(), path) != missing.end();
+      });
+      if (!nobodyHasIt) continue;
+      note("given up");
+      const auto conflicts = peer->conflicts(Docs);
+      const auto conflict = std::find(conflicts.begin(), conflicts.end(), path);
+      if (conflict != conflicts.end()) {
+        decide(*peer, false, static_cast<std::size_t>(conflict - conflicts.begin()), 0);
+        return true;
+      }
+      peer->application().peer().poolNamed(Docs)->deleteMissing({path}, [](const Result<>&) {});
+      return true;
+    }
+  }
+  return false;
+}
+
+bool ScheduleRun::resolveOne() {
+  for (SimulatedPeer* peer : active()) {
+    if (peer->conflicts(Docs).empty()) continue;
+    decide(*peer, false, 0, counters_["drop"]);
+    return true;
+  }
+  return false;
+}
+
+void ScheduleRun::checkSame(const std::string& when) {
+  std::string found;
+  const auto peers = active();
+  std::map<std::string, std::string> trees;
+  std::set<std::string> conflicts;
+  for (SimulatedPeer* peer : peers) {
+    for (const std::string& path : peer->conflicts(Docs)) conflicts.insert(path);
+  }
+  const auto inConflict = [&](const std::string& path) {
+    return std::any_of(conflicts.begin(), conflicts.end(), [&](const std::string& conflict) {
+      return (path + "/").starts_with(conflict + "/");
+    });
+  };
+  std::map<std::string, std::string> expected;
+  for (SimulatedPeer* peer : peers) {
+    const auto say = [&](const std::string& text) { found += peer->name() + text + "\n"; };
+    auto contents = peer->contents(Docs);
+    const auto listed = peer->missing(Docs);
+    std::set<std::string> missing(listed.begin(), listed.end());
+    for (const Conflict& conflict : *peer->snapshot(Docs)->conflicts) {
+      std::size_t chosen = 0;
+      for (const ConflictVersion& version : conflict.versions) {
+        if (!version.isLocal) continue;
+        ++chosen;
+        const std::string wanted = contents_.ofVersion(conflict.path, version.id);
+        const std::string& here = contents[conflict.path];
+        // Chosen from somebody who has left, it stays on the list of missing files.
+        const bool isWithinReach = std::any_of(peers.begin(), peers.end(), [&](auto* other) {
+          const auto theirs = other->missing(Docs);
+          return other != peer && choice(*other, conflict.path) == version.id &&
+                 std::find(theirs.begin(), theirs.end(), conflict.path) == theirs.end();
+        });
+        if (!isWithinReach && missing.contains(conflict.path)) {
+          missing.erase(conflict.path);
+        } else if (!wanted.empty() && here != wanted) {
+          say(" has " + here + " at " + conflict.path + ", and chose " + wanted);
+        }
+      }
+      if (chosen != 1) say(" has chosen no version of " + conflict.path);
+    }
+    std::erase_if(contents, [&](const auto& file) { return inConflict(file.first); });
+    if (peer == peers.front()) expected = contents;
+    for (const auto& [path, content] : contents) {
+      const auto other = expected.find(path);
+      if (other != expected.end() && other->second == content) continue;
+      say(" has " + content + " at " + path + ", " + peers.front()->name() + " has " +
+          (other == expected.end() ? "nothing" : other->second));
+    }
+    for (const auto& [path, content] : expected) {
+      if (!contents.contains(path)) say(" lacks " + path + " with " + content);
+    }
+    for (const std::string& path : missing) say(" misses " + path);
+    for (const std::string& path : peer->questioned(Docs)) say(" asks about " + path);
+    if (!peer->snapshot(Docs)->trouble.empty()) say(": " + peer->snapshot(Docs)->trouble);
+    if (peer->application().scheduler().syncingParticipant()) say(" is still syncing");
+  }
+  for (SimulatedPeer* peer : net.peers()) {
+    if (!peer->isRunning() || peers.empty()) continue;
+    const PoolPhase phase = peer->snapshot(Docs)->phase;
+    if (phase == PoolPhase::Active || phase == PoolPhase::Inactive) continue;
+    found += peer->name() + " is still " + phaseName(phase) + "\n";
+  }
+  std::set<std::string> paths;
+  for (SimulatedPeer* peer : peers) {
+    for (SimulatedPeer* author : net.peers())
+      Contents::addLoggedPaths(peer->host.files.readAll(peer->logPath(Docs, *author)).value_or(""),
+                               paths);
+  }
+  for (const std::string& path : paths) {
+    for (SimulatedPeer* peer : peers) {
+      std::vector<std::string> lines;
+      peer->operations().tree(Docs, path, [&](const Result<std::string>& tree) {
+        std::istringstream text(tree ? *tree : refusalText(tree.error()));
+        for (std::string line; std::getline(text, line);) {
+          lines.push_back(line.substr(0, line.find(" <-- selected")));
+        }
+      });
+      net.world.loop.runUntilIdle();
+      std::sort(lines.begin(), lines.end());
+      std::string tree;
+      for (const std::string& line : lines) tree += line + "\n";
+      std::string& first = trees[path];
+      if (first.empty()) first = tree;
+      if (first != tree) {
+        found += fmt::format("The trees of {} differ at {} and {}:\n{}{}", path,
+                             peers.front()->name(), peer->name(), first, tree);
+      }
+    }
+  }
+  if (!found.empty() && problems_.empty()) problems_ = when + ":\n" + found;
+}
+
+void ScheduleRun::countCutLoads() {
+  for (SimulatedPeer* peer : net.peers()) {
+    for (const auto& run : peer->host.processes.runs) {
+      const bool isCut = run.status == 12 || run.status == 20 || run.status > 128;
+      if (isCut && run.arguments[0] == "-r") note("cut load");
+    }
+  }
+}
+
+std::string ScheduleRun::problems() {
+  testing::TestPartResultArray parts;
+  const testing::ScopedFakeTestPartResultReporter reporter(
+      testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &parts);
+  try {
+    for (const Operation& operation : schedule_.operations) {
+      pass(operation.wait);
+      if (getenv("ZOLVAR_TEST_LOG") != nullptr) {
+        fmt::print(stderr, ">> {:.1f} {} {}\n", net.world.clock.now() - 1'750'000'000,
+                   operation.peer, fmt::join(operation.words, " "));
+      }
+      mayDie([&] { perform(operation); });
+      check("After " + fmt::format("{}", fmt::join(operation.words, " ")));
+      if (!problems_.empty()) return problems_;
+    }
+    endPlans();
+    for (SimulatedPeer* peer : net.peers()) restart(*peer);
+    pass(120);
+    for (SimulatedPeer* peer : net.peers()) {
+      if (!peer->isRunning() || peer->snapshot(Docs)->phase == PoolPhase::Inactive) continue;
+      peer->operations().setPassword(Docs, password_, [](Result<>) {});
+    }
+    // First with the conflicts that are there, then with all of them decided.
+    for (const bool isDecided : {false, true}) {
+      int rounds = 0;
+      do {
+        settle();
+        const auto isMissing = [](auto* peer) { return !peer->missing(Docs).empty(); };
+        const auto peers = active();
+        if (std::any_of(peers.begin(), peers.end(), isMissing)) {
+          pass(1000);  // the longest pause before what is missing is looked for again
+          settle();
+        }
+        if (++rounds > 60) problems_ += "Questions and decisions never end.\n";
+        if (!problems_.empty()) return problems_;
+      } while (answerAll(counters_["answer delete"] % 2 == 1) || giveUpUnreachable() ||
+               (isDecided && resolveOne()));
+      const std::string when = isDecided ? "In the end" : "Before conflicts are decided";
+      check(when);
+      checkSame(when);
+      if (!isDecided) {
+        for (SimulatedPeer* peer : active()) {
+          if (!peer->conflicts(Docs).empty()) note("conflict in the end");
+        }
+      }
+    }
+    const std::string before = fingerprint();
+    pass(Hour);
+    if (problems_.empty() && fingerprint() != before) {
+      problems_ =
+          "An hour later something has changed:\n" + before + "\nand then\n" + fingerprint();
+    }
+  } catch (const std::exception& exception) {
+    problems_ += std::string("Exception: ") + exception.what() + "\n";
+  }
+  countCutLoads();
+  for (int i = 0; i < parts.size(); ++i) {
+    problems_ += std::string(parts.GetTestPartResult(i).message()) + "\n";
+  }
+  return problems_;
+}
+
+}  // namespace zolvar
