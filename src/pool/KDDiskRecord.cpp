@@ -17,14 +17,14 @@ constexpr std::string_view Header = "zolvar-disk-record\t1";
 constexpr std::uint64_t LongestRecord = 4ULL << 30;  // bytes; a million files need about 100 MB
 constexpr std::uint32_t RecordMode = 0600;
 
-char kindLetter(FileKind kind) {
-  switch (kind) {
+char kindLetter(const KDDiskState& state) {
+  switch (state.kind) {
     case FileKind::Directory:
       return 'd';
     case FileKind::Link:
       return 'l';
     default:
-      return 'f';
+      return state.isGuess ? 'g' : 'f';
   }
 }
 
@@ -47,8 +47,19 @@ bool parseNumber(std::optional<std::string_view> field, Number& number) {
 }  // namespace
 
 KDDiskState KDDiskState::of(const FileAttributes& attributes, KDLogFileEntry* entry) {
-  return {attributes.kind,  attributes.size,   attributes.modTime,
-          attributes.inode, attributes.device, entry};
+  return {attributes.kind,
+          attributes.size,
+          attributes.modTime,
+          attributes.inode,
+          attributes.device,
+          entry,
+          false};
+}
+
+KDDiskState KDDiskState::guess(const FileAttributes& attributes, KDLogFileEntry* entry) {
+  KDDiskState state = of(attributes, entry);
+  state.isGuess = true;
+  return state;
 }
 
 bool KDDiskState::isUnchanged(const FileAttributes& attributes) const {
@@ -66,7 +77,7 @@ KDDiskRecord::KDDiskRecord(Folder& supportFolder, std::string path, Log& log)
 std::string KDDiskRecord::line(const KDPathRecord& path) const {
   const KDDiskState* state = path.disk;
   if (!state) return fmt::format("-\t{}\n", path.text);
-  return fmt::format("{}\t{}\t{}\t{}\t{}\t{}\t{}\t{}\n", kindLetter(state->kind), state->size,
+  return fmt::format("{}\t{}\t{}\t{}\t{}\t{}\t{}\t{}\n", kindLetter(*state), state->size,
                      state->modTime, state->inode, state->device,
                      state->entry ? timeText(state->entry->logTime()) : "-",
                      state->entry ? state->entry->userId() : "", path.text);
@@ -116,6 +127,7 @@ void KDDiskRecord::load(KDVersionTree& tree, FileIdentity root) {
     state.kind = *kind == "d"   ? FileKind::Directory
                  : *kind == "l" ? FileKind::Link
                                 : FileKind::Regular;
+    state.isGuess = *kind == "g";
     if (!parseNumber(takeField(line), state.size) || !parseNumber(takeField(line), state.modTime) ||
         !parseNumber(takeField(line), state.inode) || !parseNumber(takeField(line), state.device)) {
       continue;

@@ -23,7 +23,9 @@ struct KDDiskState {
   std::uint64_t inode = 0;          ///< 0: recorded in another folder than this one
   std::uint64_t device = 0;         ///< 0: not comparable
   KDLogFileEntry* entry = nullptr;  ///< the version it is; null: left by a copy run, not yet known
+  bool isGuess = false;  ///< taken for that version by its time alone, until a listing tells more
 
+  static KDDiskState guess(const FileAttributes& attributes, KDLogFileEntry* entry);
   static KDDiskState of(const FileAttributes& attributes, KDLogFileEntry* entry);
   /// Whether a file with these attributes is still what was confirmed. Directories have no times.
   [[nodiscard]] bool isUnchanged(const FileAttributes& attributes) const;

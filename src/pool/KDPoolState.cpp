@@ -108,8 +108,10 @@ Result<> KDPoolState::readEverything() {
   record_->load(*tree_, folder_->identity());
   localLog_ = std::make_unique<KDLogFile>(*folder_, ownLogPath(),
                                           static_cast<KDLogFileDelegate*>(this), platform_.log);
+  unverified_.clear();
   store_->forEachPath([this](KDPathRecord& path) {
     if (path.activeLeafCount > 1) conflicts_.insert(&path);
+    if (path.disk && path.disk->isGuess) unverified_.emplace(path.text);
   });
   areConflictsStale_ = true;
   refreshLogState();

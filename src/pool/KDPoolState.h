@@ -123,6 +123,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
                 const FileAttributes& attributes);
   KDLogFileEntry* logModification(Scan& scan, std::string_view path, FileAttributes attributes,
                                   KDLogFileEntry* parent);
+  void chooseWhatLiesHere();
   void settleVanished(Scan& scan);
   void logFileSystemDeletionsAtPaths(const std::set<std::string>& paths);
   void raiseQuestion();
@@ -135,6 +136,13 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   bool mayDelete(const KDPathRecord& path, const FileAttributes& attributes) const;
   bool goesAsAWhole(const std::string& directory, const std::set<std::string>& paths);
   void trashOne(const std::string& path);
+
+  // What a listing tells about files that lie here (KDPoolStateSync.cpp).
+  [[nodiscard]] std::set<std::string> toBeCompared() const;
+  void askForListings(double now);
+  [[nodiscard]] KDLogFileEntry* twin(const KDPathRecord& path) const;
+  void compareWithListing(KDPathRecord& path, const ListingEntry& entry,
+                          const std::string& participant);
 
   // To-do list (KDPoolStateTodo.cpp).
   void loadTodoFiles();
@@ -167,7 +175,12 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::uint64_t questionId_ = 0;
   std::unordered_set<const KDPathRecord*> conflicts_;
   std::map<std::string, std::set<std::string>> holders_;
-  std::set<std::string> copying_;  ///< what the copy run in progress may bring
+  /// What the copy run in progress may bring, and which version that is.
+  std::map<std::string, KDLogFileEntry*> copying_;
+  std::map<std::string, KDLogFileEntry*> listed_;  ///< the same, as the last listing told
+  std::set<std::string> unverified_;               ///< whose disk state may be a guess
+  double listingsAskedAt_ = 0;
+  double listingsPause_ = 0;  ///< seconds until they are asked for again
 
   std::uint32_t scanNumber_ = 0;
   double lastScan_ = 0;

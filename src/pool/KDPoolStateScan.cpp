@@ -78,6 +78,7 @@ void KDPoolState::scan() {
       logSelectionOfBranchEntry(*entry);
     }
   }
+  chooseWhatLiesHere();
   (void)flush();
   if (!scan.toDelete.empty()) {
     for (const std::string& path : scan.toDelete) {
@@ -91,9 +92,20 @@ void KDPoolState::scan() {
     listener_->fullSyncNeeded();
   }
   settleVanished(scan);
+  askForListings(scan.now);
   (void)flush();
   isFirstRun_ = false;
   lastScan_ = wholeSeconds(platform_.clock.now());
+}
+
+/// Who subscribes to a folder with conflicts works with the branch that lies here already.
+void KDPoolState::chooseWhatLiesHere() {
+  std::vector<KDPathRecord*> paths;
+  for (const KDPathRecord* path : conflicts_) {
+    const bool isHere = path->disk && path->disk->entry && path->seenInScan == scanNumber_;
+    if (isHere && !tree_->selectedLeaf(*path).leaf) paths.push_back(store_->findPath(path->text));
+  }
+  for (KDPathRecord* path : paths) (void)selectedLeaf(*path);
 }
 
 Folder::Visit KDPoolState::visit(Scan& scan, std::string_view path,
@@ -177,12 +189,18 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
     case ScanAction::Confirm:
       record_->set(*record, KDDiskState::of(attributes, decision.version));
       return;
+    case ScanAction::Guess:
+      record_->set(*record, KDDiskState::guess(attributes, decision.version));
+      unverified_.emplace(path);
+      return;
     case ScanAction::Reget:
       platform_.log.warning(
           "Warning: Existing version of file {} is not the current version! File system not "
           "up-to-date. Activating re-get.",
           path);
-      record_->set(*record, KDDiskState::of(attributes, decision.version));
+      if (!record->disk || !record->disk->isUnchanged(attributes)) {
+        record_->set(*record, KDDiskState::guess(attributes, decision.version));
+      }
       scan.toFetch.emplace(path);
       return;
     case ScanAction::Delete:
@@ -198,7 +216,8 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
       return;
     case ScanAction::LogLaterTime: {
       FileAttributes later = attributes;
-      ++later.modTime;
+      do ++later.modTime;
+      while (tree_->versionWithModTime(*record, comparedTime(later), settings_.userId));
       if (const auto set = folder_->setModTime(path, later.modTime); !set) {
         warnOnce("time " + std::string(path), set.error().message());
         return;
@@ -232,7 +251,8 @@ KDLogFileEntry* KDPoolState::logModification(Scan& scan, std::string_view path,
   KDPathRecord& record = made.entry->pathRecord();
   record.seenInScan = scan.number;
   record_->set(record, KDDiskState::of(attributes, made.entry));
-  if (record.activeLeafCount > 1 && tree_->selectedLeaf(record).leaf != made.entry) {
+  // An earlier choice may lie where both branches begin.
+  if (!tree_->isSelectionClear(record) || tree_->selectedLeaf(record).leaf != made.entry) {
     scan.toSelect.push_back(made.entry);
   }
   return made.entry;

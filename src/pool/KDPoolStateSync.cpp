@@ -116,7 +116,83 @@ std::map<std::string, std::uint64_t> KDPoolState::logSizesOnDisk() {
 std::set<std::string> KDPoolState::wantedFiles() {
   std::set<std::string> wanted(todo_.begin(), todo_.end());
   for (const std::string& path : inQuestion_) wanted.erase(path);
+  wanted.merge(toBeCompared());
   return wanted;
+}
+
+/// Files that lie here and of which a listing can tell which version they are.
+std::set<std::string> KDPoolState::toBeCompared() const {
+  std::set<std::string> paths = unverified_;
+  for (const KDPathRecord* path : conflicts_) {
+    if (twin(*path)) paths.emplace(path->text);
+  }
+  return paths;
+}
+
+/// While there are such files everybody is asked, after growing pauses.
+void KDPoolState::askForListings(double now) {
+  constexpr double LeastPause = 60;
+  constexpr double LongestPause = 15 * 60;
+  if (toBeCompared().empty()) {
+    listingsPause_ = 0;
+  } else if (now - listingsAskedAt_ >= listingsPause_) {
+    listener_->fullSyncNeeded();
+    listingsAskedAt_ = now;
+    listingsPause_ = std::clamp(listingsPause_ * 2, LeastPause, LongestPause);
+  }
+}
+
+/// The other's version of a file that two people have logged as new, with the same time: perhaps
+/// two copies of one file. Only one of them sees a twin in the other's.
+KDLogFileEntry* KDPoolState::twin(const KDPathRecord& path) const {
+  const KDDiskState* disk = path.disk;
+  if (!disk || !disk->entry || disk->kind != FileKind::Regular) return nullptr;
+  const KDLogFileEntry& own = *disk->entry;
+  if (own.userId() != settings_.userId || own.plogTime() != 0 || own.childCount() > 0) {
+    return nullptr;
+  }
+  for (KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
+    if (leaf->plogTime() == 0 && leaf->modTime() == own.modTime() &&
+        leaf->userId() < own.userId()) {
+      return leaf;
+    }
+  }
+  return nullptr;
+}
+
+/// A file here that has the time of a version, and a listing that tells the version's size.
+void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& entry,
+                                     const std::string& participant) {
+  KDDiskState* disk = path.disk;
+  if (!disk || !disk->entry || entry.kind != '-') return;
+  const auto& times = entry.modTimes;
+  if (std::find(times.begin(), times.end(), disk->modTime) == times.end()) return;
+  KDLogFileEntry* listed =
+      tree_->versionWithModTime(path, std::max(disk->entry->modTime(), 1.0), participant);
+  const auto attributes = folder_->attributes(path.text);
+  if (!attributes || !disk->isUnchanged(*attributes)) return;
+  KDLogFileEntry* other = twin(path);
+  if (other && other == listed && disk->size == entry.size) {
+    KDLogFileEntry& own = *disk->entry;
+    record_->set(path, KDDiskState::of(*attributes, other));
+    logDeletionOfBranchLeaf(own);
+    return;
+  }
+  if (!disk->isGuess || disk->entry != listed) return;
+  // Empty instead of what it should be, after a power failure: what waits to be fetched again.
+  if (disk->size == 0 && entry.size > 0) {
+    addTodoFiles({std::string(path.text)});
+    return;
+  }
+  unverified_.erase(std::string(path.text));
+  KDDiskState state = KDDiskState::of(*attributes, disk->entry);
+  if (disk->size != entry.size) {
+    // Another file with the same time: recorded as one that lay elsewhere, it is logged as new.
+    state.size = entry.size;
+    state.inode = 0;
+    listener_->scanWanted();
+  }
+  record_->set(path, state);
 }
 
 CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
@@ -124,10 +200,12 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
   CopyPlan plan;
   if (isDetached_ || !isActive_) return plan;
   const std::string userId = participant.userId();
+  listed_.clear();
   for (auto& [path, users] : holders_) users.erase(userId);
   for (const ListingEntry& entry : listed) {
-    if (!todo_.contains(entry.path)) continue;
     KDPathRecord* path = store_->findPath(entry.path);
+    if (path) compareWithListing(*path, entry, userId);
+    if (!todo_.contains(entry.path)) continue;
     const KDLogFileEntry* leaf = path ? tree_->selectedLeaf(*path).leaf : nullptr;
     if (path && path->disk && !path->disk->entry &&
         std::find(entry.modTimes.begin(), entry.modTimes.end(), path->disk->modTime) ==
@@ -137,18 +215,20 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
       record_->forget(*path);
       listener_->scanWanted();
     }
+    listed_[entry.path] = nullptr;
     if (entry.kind != 'd') {
-      const KDLogFileEntry* remote = nullptr;
+      KDLogFileEntry* remote = nullptr;
       for (const std::int64_t time : entry.modTimes) {
         const auto compared = static_cast<double>(std::max<std::int64_t>(time, 1));
         if (path && !remote) remote = tree_->versionWithModTime(*path, compared, userId);
       }
       if (leaf && !(remote && remote->isParentOfEntry(leaf))) continue;
       // Nothing older than what lies here already, if it still does.
-      if (remote && path->disk && path->disk->entry && folder_->attributes(entry.path) &&
-          remote->isParentOfEntry(path->disk->entry)) {
+      if (remote && path->disk && path->disk->entry && !path->disk->isGuess &&
+          folder_->attributes(entry.path) && remote->isParentOfEntry(path->disk->entry)) {
         continue;
       }
+      listed_[entry.path] = remote;
       plan.sizes[entry.path] = entry.size;
     }
     plan.files.insert(entry.path);
@@ -184,6 +264,10 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
     } else if (!attributes && attributes.error().kind != FailureKind::Absent) {
       isFree = false;
     }
+    if (isFree && attributes && path && path->disk &&
+        (path->disk->isGuess || mayDelete(*path, *attributes))) {
+      trashOne(text);  // deleted by someone, or perhaps another file than its time tells
+    }
     if (isFree) {
       ready.insert(text);
     } else {
@@ -191,7 +275,7 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
                             text, settings_.folderPath);
     }
   }
-  copying_.insert(ready.begin(), ready.end());
+  for (const std::string& path : ready) copying_[path] = listed_[path];
   return ready;
 }
 
@@ -236,9 +320,14 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
       (void)(*place)->removeFile(savedName);
       continue;
     }
-    if (tree_->versionWithModTime(*path, comparedTime(*saved), settings_.userId)) continue;
-    // Saved once more since the run: that too is somebody's work, and the later one stays in place.
     const auto here = folder_->attributes(file.path);
+    // While the record tells what lay here before the run, nothing else was logged. Otherwise the
+    // time has to tell.
+    const bool isRecordOld = disk && disk->entry && here && !disk->isUnchanged(*here);
+    if (!isRecordOld && tree_->versionWithModTime(*path, comparedTime(*saved), settings_.userId)) {
+      continue;
+    }
+    // Saved once more since the run: that too is somebody's work, and the later one stays in place.
     if (here && here->kind != FileKind::Directory &&
         !tree_->versionWithModTime(*path, comparedTime(*here), settings_.userId)) {
       continue;

@@ -86,10 +86,14 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
     if (!attributes) continue;
     KDDiskState* disk = path->disk;
     const bool isUnchanged = disk && disk->isUnchanged(*attributes);
-    KDLogFileEntry* found =
-        isUnchanged && disk->entry
-            ? disk->entry
-            : tree_->versionWithModTime(*path, comparedTime(*attributes), settings_.userId);
+    // Two versions can have one time: what arrived is the one that was listed.
+    const auto copied = copying_.find(text);
+    const bool isAsListed = copied != copying_.end() && copied->second &&
+                            copied->second->modTime() == comparedTime(*attributes);
+    KDLogFileEntry* found = isUnchanged && disk->entry ? disk->entry
+                            : isAsListed               ? copied->second
+                                                       : tree_->versionWithModTime(
+                                                             *path, comparedTime(*attributes), settings_.userId);
     if (!found) {
       // A copy run brought what its author has not logged yet: no edit of ours until it changes.
       if (copying_.contains(text) && !isUnchanged) {
@@ -98,6 +102,16 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
       platform_.log.warning(
           "Warning: File {} might have been modified during sync. May create a conflict.",
           joinPath(settings_.folderPath, text));
+      continue;
+    }
+    const bool isVerified = attributes->kind != FileKind::Regular || copied != copying_.end() ||
+                            (isUnchanged && !disk->isGuess);
+    if (found == selected.leaf && !isVerified) {
+      // It has the right time, and nobody saw it arrive: the next listing tells whether it is that.
+      if (!disk) {
+        record_->set(*path, KDDiskState::guess(*attributes, found));
+        unverified_.insert(text);
+      }
       continue;
     }
     if (found == selected.leaf) {

@@ -258,6 +258,16 @@ KDVersionTree::Selected KDVersionTree::selectedLeaf(const KDPathRecord& path,
   return {path.activeLeafCount, nullptr};
 }
 
+bool KDVersionTree::isSelectionClear(const KDPathRecord& path) const {
+  if (path.activeLeafCount <= 1) return true;
+  const KDLogFileEntry* chosen = selectedEntry(path, localUserId_);
+  unsigned branches = 0;
+  for (const KDLogFileEntry* leaf = path.firstLeaf; leaf && chosen; leaf = leaf->nextLeaf()) {
+    branches += leaf->exists() && chosen->isParentOfEntry(leaf) ? 1 : 0;
+  }
+  return branches == 1;
+}
+
 KDLogFileEntry* KDVersionTree::selectedEntry(const KDPathRecord& path,
                                              const std::string& userId) const {
   const auto found = selectedBranches_.find(&path);

@@ -66,6 +66,8 @@ class KDVersionTree {
   [[nodiscard]] KDLogFileEntry* selectedEntry(const KDPathRecord& path,
                                               const std::string& userId) const;
   void selectLogEntry(KDLogFileEntry& entry, const std::string& userId);
+  /// Whether the local user's selection, if there is need of one, names one branch and not several.
+  [[nodiscard]] bool isSelectionClear(const KDPathRecord& path) const;
   void deselectLogEntry(const KDPathRecord& path, const std::string& userId);
   /// Drops every user's selection on the entry's line of descent.
   void deselectBranch(const KDLogFileEntry& entry);

@@ -79,6 +79,9 @@ GuardReport LogGuard::settle() {
       return found == files.end() ? std::nullopt : std::optional(found->second);
     };
     auto settled = settleLog(name, find(*old), find(*now));
+    // The tool does not flush what it writes, and announcements tell of times alone: nobody would
+    // notice that a power failure has taken the end of a log.
+    if (settled && settled->changed) (void)folder_.append(logPath(name), {});
     if (settled) {
       report.logs.push_back(std::move(*settled));
       continue;
@@ -101,7 +104,13 @@ Result<GuardedLog> LogGuard::settleLog(const std::string& name,
                                        const std::optional<FileAttributes>& old,
                                        const std::optional<FileAttributes>& now) {
   GuardedLog settled{name, true, false, {}};
-  if (!old) return settled;
+  if (!old) {
+    // After a crash in the middle of a load an empty log may be one that was not flushed.
+    if (before_.empty() && hasSetAside() && now->size == 0) {
+      settled.changed = !folder_.removeFile(logPath(name));
+    }
+    return settled;
+  }
   if (!now || now->kind != FileKind::Regular) {
     log_.warning("The change log {} was gone after a load; the copy known before is back.", name);
     if (now) {

@@ -10,6 +10,13 @@ namespace zolvar {
 
 namespace {
 
+/// Nobody saw how the file came to have this version's time. What we logged ourselves we saw.
+ScanDecision taken(const KDVersionTree& tree, KDLogFileEntry* version, const ScanFacts& facts) {
+  const bool isForeignFile =
+      facts.attributes.kind == FileKind::Regular && version->userId() != tree.localUserId();
+  return {isForeignFile ? ScanAction::Guess : ScanAction::Confirm, version};
+}
+
 /// The file is `existing`: is that still what ought to be here?
 ScanDecision decideKnown(const KDVersionTree& tree, KDLogFileEntry* existing, bool isRecorded,
                          const ScanFacts& facts) {
@@ -18,7 +25,8 @@ ScanDecision decideKnown(const KDVersionTree& tree, KDLogFileEntry* existing, bo
     // Recorded as the version that was deleted: the deletion is still to be carried out, perhaps
     // because the program ended before it was. Put back by someone since: there is no record.
     if (isRecorded) return {ScanAction::Delete, existing};
-    if (facts.isTodo) return {ScanAction::Nothing};
+    if (facts.isTodo && facts.isFirstRun) return {ScanAction::Delete, existing};
+    if (facts.isTodo) return {ScanAction::LogRecreation, existing};
     if (facts.isFirstRun && leaf->logTime() >= static_cast<double>(facts.parentModTime)) {
       return {ScanAction::Delete, existing};  // deleted by a peer while we were away
     }
@@ -27,7 +35,8 @@ ScanDecision decideKnown(const KDVersionTree& tree, KDLogFileEntry* existing, bo
   if (leaf != existing && !facts.isTodo && facts.attributes.kind != FileKind::Directory) {
     return {ScanAction::Reget, existing};
   }
-  return {isRecorded ? ScanAction::Nothing : ScanAction::Confirm, existing};
+  if (isRecorded) return {ScanAction::Nothing, existing};
+  return taken(tree, existing, facts);
 }
 
 }  // namespace
@@ -43,6 +52,14 @@ ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
   const bool isUnchanged = record && record->isUnchanged(facts.attributes);
   if (isUnchanged && record->entry) return decideKnown(tree, record->entry, true, facts);
 
+  // Nobody empties a file and gives it its old time again: a power failure took what was not yet
+  // on the disk.
+  if (record && record->entry && record->inode == facts.attributes.inode &&
+      record->modTime == facts.attributes.modTime && record->size > 0 &&
+      facts.attributes.size == 0 && facts.attributes.kind == FileKind::Regular &&
+      tree.leafForEntry(record->entry)->exists()) {
+    return {ScanAction::Reget, record->entry};
+  }
   const double time = comparedTime(facts.attributes);
   const bool isFresh = time != 0 && std::abs(facts.now - time) < facts.freshFiles;
   if (isFresh) return {ScanAction::TooFresh};
@@ -59,23 +76,23 @@ ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
     return {ScanAction::LogModification};
   }
   if (!record->entry) {
-    if (existing) return {ScanAction::Confirm, existing};
+    if (existing) return taken(tree, existing, facts);
     if (isUnchanged && facts.now - time <= UnknownCopyPatience) return {ScanAction::Nothing};
     return {ScanAction::LogModification};
   }
   // Changed since the record. A wanted version that is here now was fetched.
   if (existing && facts.isTodo && existing == tree.selectedLeaf(*path).leaf) {
-    return {ScanAction::Confirm, existing};
+    return taken(tree, existing, facts);
   }
-  // An entry with its parent's time would be taken for a mere choice of the parent.
-  const bool isSameTime = time != 0 && time == record->entry->modTime();
-  const ScanDecision modified{isSameTime ? ScanAction::LogLaterTime : ScanAction::LogModification,
-                              nullptr, record->entry};
-  if (facts.attributes.kind != record->kind || isSameTime) return modified;
+  // A time tells which version a file is, here and elsewhere, so each version has its own.
+  const bool isKnownTime = time != 0 && existing;
+  const ScanDecision modified{isKnownTime ? ScanAction::LogLaterTime : ScanAction::LogModification,
+                              nullptr, record->isGuess ? nullptr : record->entry};
+  if (facts.attributes.kind != record->kind || existing == record->entry) return modified;
   // A later version of the same line can only have come from a fetch; anything else that has a
   // known time, an older version put back for example, is a person's work.
   if (existing && existing != record->entry && record->entry->isParentOfEntry(existing)) {
-    return {ScanAction::Confirm, existing};
+    return taken(tree, existing, facts);
   }
   return modified;
 }

@@ -23,8 +23,9 @@ enum class ScanAction {
   Nothing,
   TooFresh,         ///< may still be written: a later scan looks again
   Confirm,          ///< it is `version`: remember so
+  Guess,            ///< it has the time of `version`, and nothing else is known of it
   LogModification,  ///< a new version, child of `parent` (or none)
-  LogLaterTime,     ///< the same, but its time is a known version's: log and set the time + 1 s
+  LogLaterTime,     ///< the same, but its time is a known version's: log and set a later time
   LogRecreation,    ///< it was deleted according to the logs, and is wanted here
   Delete,           ///< it is `version`, which a peer deleted: carry that out
   Reget,            ///< it is `version`, which is not the current one any more: fetch

@@ -50,15 +50,15 @@ TEST_F(ScanDecisionTest, unknownFilesAreLoggedOnceTheyAreOld) {
 TEST_F(ScanDecisionTest, withoutARecordFilesAreKnownByTheirTime) {
   KDLogFileEntry* first = add("a", 10, nullptr, 100);
   KDLogFileEntry* second = add("a", 20, first, 200);
-  EXPECT_EQ(decide(file(200)).action, ScanAction::Confirm);
+  EXPECT_EQ(decide(file(200)).action, ScanAction::Guess);
   EXPECT_EQ(decide(file(100)).action, ScanAction::Reget);
-  EXPECT_EQ(decide(file(100), true).action, ScanAction::Confirm) << "wanted already";
+  EXPECT_EQ(decide(file(100), true).action, ScanAction::Guess) << "wanted already";
   const ScanDecision strange = decide(file(150));
   EXPECT_EQ(strange.action, ScanAction::LogModification);
   EXPECT_EQ(strange.parent, nullptr) << "an edit descends from nothing that was never here";
   add("b", 30, second, 0);
   EXPECT_EQ(decide(file(200)).action, ScanAction::LogRecreation);
-  EXPECT_EQ(decide(file(200), true).action, ScanAction::Nothing);
+  EXPECT_EQ(decide(file(200), true).action, ScanAction::LogRecreation) << "put back";
   EXPECT_EQ(decide(file(200), false, true, 29).action, ScanAction::Delete);
   EXPECT_EQ(decide(file(200), false, true, 31).action, ScanAction::LogRecreation)
       << "the folder changed after the deletion";
@@ -83,7 +83,7 @@ TEST_F(ScanDecisionTest, aRecordTellsWhatAnEditDescendsFrom) {
   };
   lies(file(200), second);
   const Case cases[] = {
-      {"an older version put back is new work", file(100), ScanAction::LogModification},
+      {"an older version put back is new work", file(100), ScanAction::LogLaterTime},
       {"same time, other size", file(200, 2), ScanAction::LogLaterTime},
       {"same time and size, other file", file(200, 1, 8), ScanAction::LogLaterTime},
       {"a link in its place", {FileKind::Link, 1, 50, 9, 1, 0}, ScanAction::LogModification},
