@@ -131,6 +131,14 @@ Folder::Visit KDPoolState::visit(Scan& scan, std::string_view path,
     }
     return Folder::Visit::Skip;
   }
+  if (!record && settings_.folderPath.size() + 1 + path.size() >= LongestPath) {
+    // Other programs, and the Trash, name a file by its whole path.
+    warnOnce("length " + std::string(path),
+             fmt::format("'{}' in {} is left out: its path is longer than the {} bytes that the "
+                         "system can open.",
+                         lastPathComponent(path), settings_.folderPath, LongestPath - 1));
+    return Folder::Visit::Skip;
+  }
   if (attributes.kind == FileKind::Other) {
     warnOnce("kind " + std::string(path),
              fmt::format("'{}' in {} is left out: only files, folders and links are shared.", path,
