@@ -137,7 +137,10 @@ int TransferRun::run(const Request& request) {
   errors.finish();
 
   platform_.log.debug("The transfer tool ended with status {}.", end.status);
-  if (end.silenced) return TransferStatus::Silent;
+  if (end.silenced) {
+    platform_.log.warning("A transfer stood still for too long and was ended; it is tried again.");
+    return TransferStatus::Silent;
+  }
   if (end.status == TransferStatus::NotServed && errors.saysAuthenticationFailed()) {
     return TransferStatus::NoAuthentication;
   }
