@@ -1,16 +1,30 @@
 #pragma once
 
 #include <QMainWindow>
+#include <memory>
+#include <optional>
+#include <set>
 #include <string>
 
 #include "ui/WindowContext.h"
+#include "ui/WindowMemory.h"
+
+class QMimeData;
+class QSplitter;
+class QStackedWidget;
 
 namespace zolvar {
 
+class EmptyState;
+class FolderList;
+class FolderListModel;
+class FolderView;
+class MainWindowActions;
 class Sheets;
+struct PoolInfo;
 
-/// The main window: folders at the left, the selected one at the right. The context and the sheets
-/// outlive it. Main thread.
+/// The main window: the source list of folders at the left, the selected one at the right, and the
+/// menus. What needs a dialog goes through the sheets. The context outlives it. Main thread.
 class MainWindow : public QMainWindow {
   Q_OBJECT
 
@@ -19,7 +33,9 @@ class MainWindow : public QMainWindow {
   ~MainWindow() override;
 
   /// Dialogs are opened through these; before, and with null, nothing is.
-  void setSheets(Sheets* sheets) { sheets_ = sheets; }
+  void setSheets(Sheets* sheets);
+  /// With a tray, closing the window hides it; without, it ends the program.
+  void setHasTray(bool has) { hasTray_ = has; }
 
   /// Empty when nothing is selected.
   [[nodiscard]] std::string selectedFolder() const;
@@ -29,9 +45,43 @@ class MainWindow : public QMainWindow {
   void showConflict(const std::string& poolName, const std::string& path);
   void comeToFront();
 
+  [[nodiscard]] FolderListModel& folders() { return *model_; }
+  [[nodiscard]] FolderList& folderList() { return *list_; }
+  [[nodiscard]] FolderView& folderView() { return *view_; }
+
+ Q_SIGNALS:
+  void quitWanted();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
  private:
+  void connectActions();
+  void makeMenus();
+  void changed(const std::set<std::string>& names, bool isList);
+  void showSelected();
+  void updateActions(const PoolInfo* info);
+  void syncNow();
+  void pause(std::optional<double> seconds);
+  void resume();
+  void answerQuestion(const std::string& poolName);
+  void toggleUnsubscribed();
+  void remember();
+  void sayItStays();
+  [[nodiscard]] std::string droppedFolder(const QMimeData& data) const;
+
   WindowContext& context_;
-  Sheets* sheets_ = nullptr;
+  WindowMemory memory_;
+  bool hasTray_ = false;
+  std::unique_ptr<MainWindowActions> actions_;
+  FolderListModel* model_;
+  FolderList* list_;
+  FolderView* view_;
+  EmptyState* nothing_;
+  QStackedWidget* stack_;
+  QSplitter* splitter_;
 };
 
 }  // namespace zolvar

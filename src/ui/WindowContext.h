@@ -7,6 +7,7 @@ class Operations;
 class Outcomes;
 class SheetsController;
 class FolderNews;
+class Sheets;
 struct Platform;
 
 /// What the parts of the window work with, as references to what outlives them all. Main thread.
@@ -17,6 +18,7 @@ struct WindowContext {
   SheetsController& sheetsController;
   Platform& platform;
   FolderNews& news;
+  Sheets* sheets = nullptr;  ///< null before they are made and after they are gone
 };
 
 }  // namespace zolvar

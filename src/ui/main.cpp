@@ -20,6 +20,7 @@
 #include "ui/MainWindow.h"
 #include "ui/PlainSheets.h"
 #include "ui/SingleInstance.h"
+#include "ui/TrayIcon.h"
 #include "ui/WindowFrontEnd.h"
 
 // The engine with a window.
@@ -94,11 +95,18 @@ int run(const Choices& choices) {
     WindowFrontEnd frontEnd(window, sheets);
     application->outcomes().setFrontEnd(&frontEnd);
     instance.listen([&window] { window.comeToFront(); });
+    QObject::connect(&window, &MainWindow::quitWanted, stop);
+    std::unique_ptr<TrayIcon> tray;
+    if (QSystemTrayIcon::isSystemTrayAvailable()) {
+      tray = std::make_unique<TrayIcon>(context, window);
+      window.setHasTray(true);
+    }
     application->start();
-    if (!choices.isHidden) window.comeToFront();
+    if (!choices.isHidden || !tray) window.comeToFront();
     status = QCoreApplication::exec();
     application->outcomes().setFrontEnd(nullptr);
     window.setSheets(nullptr);
+    window.hide();
   }
 
   server.endConversations();

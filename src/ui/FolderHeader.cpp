@@ -1,0 +1,111 @@
+#include "ui/FolderHeader.h"
+
+#include <QDir>
+#include <QEvent>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QVBoxLayout>
+
+#include "app/FolderRules.h"
+#include "app/VisibleFiles.h"
+#include "ui/ElidingLabel.h"
+#include "ui/Icons.h"
+#include "ui/StateTexts.h"
+#include "ui/TabParts.h"
+#include "ui/Texts.h"
+
+namespace zolvar {
+namespace {
+
+constexpr int IconSide = 44;  // device-independent pixels, as all of these
+constexpr int StateIconSide = 18;
+constexpr double NameSize = 1.45;  // of the ordinary font
+
+QString placeText(const PoolInfo& info) {
+  if (info.folder.empty()) return Zolvar::tr("Shared by others on this network");
+  const std::string path = abbreviateHome(info.folder, QDir::homePath().toStdString());
+  return toQt(pathForDisplay(path));
+}
+
+}  // namespace
+
+FolderHeader::FolderHeader(const QList<QAction*>& actions, QWidget* parent) : QWidget(parent) {
+  icon_ = new QLabel(this);
+  name_ = new ElidingLabel(Qt::ElideRight, this);
+  QFont font = name_->font();
+  font.setPointSizeF(font.pointSizeF() * NameSize);
+  font.setWeight(QFont::DemiBold);
+  name_->setFont(font);
+  place_ = new ElidingLabel(Qt::ElideMiddle, this);
+  stateIcon_ = new QLabel(this);
+  state_ = new QLabel(this);
+  QFont bold = state_->font();
+  bold.setBold(true);
+  state_->setFont(bold);
+  explanation_ = new ElidingLabel(Qt::ElideRight, this);
+  bar_ = new QProgressBar(this);
+  bar_->setRange(0, 1000);
+  bar_->setTextVisible(false);
+  bar_->setMaximumHeight(8);
+  bar_->setAccessibleName(Zolvar::tr("Progress of the fetch"));
+  figures_ = new ElidingLabel(Qt::ElideRight, this);
+
+  auto* titles = new QVBoxLayout;
+  titles->setSpacing(1);
+  titles->addWidget(name_);
+  titles->addWidget(place_);
+  auto* first = new QHBoxLayout;
+  first->setSpacing(12);
+  first->addWidget(icon_);
+  first->addLayout(titles, 1);
+  first->addWidget(buttonRow(actions, this));
+  auto* second = new QHBoxLayout;
+  second->setSpacing(8);
+  second->addWidget(stateIcon_);
+  second->addWidget(state_);
+  second->addWidget(explanation_, 1);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(14, 12, 14, 8);
+  layout->setSpacing(8);
+  layout->addLayout(first);
+  layout->addLayout(second);
+  layout->addWidget(bar_);
+  layout->addWidget(figures_);
+  faint();
+}
+
+void FolderHeader::faint() {
+  const double ratio = devicePixelRatioF();
+  icon_->setPixmap(ownIcon("zolvar").pixmap(QSize(IconSide, IconSide), ratio));
+  stateIcon_->setPixmap(stateIcon(kind_).pixmap(QSize(StateIconSide, StateIconSide), ratio));
+  QPalette palette = this->palette();
+  palette.setColor(QPalette::WindowText,
+                   faintColor(palette, QPalette::WindowText, QPalette::Window));
+  for (QLabel* label : {place_, explanation_, figures_}) label->setPalette(palette);
+}
+
+void FolderHeader::show(const PoolInfo& info, const std::optional<TransferProgress>& progress) {
+  name_->setText(toQt(info.name));
+  place_->setText(placeText(info));
+  if (kind_ != info.state.kind) {
+    kind_ = info.state.kind;
+    faint();
+  }
+  state_->setText(stateText(info, progress));
+  explanation_->setText(info.trouble.empty() ? stateExplanation(info) : said(info.trouble));
+  const bool isFetching = progress && progress->filesWanted > 0;
+  bar_->setVisible(isFetching);
+  figures_->setVisible(isFetching);
+  if (!isFetching) return;
+  bar_->setValue(progressPermille(*progress));
+  figures_->setText(progressText(*progress));
+}
+
+void FolderHeader::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::ApplicationPaletteChange) faint();
+  QWidget::changeEvent(event);
+}
+
+}  // namespace zolvar
