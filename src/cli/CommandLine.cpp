@@ -1,8 +1,12 @@
 #include "cli/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
 #include <functional>
+#include <iostream>
+
+#include "cli/HumanOutput.h"
 
 namespace zolvar {
 namespace {
@@ -221,6 +225,14 @@ void addProgramCommands(Builder& builder, Values& values) {
   builder.add("quit", "End the running program");
 }
 
+/// Whether the first word is meant as a command and is none.
+bool isWrongWord(const CLI::App& app, const std::string& word) {
+  if (word.empty() || word.front() == '-') return false;
+  const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
+  return std::none_of(commands.begin(), commands.end(),
+                      [&word](const CLI::App* command) { return command->get_name() == word; });
+}
+
 }  // namespace
 
 std::variant<Invocation, EarlyExit> parseCommandLine(int argc, char** argv) {
@@ -237,6 +249,11 @@ std::variant<Invocation, EarlyExit> parseCommandLine(int argc, char** argv) {
   addKeptVersions(builder, values);
   addDecisions(builder, values);
   addProgramCommands(builder, values);
+  if (argc > 1 && isWrongWord(app, argv[1])) {
+    std::cerr << "There is no command '" << printable(argv[1])
+              << "'. Run with --help for more information.\n";
+    return EarlyExit{2};
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -75,6 +75,11 @@ TEST(CommandLine, exitsWithTheAgreedStatus) {
   }
 }
 
+TEST(CommandLine, namesTheWordThatIsNoCommand) {
+  EXPECT_EQ(run("lits --json").output,
+            "There is no command 'lits'. Run with --help for more information.\n");
+}
+
 TEST(CommandLine, helpsWithEveryCommand) {
   const std::string help = run("--help").output;
   for (const char* command :
