@@ -69,8 +69,9 @@ bool KDDiskState::isUnchanged(const FileAttributes& attributes) const {
   return inode == 0 || device != attributes.device || inode == attributes.inode;
 }
 
-KDDiskRecord::KDDiskRecord(Folder& supportFolder, std::string path, Log& log)
-    : folder_(supportFolder), path_(std::move(path)), log_(log) {}
+KDDiskRecord::KDDiskRecord(Folder& supportFolder, std::string path, Log& log,
+                           std::function<void(std::string_view)> changed)
+    : folder_(supportFolder), path_(std::move(path)), log_(log), changed_(std::move(changed)) {}
 
 // A line: kind, size, time, inode, device, log time, user id, path, separated by tabs. A path may
 // hold tabs (it is the rest of the line) but no line feed. Kind "-" forgets the path.
@@ -156,6 +157,7 @@ void KDDiskRecord::load(KDVersionTree& tree, FileIdentity root) {
 }
 
 void KDDiskRecord::set(KDPathRecord& path, const KDDiskState& state) {
+  if (changed_) changed_(path.text);
   if (!path.disk) {
     if (free_.empty()) {
       path.disk = &states_.emplace_back();
@@ -169,6 +171,7 @@ void KDDiskRecord::set(KDPathRecord& path, const KDDiskState& state) {
 }
 
 void KDDiskRecord::forget(KDPathRecord& path) {
+  if (changed_) changed_(path.text);
   if (!path.disk) return;
   free_.push_back(path.disk);
   path.disk = nullptr;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -38,7 +39,9 @@ struct KDDiskState {
 /// The pool's state lane; the folder outlives the record.
 class KDDiskRecord {
  public:
-  KDDiskRecord(Folder& supportFolder, std::string path, Log& log);
+  /// `changed` is told of each path whose state is set or forgotten.
+  KDDiskRecord(Folder& supportFolder, std::string path, Log& log,
+               std::function<void(std::string_view path)> changed = {});
 
   /// Reads the journal against a tree that is read already. Lines whose path or version is unknown
   /// are dropped. `root` is the pool folder's identity. With another device inodes are not
@@ -60,6 +63,7 @@ class KDDiskRecord {
   Folder& folder_;
   std::string path_;
   Log& log_;
+  std::function<void(std::string_view)> changed_;
   KDEntryStore* store_ = nullptr;
   FileIdentity root_;
   bool knowsRoot_ = false;

@@ -122,6 +122,7 @@ void KDFilePool::folderMoved(const std::string& newPath) {
                         folderPath_, newPath);
   try {
     setFolderPath(newPath);
+    if (isActive()) startWatch();
     if (delegate_) delegate_->poolDidMove(*this);
   } catch (const InconsistencyError&) {
     platform_.workspace.beep();
@@ -264,8 +265,9 @@ void KDFilePool::warn(const std::string& text) {
 
 void KDFilePool::startState() {
   ++parts_->generation;
+  parts_->changed = std::make_shared<ChangedFolders>();
   parts_->state = std::make_shared<KDPoolState>(
-      KDPoolState::Settings{name(), folderPath_, userId_, pace_}, platform_,
+      KDPoolState::Settings{name(), folderPath_, userId_, pace_, parts_->changed}, platform_,
       std::make_unique<StateToMain>(weak_from_this(), platform_.runLoop, parts_->generation));
   auto shownProgress = [weak = weak_from_this(),
                         &runLoop = platform_.runLoop](std::optional<TransferProgress> progress) {
@@ -381,27 +383,21 @@ void KDFilePool::startTimers() {
   };
   parts_->scanTimer =
       platform_.runLoop.every(pace_.scanInterval, guarded(&KDFilePool::checkFileSystemChanges));
-  if (pace_.scanAfterClose <= 0) return;
-  auto observation = platform_.fileSystem.observe(
-      folderPath_,
-      [weak = weak_from_this()](const FileEvent& event) {
-        const auto pool = weak.lock();
-        if (!pool || event.path1.starts_with(pool->logsPath())) return;
-        pool->scanSoon(pool->pace_.scanAfterClose);
-      },
-      [&log = platform_.log](const Failure& failure) {
-        log.warning("{} Changes are found by the periodic scan alone.", failure.message());
-      });
-  if (observation) {
-    parts_->observation = std::move(*observation);
-  } else {
-    platform_.log.warning("{} Changes are found by the periodic scan alone.",
-                          observation.error().message());
-  }
+  startWatch();
+}
+
+void KDFilePool::startWatch() {
+  if (platform_.isTestModeActive || !parts_->changed) return;
+  parts_->watch.reset();
+  parts_->watch = std::make_unique<FolderWatch>(platform_.fileSystem, center_, platform_.log,
+                                                folderPath_, parts_->changed, [this] {
+                                                  if (pace_.scanAfterClose > 0)
+                                                    scanSoon(pace_.scanAfterClose);
+                                                });
 }
 
 void KDFilePool::stopTimers() {
-  parts_->observation.reset();
+  parts_->watch.reset();
   for (RunLoop::Id* timer :
        {&parts_->scanTimer, &parts_->soonTimer, &parts_->announceTimer, &parts_->fullSyncTimer}) {
     if (*timer != 0) platform_.runLoop.cancel(*timer);
@@ -426,6 +422,7 @@ void KDFilePool::checkFileSystemChanges(std::function<void()> done) {
     return;
   }
   parts_->isScanQueued = true;
+  if (parts_->watch) parts_->watch->refresh(platform_.clock.now());
   parts_->stateLane->post([weak = weak_from_this(), state = parts_->state,
                            &runLoop = platform_.runLoop, &log = platform_.log,
                            done = std::move(done)] {

@@ -160,6 +160,7 @@ class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
   void activationEnded(std::uint64_t generation, const Result<>& outcome, const Done& done);
   void startTimers();
   void stopTimers();
+  void startWatch();
   void scanSoon(double seconds);
   void announcementNeededInMainThread();
   void fullSyncNeededInMainThread();

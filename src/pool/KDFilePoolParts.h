@@ -6,6 +6,8 @@
 
 #include "platform/FileSystem.h"
 #include "platform/Lanes.h"
+#include "pool/ChangedFolders.h"
+#include "pool/FolderWatch.h"
 #include "pool/KDFilePool.h"
 #include "pool/KDPoolState.h"
 #include "pool/KDPoolSync.h"
@@ -25,7 +27,8 @@ struct KDFilePool::Parts {
   RunLoop::Id fullSyncTimer = 0;
   bool isScanQueued = false;
   bool isSyncing = false;
-  std::unique_ptr<FolderObservation> observation;
+  std::shared_ptr<ChangedFolders> changed;  ///< of one activation
+  std::unique_ptr<FolderWatch> watch;
 
   mutable std::mutex shownMutex;  ///< guards snapshot and progress
   std::shared_ptr<const PoolSnapshot> snapshot;

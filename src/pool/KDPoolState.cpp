@@ -98,7 +98,7 @@ Result<> KDPoolState::readEverything() {
   tree_ = std::make_unique<KDVersionTree>(*store_, settings_.userId);
   record_ = std::make_unique<KDDiskRecord>(
       *supportFolder_, joinPath(RecordFolder, hexHash(settings_.poolName) + ".fprec"),
-      platform_.log);
+      platform_.log, [this](std::string_view path) { noteChanged(path); });
 
   if (const GuardReport report = guard_->settle(); report.trouble) {
     platform_.log.error("{}", report.trouble->message());
@@ -220,6 +220,7 @@ Result<> KDPoolState::reopenIfBack() {
   if (const auto opened = openFolder(); !opened) return opened;
   if (!isActive_) return {};
   isFirstRun_ = true;  // whatever is missing in a folder that came back is fetched, not deleted
+  if (settings_.changed) settings_.changed->noteEverything();
   return readEverything();
 }
 

@@ -14,6 +14,8 @@
 #include "log/KDEntryStore.h"
 #include "log/KDLogFile.h"
 #include "platform/FileSystem.h"
+#include "pool/ChangedFolders.h"
+#include "pool/IgnoreRules.h"
 #include "pool/KDDiskRecord.h"
 #include "pool/KDVersionTree.h"
 #include "pool/LogGuard.h"
@@ -42,6 +44,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
     std::string folderPath;
     std::string userId;
     Pace pace;
+    std::shared_ptr<ChangedFolders> changed{};  ///< none: every scan looks at everything
   };
   KDPoolState(Settings settings, Platform& platform, std::unique_ptr<PoolStateListener> listener);
   ~KDPoolState() override;
@@ -125,6 +128,15 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
                                   KDLogFileEntry* parent);
   void chooseWhatLiesHere();
   void settleVanished(Scan& scan);
+  void look(Scan& scan);
+  void lookAtFolders(Scan& scan);
+  void noteUnseen(Scan& scan, std::string_view directory, const Failure& failure);
+  void noteChanged(std::string_view path);
+
+  // What stays out of the folder (KDPoolStateIgnore.cpp).
+  void refreshIgnoreRules();
+  [[nodiscard]] bool isIgnored(const KDPathRecord& path) const;
+  [[nodiscard]] bool holdsOnlyIgnored(std::string_view directory);
   void logFileSystemDeletionsAtPaths(const std::set<std::string>& paths);
   void raiseQuestion();
 
@@ -185,6 +197,8 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::uint32_t scanNumber_ = 0;
   double lastScan_ = 0;
   std::unordered_set<const KDPathRecord*> missingOnce_;  ///< absent in the last scan
+  IgnoreRules ignore_;
+  std::optional<FileAttributes> ignoreFile_;  ///< as it was when the rules were read
   std::set<std::string> warned_;
   bool isInaccessible_ = false;
   std::string trouble_;

@@ -35,6 +35,7 @@ void KDPoolState::appendOwn(const KDEntryStore::Made& made) {
 }
 
 bool KDPoolState::mergeEntry(KDLogFileEntry* entry) {
+  noteChanged(entry->path());
   const KDVersionTree::Appended merged = tree_->append(entry);
   KDPathRecord& path = entry->pathRecord();
   if (merged.kind == KDVersionTree::Kind::Selection) {
@@ -55,6 +56,7 @@ bool KDPoolState::mergeEntry(KDLogFileEntry* entry) {
 }
 
 void KDPoolState::setConflict(bool isConflict, KDPathRecord& path) {
+  isConflict = isConflict && !isIgnored(path);
   areConflictsStale_ = areConflictsStale_ || isConflict;
   if (conflicts_.contains(&path) == isConflict) return;
   areConflictsStale_ = true;

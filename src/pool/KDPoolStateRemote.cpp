@@ -89,7 +89,8 @@ bool KDPoolState::goesAsAWhole(const std::string& directory, const std::set<std:
       directory,
       [&](std::string_view path, const FileAttributes& attributes) {
         const KDPathRecord* record = store_->findPath(path);
-        isWhole = record && paths.contains(std::string(path)) && mayDelete(*record, attributes);
+        isWhole = record && !isIgnored(*record) && paths.contains(std::string(path)) &&
+                  mayDelete(*record, attributes);
         return isWhole ? Folder::Visit::Enter : Folder::Visit::Stop;
       },
       [&](std::string_view, const Failure&) { isWhole = false; });
@@ -117,7 +118,7 @@ void KDPoolState::deleteFiles(const std::set<std::string>& paths) {
   };
   for (const std::string& path : paths) {
     KDPathRecord* record = store_->findPath(path);
-    if (!record) continue;
+    if (!record || isIgnored(*record)) continue;
     if (wentAlong(path)) {
       if (!folder_->attributes(path)) record_->forget(*record);
       continue;
@@ -143,7 +144,7 @@ void KDPoolState::deleteFiles(const std::set<std::string>& paths) {
     if (!content || !record) continue;
     if (content->empty()) {
       trashOne(*directory);
-    } else if (record->activeLeafCount == 0 && localLog_) {
+    } else if (record->activeLeafCount == 0 && localLog_ && !holdsOnlyIgnored(*directory)) {
       // Something that nobody deleted lives in it: the directory is wanted again.
       platform_.log.warning(
           "Found File that ought to be deleted according to the logs. Logging a re-creation.");

@@ -24,17 +24,55 @@ bool isBeneath(std::string_view path, std::string_view directory) {
                                path[directory.size()] == '/');
 }
 
+/// What a scan of everything would not enter, or nothing beneath it.
+bool isLeftOut(std::string_view directory) {
+  for (std::string_view step = directory; !step.empty(); step = parentPath(step)) {
+    if (isMetadataPath(step) || isForeignTopLevel(step) || !isSafeRelativePath(step)) return true;
+  }
+  return false;
+}
+
+/// Gives back what a scan took, unless it came to its end.
+class UnfinishedScope {
+ public:
+  UnfinishedScope(ChangedFolders* changed, const ScanScope& scope)
+      : changed_(changed), scope_(scope) {}
+  ~UnfinishedScope() {
+    if (changed_) changed_->giveBack(scope_);
+  }
+  UnfinishedScope(const UnfinishedScope&) = delete;
+  void release() { changed_ = nullptr; }
+
+ private:
+  ChangedFolders* changed_;
+  const ScanScope& scope_;
+};
+
 }  // namespace
 
 /// One scan in progress.
 struct KDPoolState::Scan {
   std::uint32_t number = 0;
   double now = 0;
+  ScanScope scope;
+  std::set<std::string, std::less<>> listed;       ///< directories whose entries were visited
+  std::set<std::string, std::less<>> walked;       ///< directories visited with all beneath them
+  std::set<std::string, std::less<>> directories;  ///< found among what was listed
   std::vector<std::string> unseen;  ///< directories of which nothing may be called missing
   std::set<std::string> toDelete;
   std::set<std::string> toFetch;
   std::vector<KDLogFileEntry*> toSelect;  ///< own versions that made a branch
   std::set<std::string> reappeared;       ///< were in question
+
+  /// Whether the scan would have met the item if it were there.
+  [[nodiscard]] bool covers(std::string_view path) const {
+    if (scope.isWhole || listed.contains(parentPath(path))) return true;
+    for (std::string_view above = parentPath(path); !above.empty(); above = parentPath(above)) {
+      if (walked.contains(above)) return true;
+      if (listed.contains(parentPath(above))) return !directories.contains(above);
+    }
+    return false;
+  }
 };
 
 void KDPoolState::checkFileSystemChanges() {
@@ -57,15 +95,10 @@ void KDPoolState::scan() {
   Scan scan;
   scan.number = ++scanNumber_;
   scan.now = platform_.clock.now();
-  folder_->walk(
-      "",
-      [&](std::string_view path, const FileAttributes& attributes) {
-        return isDetached_ ? Folder::Visit::Stop : visit(scan, path, attributes);
-      },
-      [&](std::string_view directory, const Failure& failure) {
-        scan.unseen.emplace_back(directory);
-        warnOnce("unreadable " + std::string(directory), failure.message());
-      });
+  refreshIgnoreRules();
+  if (settings_.changed) scan.scope = settings_.changed->take(scan.now);
+  UnfinishedScope unfinished(settings_.changed.get(), scan.scope);
+  look(scan);
   if (isDetached_) return;
 
   if (!scan.reappeared.empty()) {
@@ -96,6 +129,85 @@ void KDPoolState::scan() {
   (void)flush();
   isFirstRun_ = false;
   lastScan_ = wholeSeconds(platform_.clock.now());
+  unfinished.release();
+}
+
+void KDPoolState::look(Scan& scan) {
+  if (!scan.scope.isWhole) {
+    lookAtFolders(scan);
+    return;
+  }
+  folder_->walk(
+      "",
+      [&](std::string_view path, const FileAttributes& attributes) {
+        return isDetached_ ? Folder::Visit::Stop : visit(scan, path, attributes);
+      },
+      [&](std::string_view directory, const Failure& failure) {
+        noteUnseen(scan, directory, failure);
+      });
+}
+
+/// Compares the entries of some directories, and all beneath a directory that came since.
+void KDPoolState::lookAtFolders(Scan& scan) {
+  std::set<std::string, std::less<>> folders;
+  const auto isKnown = [this](std::string_view path, const FileAttributes& attributes) {
+    const KDPathRecord* record = store_->findPath(path);
+    return record && record->disk && record->disk->kind == FileKind::Directory &&
+           attributes.kind == FileKind::Directory && record->disk->inode != 0 &&
+           record->disk->inode == attributes.inode && record->disk->device == attributes.device;
+  };
+  for (std::string_view folder : scan.scope.folders) {
+    while (!folder.empty()) {  // one that went, or came since, is met where it lies
+      const auto there = folder_->attributes(folder);
+      if (there && isKnown(folder, *there)) break;
+      folder = parentPath(folder);
+    }
+    folders.emplace(folder);
+  }
+  const auto isWalked = [&scan](std::string_view folder) {
+    for (; !folder.empty(); folder = parentPath(folder)) {
+      if (scan.walked.contains(folder)) return true;
+    }
+    return false;
+  };
+  const auto failed = [&](std::string_view directory, const Failure& failure) {
+    noteUnseen(scan, directory, failure);
+  };
+  for (const std::string& folder : folders) {  // parents before children
+    if (isLeftOut(folder) || isWalked(folder) || ignore_.ignores(folder, true)) continue;
+    const auto entries = folder_->list(folder);
+    if (!entries) {
+      failed(folder, entries.error());
+      continue;
+    }
+    scan.listed.insert(folder);
+    for (const auto& [name, attributes] : *entries) {
+      if (isDetached_) return;
+      const std::string path = folder.empty() ? name : joinPath(folder, name);
+      const bool wasKnown = !scan.scope.arrived.contains(path) && isKnown(path, attributes);
+      const auto next = visit(scan, path, attributes);
+      if (attributes.kind != FileKind::Directory) continue;
+      scan.directories.insert(path);
+      if (next != Folder::Visit::Enter || wasKnown) continue;
+      scan.walked.insert(path);
+      folder_->walk(
+          path,
+          [&](std::string_view inner, const FileAttributes& found) {
+            return isDetached_ ? Folder::Visit::Stop : visit(scan, inner, found);
+          },
+          failed);
+    }
+  }
+}
+
+void KDPoolState::noteUnseen(Scan& scan, std::string_view directory, const Failure& failure) {
+  scan.unseen.emplace_back(directory);
+  warnOnce("unreadable " + std::string(directory), failure.message());
+  if (settings_.changed) settings_.changed->noteFolder(directory);  // looked at each time
+}
+
+void KDPoolState::noteChanged(std::string_view path) {
+  if (settings_.changed) settings_.changed->note(path);
 }
 
 /// Who subscribes to a folder with conflicts works with the branch that lies here already.
@@ -111,6 +223,9 @@ void KDPoolState::chooseWhatLiesHere() {
 Folder::Visit KDPoolState::visit(Scan& scan, std::string_view path,
                                  const FileAttributes& attributes) {
   KDPathRecord* record = store_->findPath(path);
+  if (!ignore_.isEmpty() && ignore_.ignoresItem(path, attributes.kind == FileKind::Directory)) {
+    return Folder::Visit::Skip;
+  }
   if (record) {
     record->seenInScan = scan.number;
     const KDDiskState* disk = record->disk;
@@ -147,7 +262,10 @@ Folder::Visit KDPoolState::visit(Scan& scan, std::string_view path,
   }
   if (attributes.kind == FileKind::Link) {
     const auto target = folder_->readLink(path);
-    if (!target) return Folder::Visit::Enter;
+    if (!target) {
+      noteChanged(path);
+      return Folder::Visit::Enter;
+    }
     if (!isInnerLinkTarget(path, *target)) {
       warnOnce("link " + std::string(path),
                fmt::format("The link '{}' in {} is left out: it points outside the folder.", path,
@@ -164,6 +282,11 @@ Folder::Visit KDPoolState::visit(Scan& scan, std::string_view path,
              fmt::format("'{}' in {} is on another drive than before; files missing beneath it are "
                          "not taken for deleted.",
                          path, settings_.folderPath));
+  }
+  const bool isDeleted = record && record->newest && record->activeLeafCount == 0;
+  if (isDeleted && attributes.kind == FileKind::Directory && holdsOnlyIgnored(path)) {
+    noteChanged(path);            // something else may come to lie in it, at any depth
+    return Folder::Visit::Enter;  // deleted as far as it is shared
   }
   carryOut(scan, path, record, attributes);
   return Folder::Visit::Enter;
@@ -187,6 +310,7 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
       decideScan(*tree_, record && record->newest ? record : nullptr, facts);
   switch (decision.action) {
     case ScanAction::TooFresh:
+      noteChanged(path);
       return;
     case ScanAction::Nothing:
       // After a restore or a move between drives inodes are learned anew.
@@ -228,6 +352,7 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
       while (tree_->versionWithModTime(*record, comparedTime(later), settings_.userId));
       if (const auto set = folder_->setModTime(path, later.modTime); !set) {
         warnOnce("time " + std::string(path), set.error().message());
+        noteChanged(path);
         return;
       }
       logModification(scan, path, later, decision.parent);
@@ -267,11 +392,16 @@ KDLogFileEntry* KDPoolState::logModification(Scan& scan, std::string_view path,
 }
 
 void KDPoolState::settleVanished(Scan& scan) {
+  if (!scan.scope.isWhole && scan.listed.empty()) return;
   std::set<std::string> toFetch;
   std::set<std::string> vanished;
   std::unordered_set<const KDPathRecord*> missing;
+  for (const KDPathRecord* path : missingOnce_) {
+    if (!scan.covers(path->text)) missing.insert(path);
+  }
   store_->forEachPath([&](KDPathRecord& path) {
     if (path.seenInScan == scan.number || path.activeLeafCount == 0) return;
+    if (!scan.covers(path.text) || isIgnored(path)) return;
     if (!todo_.empty() && todo_.contains(path.text)) return;
     if (!inQuestion_.empty() && inQuestion_.contains(path.text)) return;
     for (const std::string& directory : scan.unseen) {
@@ -286,6 +416,7 @@ void KDPoolState::settleVanished(Scan& scan) {
     }
   });
   missingOnce_ = std::move(missing);
+  for (const KDPathRecord* path : missingOnce_) noteChanged(path->text);
   const auto answered = std::erase_if(inQuestion_, [this](const std::string& path) {
     const KDPathRecord* record = store_->findPath(path);
     return !record || record->activeLeafCount == 0;  // a peer deleted it meanwhile

@@ -206,6 +206,10 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
     KDPathRecord* path = store_->findPath(entry.path);
     if (path) compareWithListing(*path, entry, userId);
     if (!todo_.contains(entry.path)) continue;
+    if (ignore_.ignores(entry.path, entry.kind == 'd')) {
+      removeTodoFiles({entry.path});
+      continue;
+    }
     const KDLogFileEntry* leaf = path ? tree_->selectedLeaf(*path).leaf : nullptr;
     if (path && path->disk && !path->disk->entry &&
         std::find(entry.modTimes.begin(), entry.modTimes.end(), path->disk->modTime) ==
@@ -236,6 +240,11 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
   }
   areHoldersStale_ = true;
   publish();
+  if (plan.files.contains(std::string(IgnoreFileName)) && plan.files.size() > 1) {
+    // Rules come before what they may keep out.
+    plan.files = {std::string(IgnoreFileName)};
+    listener_->fullSyncNeeded();
+  }
   return plan;
 }
 

@@ -53,7 +53,11 @@ void KDPoolState::saveTodoFiles() {
 
 void KDPoolState::addTodoFiles(const std::set<std::string>& paths) {
   const std::size_t before = todo_.size();
-  todo_.insert(paths.begin(), paths.end());
+  for (const std::string& path : paths) {
+    const KDPathRecord* record = ignore_.isEmpty() ? nullptr : store_->findPath(path);
+    if (record && isIgnored(*record)) continue;
+    if (todo_.insert(path).second) noteChanged(path);
+  }
   if (todo_.size() == before) return;
   platform_.log.debug("Will try to load {} files from a peer.", todo_.size());
   isTodoDirty_ = areMissingStale_ = true;
@@ -62,6 +66,7 @@ void KDPoolState::addTodoFiles(const std::set<std::string>& paths) {
 void KDPoolState::removeTodoFiles(const std::set<std::string>& paths) {
   for (const std::string& path : paths) {
     if (todo_.erase(path) == 0) continue;
+    noteChanged(path);
     holders_.erase(path);
     isTodoDirty_ = areMissingStale_ = areHoldersStale_ = true;
   }
