@@ -55,6 +55,7 @@ Result<> LogGuard::setAside() {
     if (const auto linked = folder_.link(logPath(name), asidePath(name)); !linked) return linked;
     before_.emplace(name, attributes);
   }
+  isOwnLoad_ = true;
   return {};
 }
 
@@ -95,6 +96,7 @@ GuardReport LogGuard::settle() {
     if (const auto removed = folder_.removeTree(AsideFolder); !removed) {
       report.trouble = removed.error();
     }
+    isOwnLoad_ = false;
     before_.clear();
   }
   return report;
@@ -106,7 +108,7 @@ Result<GuardedLog> LogGuard::settleLog(const std::string& name,
   GuardedLog settled{name, true, false, {}};
   if (!old) {
     // After a crash in the middle of a load an empty log may be one that was not flushed.
-    if (before_.empty() && hasSetAside() && now->size == 0) {
+    if (!isOwnLoad_ && hasSetAside() && now->size == 0) {
       settled.changed = !folder_.removeFile(logPath(name));
     }
     return settled;

@@ -72,6 +72,7 @@ class LogGuard {
   Folder& folder_;
   Log& log_;
   std::map<std::string, FileAttributes> before_;  ///< the logs as setAside() found them
+  bool isOwnLoad_ = false;                        ///< set aside by this object, not before a crash
 };
 
 }  // namespace zolvar

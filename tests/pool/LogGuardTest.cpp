@@ -231,6 +231,13 @@ TEST_F(LogGuardTest, survivesFailuresAndCrashesAtEveryCall) {
   }
 }
 
+TEST_F(LogGuardTest, acceptsTheEmptyLogOfAnEmptyFolder) {
+  ASSERT_TRUE(guard_->setAside());  // of the first load there is nothing to set aside
+  host_.files.write(Logs + Bobs, "");
+  (void)settled(Bobs);
+  EXPECT_EQ(content(Bobs), "");
+}
+
 TEST_F(LogGuardTest, refusesALoadWhenALogCannotBeSetAside) {
   host_.files.write(Logs + Own, line(10, "a"));
   for (const char* operation : {"list", "link", "makeDirectories"}) {
