@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "pool/KDPoolState.h"
 #include "support/SimulatedPlatform.h"
 #include "util/PropertyList.h"
@@ -100,6 +102,16 @@ class KDPoolStateTest : public testing::Test {
   std::size_t ownLines() {
     const std::string log = ownLog();
     return static_cast<std::size_t>(std::count(log.begin(), log.end(), '\n'));
+  }
+  /// When our last entry of a path was logged.
+  double leafTimeOf(const std::string& relative) {
+    std::istringstream lines(ownLog());
+    double time = 0;
+    for (std::string line; std::getline(lines, line);) {
+      if (line.find(",\"" + relative + "\",") != std::string::npos)
+        time = std::stod(line.substr(1));
+    }
+    return time;
   }
   const std::vector<std::string>& missing() { return *heard.snapshot->missing; }
   VersionId leafOf(const std::string& user) {
@@ -481,6 +493,51 @@ TEST_F(KDPoolStateTest, refusesPathsThatLeaveTheFolder) {
           {line(100, 0, "../x", 90), line(101, 0, "/etc/x", 90), line(102, 0, ".Zolvar/x", 90),
            "\"103\",\"0\"", line(104, 0, "good", 90), line(105, 99999999999.0, "ahead", 90)});
   EXPECT_EQ(missing(), std::vector<std::string>{"good"});
+}
+
+TEST_F(KDPoolStateTest, leavesAloneWhatTheRulesName) {
+  put("shared.tmp", "mine");
+  scan();
+  const double logged = leafTimeOf("shared.tmp");
+  put(".zolvarignore", "*.tmp\nbuild/\n");
+  put("own.tmp", "mine");
+  put("build/deep/made", "made");
+  scan();
+  scan();
+  EXPECT_EQ(ownLog().find("own.tmp"), std::string::npos);
+  EXPECT_EQ(ownLog().find("build"), std::string::npos);
+
+  arrives("bob@beta.local",
+          {line(logged + 50, logged, "shared.tmp", 0, "me@alpha.local"),
+           line(logged + 51, 0, "theirs.tmp", 90), line(logged + 52, 0, "theirs", 90)});
+  EXPECT_TRUE(host.files.exists(path("shared.tmp"))) << "a peer deleted it";
+  EXPECT_EQ(missing(), std::vector<std::string>{"theirs"});
+  const std::size_t lines = ownLines();
+  host.files.remove(path("shared.tmp"));
+  for (int count = 0; count < 3; ++count) scan();
+  EXPECT_EQ(ownLines(), lines);
+  EXPECT_FALSE(heard.question) << "an ignored file is nobody's question";
+
+  put(".zolvarignore", "");
+  for (int count = 0; count < 3; ++count) scan();
+  EXPECT_NE(ownLog().find("build/deep/made"), std::string::npos);
+  EXPECT_EQ(missing(), (std::vector<std::string>{"theirs", "theirs.tmp"}));
+}
+
+TEST_F(KDPoolStateTest, keepsTheFolderAroundIgnoredFiles) {
+  put(".zolvarignore", "*.tmp\n");
+  put("work/file", "shared");
+  put("work/own.tmp", "mine");
+  scan();
+  const double folder = leafTimeOf("work");
+  const double file = leafTimeOf("work/file");
+  arrives("bob@beta.local", {line(file + 50, file, "work/file", 0, "me@alpha.local"),
+                             line(file + 51, folder, "work", 0, "me@alpha.local")});
+  const std::size_t lines = ownLines();
+  for (int count = 0; count < 3; ++count) scan();
+  EXPECT_FALSE(host.files.exists(path("work/file")));
+  EXPECT_TRUE(host.files.exists(path("work/own.tmp")));
+  EXPECT_EQ(ownLines(), lines) << "the folder stays, and nobody is told";
 }
 
 }  // namespace
