@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <QLocalSocket>
+#include <QTimer>
 #include <cerrno>
 
 #include "app/ControlProtocol.h"
@@ -121,15 +122,12 @@ void ControlServer::readFrom(QLocalSocket* socket) {
 
 void ControlServer::cutOff(QLocalSocket* socket) {
   // Later: this may be called from inside the conversation that it ends.
-  QMetaObject::invokeMethod(
-      this,
-      [this, socket] {
-        if (conversations_.erase(socket) == 0) return;
-        socket->disconnect(this);
-        socket->abort();
-        socket->deleteLater();
-      },
-      Qt::QueuedConnection);
+  QTimer::singleShot(0, this, [this, socket] {
+    if (conversations_.erase(socket) == 0) return;
+    socket->disconnect(this);
+    socket->abort();
+    socket->deleteLater();
+  });
 }
 
 }  // namespace zolvar
