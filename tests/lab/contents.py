@@ -103,6 +103,7 @@ def scenario_question(lab):
         check(there.read("asked") == "precious", "deleted before anyone had answered")
         ann.command("answer", "Question", "reget")
         wait_until(lambda: here.read("asked") == "precious", 60, "not fetched again")
+        converge(here, there)  # gone before its arrival was noted, it would just be fetched again
         here.remove("asked")
         wait_until(lambda: "asked" in str(ann.cli("question")), 60, "nobody asked again")
         ann.command("answer", "Question", "delete")
