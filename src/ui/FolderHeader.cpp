@@ -1,6 +1,5 @@
 #include "ui/FolderHeader.h"
 
-#include <QDir>
 #include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -23,15 +22,16 @@ constexpr int IconSide = 44;  // device-independent pixels, as all of these
 constexpr int StateIconSide = 18;
 constexpr double NameSize = 1.45;  // of the ordinary font
 
-QString placeText(const PoolInfo& info) {
+QString placeText(const PoolInfo& info, const std::string& home) {
   if (info.folder.empty()) return Zolvar::tr("Shared by others on this network");
-  const std::string path = abbreviateHome(info.folder, QDir::homePath().toStdString());
+  const std::string path = abbreviateHome(info.folder, home);
   return toQt(pathForDisplay(path));
 }
 
 }  // namespace
 
-FolderHeader::FolderHeader(const QList<QAction*>& actions, QWidget* parent) : QWidget(parent) {
+FolderHeader::FolderHeader(const QList<QAction*>& actions, std::string homeFolder, QWidget* parent)
+    : QWidget(parent), homeFolder_(std::move(homeFolder)) {
   icon_ = new QLabel(this);
   name_ = new ElidingLabel(Qt::ElideRight, this);
   QFont font = name_->font();
@@ -88,7 +88,7 @@ void FolderHeader::faint() {
 
 void FolderHeader::show(const PoolInfo& info, const std::optional<TransferProgress>& progress) {
   name_->setText(toQt(info.name));
-  place_->setText(placeText(info));
+  place_->setText(placeText(info, homeFolder_));
   if (kind_ != info.state.kind) {
     kind_ = info.state.kind;
     faint();

@@ -3,6 +3,7 @@
 #include <QList>
 #include <QWidget>
 #include <optional>
+#include <string>
 
 #include "app/Operations.h"
 
@@ -19,7 +20,7 @@ class FolderHeader : public QWidget {
 
  public:
   /// The actions become buttons, in this order; an action that is not visible makes none.
-  FolderHeader(const QList<QAction*>& actions, QWidget* parent);
+  FolderHeader(const QList<QAction*>& actions, std::string homeFolder, QWidget* parent);
 
   void show(const PoolInfo& info, const std::optional<TransferProgress>& progress);
 
@@ -29,6 +30,7 @@ class FolderHeader : public QWidget {
  private:
   void faint();
 
+  std::string homeFolder_;
   QLabel* icon_;
   QLabel* name_;
   QLabel* place_;

@@ -9,6 +9,8 @@
 #include <QVBoxLayout>
 
 #include "app/Application.h"
+#include "platform/FileSystem.h"
+#include "platform/Platform.h"
 #include "ui/ConflictsTab.h"
 #include "ui/DetailsPane.h"
 #include "ui/FolderHeader.h"
@@ -25,7 +27,7 @@ namespace zolvar {
 FolderView::FolderView(WindowContext& context, WindowMemory& memory, const QList<QAction*>& actions,
                        QWidget* parent)
     : QWidget(parent), context_(context) {
-  header_ = new FolderHeader(actions, this);
+  header_ = new FolderHeader(actions, context.platform.fileSystem.homeFolder(), this);
   question_ = new MessageBar(this);
   warning_ = new MessageBar(this);
   users_ = new UsersTab(context, memory, this);
