@@ -8,6 +8,13 @@
 
 namespace zolvar {
 
+QString EnglishPlurals::translate(const char* /*context*/, const char* source,
+                                  const char* /*disambiguation*/, int count) const {
+  const QString text = QString::fromUtf8(source);
+  if (count < 0 || !text.contains("(s)")) return {};
+  return QString(text).replace("(s)", count == 1 ? "" : "s");
+}
+
 QString said(const std::string& text) {
   return text.empty() ? QString() : QCoreApplication::translate("Zolvar", text.c_str());
 }

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QString>
+#include <QTranslator>
 #include <cstdint>
 #include <string>
 
@@ -11,6 +12,16 @@ namespace zolvar {
 /// `Zolvar::tr("%n file(s)", nullptr, count)`. The English text is the key. Main thread.
 struct Zolvar {
   Q_DECLARE_TR_FUNCTIONS(Zolvar)
+};
+
+/// English plurals where no translation is installed: "%n file(s)" becomes "1 file" or "2 files".
+/// Installed before every other translator, so that these are asked first. Main thread.
+class EnglishPlurals : public QTranslator {
+ public:
+  using QTranslator::QTranslator;
+  [[nodiscard]] QString translate(const char* context, const char* source,
+                                  const char* disambiguation, int count) const override;
+  [[nodiscard]] bool isEmpty() const override { return false; }
 };
 
 /// A text of the engine in the user's language, or as it is where the table has none.

@@ -20,6 +20,7 @@
 #include "ui/MainWindow.h"
 #include "ui/PlainSheets.h"
 #include "ui/SingleInstance.h"
+#include "ui/Texts.h"
 #include "ui/TrayIcon.h"
 #include "ui/WindowFrontEnd.h"
 
@@ -149,5 +150,7 @@ int main(int argc, char** argv) {
   QApplication::setOrganizationName("Zolvar");
   QApplication::setDesktopFileName("zolvar");
   QApplication::setQuitOnLastWindowClosed(false);
+  zolvar::EnglishPlurals plurals;
+  QCoreApplication::installTranslator(&plurals);
   return zolvar::run(choices);
 }

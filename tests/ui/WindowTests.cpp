@@ -217,11 +217,11 @@ TEST(StateTexts, sayTheStateInAFewWords) {
     info.state.kind = kind;
     return (stateText(info, {}) + " / " + summaryText(info, {})).toStdString();
   };
-  EXPECT_EQ(both(FolderStateKind::InStep), "In step / In step with 3 user(s)");
+  EXPECT_EQ(both(FolderStateKind::InStep), "In step / In step with 3 users");
   info.missing = 2;
-  EXPECT_EQ(both(FolderStateKind::Missing), "2 file(s) missing / 3 user(s), 2 missing");
+  EXPECT_EQ(both(FolderStateKind::Missing), "2 files missing / 3 users, 2 missing");
   info.conflicts = 1;
-  EXPECT_EQ(both(FolderStateKind::Conflict), "Conflict in 1 file(s) / Conflict in 1 file(s)");
+  EXPECT_EQ(both(FolderStateKind::Conflict), "Conflict in 1 file / Conflict in 1 file");
   TransferProgress progress;
   progress.filesWanted = 7;
   progress.filesDone = 3;
