@@ -6,9 +6,6 @@
 
 namespace zolvar {
 
-/// The file at the top of a synced folder that tells what stays out of it.
-inline constexpr std::string_view IgnoreFileName = ".zolvarignore";
-
 /// Which paths of a synced folder stay out of it: never logged, fetched or deleted. Written in the
 /// syntax of gitignore(5): one pattern a line, the last one that fits decides, "!" takes out again,
 /// and nothing beneath an ignored directory can be taken out. The file with the rules itself is

@@ -103,7 +103,7 @@ bool isValidUtf8(std::string_view text) {
 
 bool isMetadataPath(std::string_view path) {
   constexpr std::string_view Forbidden = ".zolvar";
-  if (path.size() < Forbidden.size()) return false;
+  if (path.size() < Forbidden.size() || path == IgnoreFileName) return false;
   return std::equal(Forbidden.begin(), Forbidden.end(), path.begin(), [](char wanted, char found) {
     return found == wanted || (found >= 'A' && found <= 'Z' && found - 'A' + 'a' == wanted);
   });

@@ -18,10 +18,13 @@ inline constexpr std::size_t LongestPoolName = 120;   ///< bytes
 /// Whether a path that came from a log, a to-do list or a listing may name something inside a pool
 /// folder. Refused: empty, absolute, over LongestPath bytes, an empty, "." or ".." component or one
 /// over LongestComponent bytes, a NUL, a line feed or carriage return, a trailing slash, a first
-/// component that begins with ".zolvar" in any case, no valid UTF-8.
+/// component that begins with ".zolvar" in any case (but IgnoreFileName), no valid UTF-8.
 [[nodiscard]] bool isSafeRelativePath(std::string_view path);
 
-/// True for what begins with ".zolvar" in any case: our own metadata, never content.
+/// The file at the top of a synced folder that tells what stays out of it. It is content.
+inline constexpr std::string_view IgnoreFileName = ".zolvarignore";
+
+/// True for what else begins with ".zolvar" in any case: our own metadata, never content.
 [[nodiscard]] bool isMetadataPath(std::string_view path);
 
 /// Why `name` cannot be a pool's name (or a component of a shared path), as one sentence; none when
