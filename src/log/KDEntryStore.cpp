@@ -221,6 +221,11 @@ KDEntryStore::Made KDEntryStore::make(Clock& clock, Log& log, double notBefore,
     logTime = std::max(wholeSeconds(clock.now()), wholeSeconds(parentTime) + 1);
     if (made.clockIsOff) logTime = wholeSeconds(parentTime) + 1;
   }
+  if (fieldsWithoutLogTime.isDirectory) {
+    fieldsWithoutLogTime.modTime = logTime;
+  } else if (fieldsWithoutLogTime.modTime == logTime) {
+    ++logTime;  // no directory
+  }
   require(logTime < TimesEnd, "aLogTime < 2^40");
   fieldsWithoutLogTime.logTime = logTime;
   made.entry = add(fieldsWithoutLogTime);

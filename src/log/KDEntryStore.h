@@ -36,6 +36,7 @@ struct KDEntryFields {
   double modTime = 0;
   std::string_view userId;
   std::string_view puserId;  ///< empty: no parent, or the same user
+  bool isDirectory = false;  ///< of an entry to be made: its modification time is its log time
 };
 
 /// Owns the entries and paths of one version tree: an arena for the entries, one for the texts, and
@@ -51,6 +52,11 @@ class KDEntryStore {
 
   /// Times of the log lie below this: no finite double beyond it is a date.
   static constexpr double TimesEnd = 1099511627776;  // 2^40 seconds
+  /// Whether entries of our own can be dated after this one, a stranger's from the end of times.
+  [[nodiscard]] static bool canBeFollowed(const KDLogFileEntry& entry) {
+    constexpr double Reserve = 1 << 20;  // seconds
+    return entry.logTime() < TimesEnd - Reserve;
+  }
 
   KDPathRecord& path(std::string_view text);  ///< finds or adds
   [[nodiscard]] KDPathRecord* findPath(std::string_view text) const;
@@ -76,6 +82,7 @@ class KDEntryStore {
   /// `notBefore` (our own last entry). A parent that lies in the future is waited for, up to
   /// LongestFutureWait seconds; beyond that the entry takes the parent's time + 1 and
   /// `clockIsOff` of the result is set. Blocks: the state lane only.
+  /// Requires: a parent that can be followed.
   struct Made {
     KDLogFileEntry* entry = nullptr;
     bool clockIsOff = false;

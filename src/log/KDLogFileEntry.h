@@ -50,6 +50,9 @@ class KDLogFileEntry {
   [[nodiscard]] std::string_view userIdForDisplay() const;
   [[nodiscard]] KDLogFileEntry* parentEntry() const { return parent_; }
   [[nodiscard]] bool exists() const { return modTime_ != 0; }
+  /// Directories have no times of their own: such an entry has the time at which it was logged, and
+  /// no file's has.
+  [[nodiscard]] bool isDirectory() const { return modTime_ == logTime_; }
   /// While a parent is not linked, a selection looks like a modification: link parents first.
   [[nodiscard]] Type type() const;
   [[nodiscard]] std::string_view comment() const { return {}; }

@@ -156,6 +156,9 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   void compareWithListing(KDPathRecord& path, const ListingEntry& entry,
                           const std::string& participant);
 
+  bool makeRealDirectory(std::string_view directory);
+  [[nodiscard]] bool canGiveWay(std::string_view directory) const;
+
   // To-do list (KDPoolStateTodo.cpp).
   void loadTodoFiles();
   void saveTodoFiles();

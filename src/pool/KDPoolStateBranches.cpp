@@ -77,6 +77,7 @@ void KDPoolState::repair(KDPathRecord& path) {
 KDLogFileEntry* KDPoolState::versionOnDisk(const KDPathRecord& path) {
   const auto attributes = folder_->attributes(path.text);
   if (!attributes) return nullptr;
+  if (attributes->kind == FileKind::Directory) return tree_->directoryLeaf(path);
   if (path.disk && path.disk->entry && path.disk->isUnchanged(*attributes)) return path.disk->entry;
   return tree_->versionWithModTime(path, comparedTime(*attributes), settings_.userId);
 }
@@ -90,7 +91,7 @@ KDVersionTree::Selected KDPoolState::selectedLeaf(KDPathRecord& path) {
       "Warning: No branch selected for user '{}' for file '{}'. Trying correction...",
       settings_.userId, path.text);
   KDLogFileEntry* leaf = tree_->leafForEntry(versionOnDisk(path));
-  if (!leaf || !leaf->exists()) {
+  if (!leaf || !leaf->exists() || !KDEntryStore::canBeFollowed(*leaf)) {
     platform_.log.warning("Warning: Correction files for '{}'", path.text);
     return selected;
   }
@@ -101,6 +102,7 @@ KDVersionTree::Selected KDPoolState::selectedLeaf(KDPathRecord& path) {
 
 void KDPoolState::logSelectionOfBranchEntry(KDLogFileEntry& entry) {
   require(entry.exists(), "[branchEntry exists]");
+  if (!KDEntryStore::canBeFollowed(entry)) return;  // dated at the end of times
   appendOwn(store_->branchSelectionEntryForUser(platform_.clock, platform_.log,
                                                 notBefore(entry.path()), entry, settings_.userId));
   const KDLogFileEntry* leaf = tree_->selectedLeaf(entry.pathRecord()).leaf;
@@ -110,9 +112,18 @@ void KDPoolState::logSelectionOfBranchEntry(KDLogFileEntry& entry) {
 }
 
 void KDPoolState::logDeletionOfBranchLeaf(KDLogFileEntry& leaf) {
-  if (!leaf.exists()) return;
-  appendOwn(store_->branchDeletionEntryForUser(platform_.clock, platform_.log,
-                                               notBefore(leaf.path()), leaf, settings_.userId));
+  // All directories of a path are one branch.
+  std::vector<KDLogFileEntry*> leaves;
+  for (KDLogFileEntry* other : tree_->leafEntries(leaf.pathRecord())) {
+    const bool isOfBranch = other == &leaf || (leaf.isDirectory() && other->isDirectory());
+    if (isOfBranch && other->exists() && KDEntryStore::canBeFollowed(*other)) {
+      leaves.push_back(other);
+    }
+  }
+  for (KDLogFileEntry* one : leaves) {
+    appendOwn(store_->branchDeletionEntryForUser(platform_.clock, platform_.log,
+                                                 notBefore(one->path()), *one, settings_.userId));
+  }
 }
 
 Result<KDLogFileEntry*> KDPoolState::requireVersion(const std::string& path,
@@ -143,6 +154,10 @@ Result<KDLogFileEntry*> KDPoolState::decidableLeaf(const std::string& attempt,
   if ((*entry)->childCount() > 0 || !(*entry)->exists()) {
     return fail(FailureKind::Refused, attempt, path,
                 "this version is not a current one: it was changed or deleted since");
+  }
+  if (!KDEntryStore::canBeFollowed(**entry)) {
+    return fail(FailureKind::Refused, attempt, path,
+                "this version is dated so far in the future that nothing can follow it");
   }
   const KDDiskState* disk = (*entry)->pathRecord().disk;
   const auto attributes = folder_->attributes(path);

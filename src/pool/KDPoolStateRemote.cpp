@@ -55,8 +55,10 @@ void KDPoolState::applyRemoteLogEntry(KDLogFileEntry& entry, std::set<std::strin
   const bool grew = mergeEntry(&entry);
   if (entry.type() == KDLogFileEntry::KDBranchSelectionType) return;
   if (current && grew) {
-    // Both sides go on working on what they have; a person decides.
-    logSelectionOfBranchEntry(*current);
+    // Both sides go on working on what they have; a person decides. Of several directories that
+    // were one the entry may have turned just one into a file.
+    KDLogFileEntry* directory = current->isDirectory() ? tree_->directoryLeaf(path) : nullptr;
+    logSelectionOfBranchEntry(directory ? *directory : *current);
     return;
   }
   if (current && entry.parentEntry() != current) {
@@ -77,6 +79,7 @@ void KDPoolState::applyRemoteLogEntry(KDLogFileEntry& entry, std::set<std::strin
 bool KDPoolState::mayDelete(const KDPathRecord& path, const FileAttributes& attributes) const {
   const KDDiskState* disk = path.disk;
   if (!disk || !disk->entry || !disk->isUnchanged(attributes)) return false;
+  if (disk->kind == FileKind::Directory && tree_->directoryLeaf(path)) return false;
   for (const KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
     if (!leaf->exists() && disk->entry->isParentOfEntry(leaf)) return true;
   }
@@ -150,7 +153,7 @@ void KDPoolState::deleteFiles(const std::set<std::string>& paths) {
           "Found File that ought to be deleted according to the logs. Logging a re-creation.");
       KDEntryFields fields;
       fields.path = record->text;
-      fields.modTime = wholeSeconds(platform_.clock.now());
+      fields.isDirectory = true;
       fields.userId = settings_.userId;
       const auto made =
           store_->make(platform_.clock, platform_.log, notBefore(fields.path), fields);

@@ -368,20 +368,26 @@ KDLogFileEntry* KDPoolState::logModification(Scan& scan, std::string_view path,
                                              FileAttributes attributes, KDLogFileEntry* parent) {
   KDEntryFields fields;
   fields.path = path;
-  fields.modTime = attributes.kind == FileKind::Directory ? wholeSeconds(platform_.clock.now())
-                                                          : comparedTime(attributes);
+  fields.isDirectory = attributes.kind == FileKind::Directory;
+  fields.modTime = comparedTime(attributes);
   fields.userId = settings_.userId;
+  if (parent && !KDEntryStore::canBeFollowed(*parent)) parent = nullptr;
+  double earliest = notBefore(path);
   if (parent) {
     fields.plogTime = parent->logTime();
     fields.puserId = parent->userId();
-    if (fields.modTime == parent->modTime()) ++fields.modTime;  // a directory in a file's place
+    // With its parent's time it would be a mere choice of the parent.
+    if (fields.isDirectory) earliest = std::max(earliest, parent->modTime() + 1);
   }
-  const KDEntryStore::Made made =
-      store_->make(platform_.clock, platform_.log, notBefore(fields.path), fields);
+  const KDEntryStore::Made made = store_->make(platform_.clock, platform_.log, earliest, fields);
   platform_.log.debug("logFileSystemModificationAtPath: {}", made.entry->description());
   if (parent && !made.entry->parentEntry()) made.entry->setParentEntry(parent);
   appendOwn(made);
   KDPathRecord& record = made.entry->pathRecord();
+  if (parent && parent->isDirectory() && !fields.isDirectory) {
+    // The directory that it replaces was one, whoever logged it.
+    if (KDLogFileEntry* other = tree_->directoryLeaf(record)) logDeletionOfBranchLeaf(*other);
+  }
   record.seenInScan = scan.number;
   record_->set(record, KDDiskState::of(attributes, made.entry));
   // An earlier choice may lie where both branches begin.

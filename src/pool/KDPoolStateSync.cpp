@@ -116,6 +116,14 @@ std::map<std::string, std::uint64_t> KDPoolState::logSizesOnDisk() {
 std::set<std::string> KDPoolState::wantedFiles() {
   std::set<std::string> wanted(todo_.begin(), todo_.end());
   for (const std::string& path : inQuestion_) wanted.erase(path);
+  std::set<std::string_view> directories;
+  for (const std::string& path : wanted) {
+    for (auto slash = path.find('/'); slash != std::string::npos;
+         slash = path.find('/', slash + 1)) {
+      directories.insert(std::string_view(path).substr(0, slash));
+    }
+  }
+  for (const std::string_view directory : directories) (void)makeRealDirectory(directory);
   wanted.merge(toBeCompared());
   return wanted;
 }
@@ -220,7 +228,9 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
       listener_->scanWanted();
     }
     listed_[entry.path] = nullptr;
-    if (entry.kind != 'd') {
+    if (entry.kind == 'd') {
+      if (leaf && !leaf->isDirectory()) continue;  // the participant has not yet got the file
+    } else {
       KDLogFileEntry* remote = nullptr;
       for (const std::int64_t time : entry.modTimes) {
         const auto compared = static_cast<double>(std::max<std::int64_t>(time, 1));
@@ -248,6 +258,35 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
   return plan;
 }
 
+/// Makes way for what is wanted beneath `directory`: a file or a link there goes to the Trash when
+/// it is a logged version, and the scan then logs the directory that takes its place.
+bool KDPoolState::makeRealDirectory(std::string_view directory) {
+  const auto attributes = folder_->attributes(directory);
+  if (!attributes) return attributes.error().kind == FailureKind::Absent;
+  if (attributes->kind == FileKind::Directory) return true;
+  const KDPathRecord* path = store_->findPath(directory);
+  const KDDiskState* disk = path ? path->disk : nullptr;
+  if (!disk || !disk->entry || !disk->isUnchanged(*attributes)) return false;
+  if (const auto trashed = folder_->trash(directory); !trashed) {
+    warnOnce("trash " + std::string(directory), trashed.error().message());
+    return false;
+  }
+  listener_->scanWanted();
+  return folder_->makeDirectories(directory).has_value();
+}
+
+/// Whether a file can take the place of the directory: nothing lives in it, here or elsewhere.
+bool KDPoolState::canGiveWay(std::string_view directory) const {
+  const auto content = folder_->list(directory);
+  if (content && !content->empty()) return false;
+  bool isFree = true;
+  const std::string beneath = std::string(directory) + "/";
+  store_->forEachPath([&](const KDPathRecord& path) {
+    if (path.activeLeafCount > 0 && path.text.starts_with(beneath)) isFree = false;
+  });
+  return isFree;
+}
+
 std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& files) {
   std::set<std::string> ready;
   if (isDetached_ || !isActive_ || !isAccessible()) return ready;
@@ -255,16 +294,16 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
   const auto isReal = [&](std::string_view directory) {
     const auto known = realDirectories.find(directory);
     if (known != realDirectories.end()) return known->second;
-    const auto attributes = folder_->attributes(directory);
-    const bool isReal = attributes ? attributes->kind == FileKind::Directory
-                                   : attributes.error().kind == FailureKind::Absent;
+    const bool isReal = makeRealDirectory(directory);
     realDirectories.emplace(directory, isReal);
     return isReal;
   };
   for (const std::string& text : files) {
     bool isFree = true;
-    for (auto above = parentPath(text); isFree && !above.empty(); above = parentPath(above)) {
-      isFree = isReal(above);  // a link or a file in the way: the tool would write through it
+    // From the top: beneath a link or a file nothing can be looked at.
+    for (auto slash = text.find('/'); isFree && slash != std::string::npos;
+         slash = text.find('/', slash + 1)) {
+      isFree = isReal(std::string_view(text).substr(0, slash));
     }
     const auto attributes = folder_->attributes(text);
     const KDPathRecord* path = store_->findPath(text);
@@ -273,9 +312,13 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
     } else if (!attributes && attributes.error().kind != FailureKind::Absent) {
       isFree = false;
     }
-    if (isFree && attributes && path && path->disk &&
-        (path->disk->isGuess || mayDelete(*path, *attributes))) {
-      trashOne(text);  // deleted by someone, or perhaps another file than its time tells
+    const KDLogFileEntry* leaf = path ? tree_->selectedLeaf(*path).leaf : nullptr;
+    const bool isDirectory = attributes && attributes->kind == FileKind::Directory;
+    if (isDirectory && leaf && !leaf->isDirectory()) isFree = isFree && canGiveWay(text);
+    if (isFree && attributes && !isDirectory && path->disk &&
+        (path->disk->isGuess || (leaf && leaf->isDirectory()) || mayDelete(*path, *attributes))) {
+      // Deleted by someone, or to become a directory, or perhaps another file than its time tells.
+      trashOne(text);
     }
     if (isFree) {
       ready.insert(text);

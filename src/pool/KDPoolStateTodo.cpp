@@ -89,16 +89,18 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
     }
     const auto attributes = folder_->attributes(text);
     if (!attributes) continue;
+    if (attributes->kind == FileKind::Directory && !tree_->directoryLeaf(*path)) continue;
     KDDiskState* disk = path->disk;
     const bool isUnchanged = disk && disk->isUnchanged(*attributes);
     // Two versions can have one time: what arrived is the one that was listed.
     const auto copied = copying_.find(text);
     const bool isAsListed = copied != copying_.end() && copied->second &&
                             copied->second->modTime() == comparedTime(*attributes);
-    KDLogFileEntry* found = isUnchanged && disk->entry ? disk->entry
-                            : isAsListed               ? copied->second
-                                                       : tree_->versionWithModTime(
-                                                             *path, comparedTime(*attributes), settings_.userId);
+    KDLogFileEntry* found =
+        isUnchanged && disk->entry && disk->kind != FileKind::Directory ? disk->entry
+        : isAsListed
+            ? copied->second
+            : tree_->versionWithModTime(*path, comparedTime(*attributes), settings_.userId);
     if (!found) {
       // A copy run brought what its author has not logged yet: no edit of ours until it changes.
       if (copying_.contains(text) && !isUnchanged) {

@@ -88,6 +88,13 @@ void KDVersionTree::setActive(KDPathRecord& path, std::uint32_t count) {
   path.activeLeafCount = count;
 }
 
+bool KDVersionTree::hasOtherDirectory(const KDPathRecord& path, const KDLogFileEntry& leaf) {
+  for (const KDLogFileEntry* other = path.firstLeaf; other; other = other->nextLeaf()) {
+    if (other != &leaf && other->isDirectory()) return true;
+  }
+  return false;
+}
+
 void KDVersionTree::removeLeaf(KDPathRecord& path, KDLogFileEntry& leaf) {
   KDLogFileEntry* before = nullptr;
   for (KDLogFileEntry* entry = path.firstLeaf; entry; entry = entry->nextLeaf()) {
@@ -98,7 +105,8 @@ void KDVersionTree::removeLeaf(KDPathRecord& path, KDLogFileEntry& leaf) {
         path.firstLeaf = leaf.nextLeaf();
       }
       leaf.setNextLeaf(nullptr);
-      if (leaf.exists()) setActive(path, path.activeLeafCount - 1);
+      const bool isOne = leaf.isDirectory() && hasOtherDirectory(path, leaf);
+      if (leaf.exists() && !isOne) setActive(path, path.activeLeafCount - 1);
       return;
     }
     before = entry;
@@ -120,7 +128,8 @@ void KDVersionTree::store(KDLogFileEntry& entry) {
   }
   entry.setNextLeaf(path.firstLeaf);
   path.firstLeaf = &entry;
-  if (entry.exists()) setActive(path, path.activeLeafCount + 1);
+  const bool isOne = entry.isDirectory() && hasOtherDirectory(path, entry);
+  if (entry.exists() && !isOne) setActive(path, path.activeLeafCount + 1);
 }
 
 KDVersionTree::Appended KDVersionTree::append(KDLogFileEntry* entry) {
@@ -218,7 +227,10 @@ std::vector<KDLogFileEntry*> KDVersionTree::leafEntries(const KDPathRecord& path
 
 std::vector<KDLogFileEntry*> KDVersionTree::activeLeafEntries(const KDPathRecord& path) const {
   auto leaves = leafEntries(path);
-  std::erase_if(leaves, [](const auto* leaf) { return !leaf->exists(); });
+  bool hasDirectory = false;
+  std::erase_if(leaves, [&hasDirectory](const auto* leaf) {
+    return !leaf->exists() || (leaf->isDirectory() && std::exchange(hasDirectory, true));
+  });
   return leaves;
 }
 
@@ -237,6 +249,14 @@ KDLogFileEntry* KDVersionTree::leafForEntry(KDLogFileEntry* entry) const {
   throw InconsistencyError("Did not find a leaf for entry " + entry->description());
 }
 
+KDLogFileEntry* KDVersionTree::directoryLeaf(const KDPathRecord& path) const {
+  KDLogFileEntry* one = nullptr;
+  for (KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
+    if (leaf->isDirectory() && (!one || isNewerFirst(leaf, one))) one = leaf;
+  }
+  return one;
+}
+
 KDVersionTree::Selected KDVersionTree::selectedLeaf(const KDPathRecord& path) const {
   return selectedLeaf(path, localUserId_);
 }
@@ -245,14 +265,20 @@ KDVersionTree::Selected KDVersionTree::selectedLeaf(const KDPathRecord& path,
                                                     const std::string& userId) const {
   if (path.activeLeafCount == 0) return {};
   if (path.activeLeafCount == 1) {
+    KDLogFileEntry* one = nullptr;
     for (KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
-      if (leaf->exists()) return {1, leaf};
+      if (leaf->exists() && (!one || isNewerFirst(leaf, one))) one = leaf;
     }
+    return {1, one};
   }
+  const auto leaves = activeLeafEntries(path);
   const KDLogFileEntry* chosen = selectedEntry(path, userId);
   if (chosen) {
-    for (KDLogFileEntry* leaf : activeLeafEntries(path)) {
+    for (KDLogFileEntry* leaf : leaves) {
       if (chosen->isParentOfEntry(leaf)) return {1, leaf};
+    }
+    for (const KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
+      if (leaf->isDirectory() && chosen->isParentOfEntry(leaf)) return {1, directoryLeaf(path)};
     }
   }
   return {path.activeLeafCount, nullptr};
@@ -261,11 +287,13 @@ KDVersionTree::Selected KDVersionTree::selectedLeaf(const KDPathRecord& path,
 bool KDVersionTree::isSelectionClear(const KDPathRecord& path) const {
   if (path.activeLeafCount <= 1) return true;
   const KDLogFileEntry* chosen = selectedEntry(path, localUserId_);
-  unsigned branches = 0;
+  unsigned files = 0;
+  bool hasDirectory = false;
   for (const KDLogFileEntry* leaf = path.firstLeaf; leaf && chosen; leaf = leaf->nextLeaf()) {
-    branches += leaf->exists() && chosen->isParentOfEntry(leaf) ? 1 : 0;
+    if (!leaf->exists() || !chosen->isParentOfEntry(leaf)) continue;
+    leaf->isDirectory() ? hasDirectory = true : ++files != 0;
   }
-  return branches == 1;
+  return files + (hasDirectory ? 1 : 0) == 1;
 }
 
 KDLogFileEntry* KDVersionTree::selectedEntry(const KDPathRecord& path,
@@ -318,10 +346,7 @@ std::vector<std::string> KDVersionTree::usersWhoSelected(const KDLogFileEntry& l
 
 KDLogFileEntry* KDVersionTree::versionWithModTime(const KDPathRecord& path, double modTime,
                                                   const std::string& userId) const {
-  if (modTime == 0) {
-    const auto leaves = activeLeafEntries(path);
-    return leaves.empty() ? nullptr : leaves.front();
-  }
+  if (modTime == 0) return directoryLeaf(path);
   const KDLogFileEntry* chosen = selectedEntry(path, userId);
   std::vector<KDLogFileEntry*> matches;  // newest first
   for (KDLogFileEntry* entry = path.newest; entry; entry = entry->previous()) {

@@ -18,6 +18,9 @@ namespace zolvar {
 /// it can be read and tested alone. Leaves are kept up to date, never recomputed, and no operation
 /// recurses along a chain. The pool's state lane; the store outlives the tree.
 ///
+/// Directories do not conflict: all living directory versions of a path count as one branch, of
+/// which the newest stands for all.
+///
 /// Invariants: selections are never stored; a leaf has no stored child; an active leaf is one that
 /// exists; a user's selection of a path is dropped when its line of descent is deleted, the local
 /// user's also when the conflict is over.
@@ -51,6 +54,8 @@ class KDVersionTree {
   /// Newest first by log time, then by user id: the same on every peer.
   [[nodiscard]] std::vector<KDLogFileEntry*> leafEntries(const KDPathRecord& path) const;
   [[nodiscard]] std::vector<KDLogFileEntry*> activeLeafEntries(const KDPathRecord& path) const;
+  /// The active leaf that is a directory, if there is one.
+  [[nodiscard]] KDLogFileEntry* directoryLeaf(const KDPathRecord& path) const;
   /// The entry itself when it is a leaf, else a leaf on whose branch it lies: the local user's
   /// selected one if possible. Null for null. Throws "Did not find a leaf for entry ...".
   [[nodiscard]] KDLogFileEntry* leafForEntry(KDLogFileEntry* entry) const;
@@ -76,7 +81,7 @@ class KDVersionTree {
 
   /// The version with this modification time: the newest on the user's selected branch, else the
   /// newest on a living branch (one of two equal versions may have been deleted), else the newest.
-  /// 0 (directories, whose times are not compared) gives any active leaf.
+  /// 0 (a directory, whose time is not compared) gives the active leaf that is one.
   [[nodiscard]] KDLogFileEntry* versionWithModTime(const KDPathRecord& path, double modTime,
                                                    const std::string& userId) const;
   /// All authors on the active branches that hold the entry, except the local user.
@@ -109,6 +114,8 @@ class KDVersionTree {
 
   void link(KDLogFileEntry& entry);
   void store(KDLogFileEntry& entry);
+  /// Whether a living leaf of the path besides this one is a directory.
+  [[nodiscard]] static bool hasOtherDirectory(const KDPathRecord& path, const KDLogFileEntry& leaf);
   void removeLeaf(KDPathRecord& path, KDLogFileEntry& leaf);
   void setActive(KDPathRecord& path, std::uint32_t count);
   /// Calls `visit` with the stored entries of this user and time until it answers true.

@@ -32,11 +32,31 @@ ScanDecision decideKnown(const KDVersionTree& tree, KDLogFileEntry* existing, bo
     }
     return {ScanAction::LogRecreation, existing};
   }
-  if (leaf != existing && !facts.isTodo && facts.attributes.kind != FileKind::Directory) {
+  if (leaf != existing && !facts.isTodo) {
     return {ScanAction::Reget, existing};
   }
   if (isRecorded) return {ScanAction::Nothing, existing};
   return taken(tree, existing, facts);
+}
+
+/// A directory is what a version says or it is not; it has no time.
+ScanDecision decideDirectory(const KDVersionTree& tree, const KDPathRecord& path,
+                             const ScanFacts& facts) {
+  const KDDiskState* record = path.disk;
+  KDLogFileEntry* version = tree.directoryLeaf(path);
+  if (record && record->entry && record->kind == FileKind::Directory) {
+    if (version)
+      return {version == record->entry ? ScanAction::Nothing : ScanAction::Confirm, version};
+    const KDLogFileEntry* leaf = tree.leafForEntry(record->entry);
+    if (!leaf->exists()) return {ScanAction::Delete, record->entry};
+    return {facts.isTodo ? ScanAction::Nothing : ScanAction::Reget, record->entry};  // now a file
+  }
+  const bool hasReplaced = record && record->entry && record->inode != 0;
+  if (!version || (hasReplaced && !facts.isTodo && !record->entry->isParentOfEntry(version))) {
+    const bool isChild = hasReplaced && !record->isGuess;
+    return {ScanAction::LogModification, nullptr, isChild ? record->entry : nullptr};
+  }
+  return {ScanAction::Confirm, version};
 }
 
 }  // namespace
@@ -48,6 +68,9 @@ double comparedTime(const FileAttributes& attributes) {
 
 ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
                         const ScanFacts& facts) {
+  const bool isDirectory = facts.attributes.kind == FileKind::Directory;
+  if (isDirectory)
+    return path ? decideDirectory(tree, *path, facts) : ScanDecision{ScanAction::LogModification};
   const KDDiskState* record = path ? path->disk : nullptr;
   const bool isUnchanged = record && record->isUnchanged(facts.attributes);
   if (isUnchanged && record->entry) return decideKnown(tree, record->entry, true, facts);
@@ -81,7 +104,8 @@ ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
     return {ScanAction::LogModification};
   }
   // Changed since the record. A wanted version that is here now was fetched.
-  if (existing && facts.isTodo && existing == tree.selectedLeaf(*path).leaf) {
+  if (existing && existing != record->entry && facts.isTodo &&
+      existing == tree.selectedLeaf(*path).leaf) {
     return taken(tree, existing, facts);
   }
   // A time tells which version a file is, here and elsewhere, so each version has its own.

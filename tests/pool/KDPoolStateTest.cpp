@@ -261,7 +261,7 @@ TEST_F(KDPoolStateTest, keepsBothSidesOfAConcurrentEdit) {
 
 TEST_F(KDPoolStateTest, anEditHereOutlivesADeletionThere) {
   arrives("bob@beta.local",
-          {line(100, 0, "d", 50), line(100, 0, "d/f", 90), line(100, 0, "d/g", 91)});
+          {line(100, 0, "d", 100), line(100, 0, "d/f", 90), line(100, 0, "d/g", 91)});
   host.files.save(path("d/x"), "x", 80);
   host.files.remove(path("d/x"));
   fetch("d/f", "first", 90);
@@ -283,7 +283,7 @@ TEST_F(KDPoolStateTest, anEditHereOutlivesADeletionThere) {
 }
 
 TEST_F(KDPoolStateTest, aDirectoryGoesAsOneItem) {
-  arrives("bob@beta.local", {line(100, 0, "d", 50), line(100, 0, "d/f", 90)});
+  arrives("bob@beta.local", {line(100, 0, "d", 100), line(100, 0, "d/f", 90)});
   fetch("d/f", "first", 90);
   state->checkTodoFiles();
   arrives("bob@beta.local", {line(200, 100, "d", 0), line(200, 100, "d/f", 0)});
@@ -466,7 +466,7 @@ TEST_F(KDPoolStateTest, finishesAChoiceThatWasLeftHalfDone) {
 }
 
 TEST_F(KDPoolStateTest, neverCopiesThroughALink) {
-  arrives("bob@beta.local", {line(100, 0, "d", 50), line(100, 0, "d/f", 90)});
+  arrives("bob@beta.local", {line(100, 0, "d", 100), line(100, 0, "d/f", 90)});
   host.files.makeLink(path("d"), "/etc", 40);
   EXPECT_TRUE(state->prepareCopy({"d/f"}).empty());
 }
@@ -506,6 +506,7 @@ TEST_F(KDPoolStateTest, leavesAloneWhatTheRulesName) {
   scan();
   EXPECT_EQ(ownLog().find("own.tmp"), std::string::npos);
   EXPECT_EQ(ownLog().find("build"), std::string::npos);
+  EXPECT_NE(ownLog().find(".zolvarignore"), std::string::npos) << "the rules travel";
 
   arrives("bob@beta.local",
           {line(logged + 50, logged, "shared.tmp", 0, "me@alpha.local"),

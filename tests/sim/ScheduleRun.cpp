@@ -307,6 +307,12 @@ void ScheduleRun::change(SimulatedPeer& peer, const Words& words) {
     (void)files.tree().makeDirectories(files.tree().root(), place.substr(1));
   };
   makeFolder(peer.path(Docs));
+  for (auto slash = absolute.find('/', peer.path(Docs).size() + 1); slash != std::string::npos;
+       slash = absolute.find('/', slash + 1)) {
+    const auto above = files.attributesOf(absolute.substr(0, slash));
+    const bool makes = verb == "write" || verb == "save" || verb == "mkdir" || verb == "link";
+    if (above && above->kind == FileKind::Link && !makes) return;  // it would be elsewhere
+  }
   contents_.willChange(peer);
   const auto old = files.attributesOf(absolute);
   const bool isFile = old && old->kind == FileKind::Regular;
@@ -427,9 +433,11 @@ bool ScheduleRun::giveUpUnreachable() {
 }
 
 bool ScheduleRun::resolveOne() {
-  for (SimulatedPeer* peer : active()) {
-    if (peer->conflicts(Docs).empty()) continue;
-    decide(*peer, false, 0, counters_["drop"]);
+  const auto peers = active();
+  for (std::size_t i = 0; i < peers.size(); ++i) {
+    SimulatedPeer& peer = *peers[(i + counters_["drop"]) % peers.size()];
+    if (peer.conflicts(Docs).empty()) continue;
+    decide(peer, false, 0, counters_["drop"] / 2);
     return true;
   }
   return false;
@@ -440,9 +448,14 @@ void ScheduleRun::checkSame(const std::string& when) {
   const auto peers = active();
   std::map<std::string, std::string> trees;
   std::set<std::string> conflicts;
+  std::set<std::string> unshared;  // a link that leads outside lies there
   for (SimulatedPeer* peer : peers) {
     for (const std::string& path : peer->conflicts(Docs)) conflicts.insert(path);
+    for (const auto& [path, content] : peer->contents(Docs)) {
+      if (content == "-> ../other") unshared.insert(path);
+    }
   }
+  conflicts.insert(unshared.begin(), unshared.end());
   const auto inConflict = [&](const std::string& path) {
     return std::any_of(conflicts.begin(), conflicts.end(), [&](const std::string& conflict) {
       return (path + "/").starts_with(conflict + "/");
@@ -454,7 +467,13 @@ void ScheduleRun::checkSame(const std::string& when) {
     auto contents = peer->contents(Docs);
     const auto listed = peer->missing(Docs);
     std::set<std::string> missing(listed.begin(), listed.end());
+    std::erase_if(missing, [&](const std::string& path) {
+      return std::any_of(unshared.begin(), unshared.end(), [&](const std::string& link) {
+        return (path + "/").starts_with(link + "/");
+      });
+    });
     for (const Conflict& conflict : *peer->snapshot(Docs)->conflicts) {
+      if (unshared.contains(conflict.path)) continue;
       std::size_t chosen = 0;
       for (const ConflictVersion& version : conflict.versions) {
         if (!version.isLocal) continue;

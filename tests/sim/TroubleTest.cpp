@@ -144,6 +144,36 @@ TEST_F(Trouble, aFolderSharedTwiceWithTheSameFilesIsOneFolder) {
   EXPECT_TRUE(has(a, "z") && has(b, "longer, with the same time"));
 }
 
+TEST_F(Trouble, nothingNeedFollowAnEntryFromTheEndOfTimes) {
+  net.share(a, "Docs", {{"x", "one"}, {"y", "one"}}, {&b});
+  const auto now = static_cast<long long>(net.world.clock.now());
+  a.write("Docs/x", "by eve");
+  a.host.files.setTime(a.path("Docs/x"), now - 50);
+  a.host.files.write(
+      a.path("Docs") + "/.Zolvar/eve@evil.local.fplog",
+      "\"1099511627775\",\"0\",\"x\",\"" + std::to_string(now - 50) + "\",\"\",\"\"\n");
+  a.write("Docs/y", "two");
+  net.settle();
+  EXPECT_EQ(b.read("Docs/y"), "two");
+  for (SimulatedPeer* peer : {&a, &b}) {
+    peer->write("Docs/x", "edit by " + peer->name());
+    peer->write("Docs/z by " + peer->name(), "one");
+    net.settle();
+    std::optional<Result<>> refused;
+    peer->operations().dropVersion("Docs", "x", "eve@evil.local:1099511627775",
+                                   [&](Result<> result) { refused = std::move(result); });
+    net.advance(10);
+    ASSERT_TRUE(refused.has_value());
+    EXPECT_FALSE(refused->has_value());
+  }
+  EXPECT_EQ(a.read("Docs/z by beta"), "one");
+  EXPECT_EQ(b.read("Docs/z by alpha"), "one");
+  EXPECT_TRUE(has(a, "edit by alpha") && has(b, "edit by beta"));
+  for (SimulatedPeer* peer : {&a, &b}) {
+    EXPECT_FALSE(peer->host.log.contains("ended early")) << peer->host.log.text();
+  }
+}
+
 TEST_F(Trouble, anEditSavedWhileTheNewerVersionArrivesIsKept) {
   for (const bool inPlace : {true, false}) {
     SCOPED_TRACE(inPlace ? "in place" : "saved aside");
