@@ -20,7 +20,8 @@ from pathlib import Path
 
 PATIENCE = float(os.environ.get("ZOLVAR_LAB_PATIENCE", "1"))  # stretches every time limit
 TIMEZONES = ["UTC", "Europe/Berlin", "America/St_Johns"]      # file times must not depend on it
-USERS = {"alpha": ("ann", 1001), "beta": ("bob", 1002), "gamma": ("root", 0)}  # name, uid
+USERS = {"alpha": ("ann", 1001), "beta": ("bob", 1002), "gamma": ("root", 0),
+         "delta": ("dan", 1004)}  # name, uid
 ZOLVAR = "/run/programs/bin/zolvar"
 FIRST_PROCESS = ("import signal\nsignal.signal(signal.SIGCHLD, signal.SIG_IGN)\n"
                  "print('up', flush=True)\nwhile True: signal.pause()")
