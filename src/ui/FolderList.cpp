@@ -20,6 +20,8 @@ void FolderFilter::setWords(const QString& words) {
   invalidateFilter();
 }
 
+void FolderFilter::reconsider() { invalidateFilter(); }
+
 void FolderFilter::setShowsOnlyMine(bool only) {
   showsOnlyMine_ = only;
   invalidateFilter();
@@ -142,6 +144,7 @@ void FolderList::rowsCame() {
 }
 
 void FolderList::listUpdated() {
+  filter_->reconsider();
   isUpdating_ = false;
   view_->expandAll();
   const bool hasCome = !wanted_.empty() && shown(wanted_).isValid();

@@ -19,6 +19,8 @@ class FolderFilter : public QSortFilterProxyModel {
   using QSortFilterProxyModel::QSortFilterProxyModel;
   void setWords(const QString& words);
   void setShowsOnlyMine(bool only);
+  /// Sections are shown while they hold something: to be called when rows came or went.
+  void reconsider();
 
  protected:
   [[nodiscard]] bool filterAcceptsRow(int row, const QModelIndex& parent) const override;
@@ -43,6 +45,8 @@ class FolderList : public QWidget {
   /// Puts the actions below the list; null separates left from right.
   void setFooter(const QList<QAction*>& actions);
   void setShowsOnlyMine(bool only);
+  /// Sections are shown while they hold something: to be called when rows came or went.
+  void reconsider();
   void focusFilter();
   [[nodiscard]] QTreeView& view() { return *view_; }
 

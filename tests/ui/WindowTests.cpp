@@ -84,6 +84,14 @@ TEST_F(WindowTest, listsFoldersByWhetherTheyAreMine) {
   actionOf(*window, "Show Unsubscribed")->trigger();
 }
 
+TEST_F(WindowTest, showsTheFirstFolderThatComes) {
+  openWindow();
+  EXPECT_EQ(window->selectedFolder(), "");
+  shareAmongAll("Recipes", {"bread.txt"});
+  settle(1);
+  EXPECT_EQ(window->selectedFolder(), "Recipes") << "its section came with it";
+}
+
 TEST_F(WindowTest, opensSheetsForWhatIsAsked) {
   shareAmongAll("Recipes", {"bread.txt"});
   openWindow();
