@@ -123,8 +123,7 @@ void KDFilePool::treeDescription(const std::string& path,
                            std::move(done));
 }
 
-void KDFilePool::history(const std::string& path,
-                         std::function<void(Result<FileHistory>)> done) {
+void KDFilePool::history(const std::string& path, std::function<void(Result<FileHistory>)> done) {
   onStateLane<FileHistory>([=](KDPoolState& state) { return state.history(path); },
                            std::move(done));
 }

@@ -29,9 +29,10 @@ inline constexpr std::string_view IgnoreFileName = ".zolvarignore";
 
 /// Why `name` cannot be a pool's name (or a component of a shared path), as one sentence; none when
 /// it can. The rule: UTF-8, no control character, none of ": / [ ] % \", no outer or double blank,
-/// not empty, "." or "..", not "global" and no metadata folder's name in any case, no leading "#" or
-/// "-" (a command and an option to the transfer tool), at most LongestPoolName bytes; it is what the
-/// transfer daemon's configuration can carry without a second meaning.
+/// not empty, "." or "..", not "global" and no metadata folder's name in any case, no leading "#"
+/// or
+/// "-" (a command and an option to the transfer tool), at most LongestPoolName bytes; it is what
+/// the transfer daemon's configuration can carry without a second meaning.
 [[nodiscard]] std::optional<std::string> poolNameProblem(std::string_view name);
 
 /// The same for each component of an absolute folder path that is to be served; there "global", "#"

@@ -95,7 +95,7 @@ struct ScriptedHost : SimulatedPlatform {
   using SimulatedPlatform::SimulatedPlatform;
   ScriptedProcesses processes{files};
   Platform platform{clock, random,  loop,     lanes,     files,        processes, services,
-                    hosts, secrets, defaults, workspace, networkWatch, firewall, log};
+                    hosts, secrets, defaults, workspace, networkWatch, firewall,  log};
 };
 
 }  // namespace zolvar
