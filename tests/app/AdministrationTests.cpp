@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 
 #include "app/AppHost.h"
@@ -18,8 +17,7 @@ namespace {
 using testing::HasSubstr;
 
 FolderBlacklist shippedBlacklist() {
-  const auto root = std::filesystem::path(__FILE__).parent_path().parent_path().parent_path();
-  std::ifstream file(root / "resources/FolderBlacklist.plist");
+  std::ifstream file(RESOURCES "/FolderBlacklist.plist");
   const std::string bytes(std::istreambuf_iterator<char>(file), {});
   return FolderBlacklist(stringsFromPropertyList(bytes).value());
 }

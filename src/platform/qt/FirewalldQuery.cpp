@@ -1,6 +1,7 @@
 #include "platform/qt/FirewalldQuery.h"
 
 #include <QDBusArgument>
+#include <QDBusMetaType>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
 #include <QLatin1String>
@@ -31,6 +32,27 @@ constexpr int Patience = 5000;  // milliseconds a call
 
 using Ports = QList<QPair<QString, QString>>;
 using ActiveZones = QMap<QString, QMap<QString, QStringList>>;
+using Details = QMap<QString, QString>;
+
+/// Whom polkit is asked about.
+struct Subject {
+  QString kind;
+  QVariantMap details;
+};
+
+QDBusArgument& operator<<(QDBusArgument& argument, const Subject& subject) {
+  argument.beginStructure();
+  argument << subject.kind << subject.details;
+  argument.endStructure();
+  return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, Subject& subject) {
+  argument.beginStructure();
+  argument >> subject.kind >> subject.details;
+  argument.endStructure();
+  return argument;
+}
 
 bool isAbsence(const QDBusMessage& reply) {
   return std::find(std::begin(Absences), std::end(Absences), reply.errorName()) !=
@@ -121,14 +143,10 @@ void FirewalldQuery::readDefaultZone(const QDBusMessage& activeZones) {
 }
 
 void FirewalldQuery::askPermission(Reply reply) {
-  QDBusArgument subject;
-  subject.beginStructure();
-  subject << QStringLiteral("system-bus-name")
-          << QVariantMap{{QStringLiteral("name"), bus_.baseService()}};
-  subject.endStructure();
-  QDBusArgument details;
-  details.beginMap(QMetaType(QMetaType::QString), QMetaType(QMetaType::QString));
-  details.endMap();
+  qDBusRegisterMetaType<Subject>();
+  qDBusRegisterMetaType<Details>();
+  const Subject subject{QStringLiteral("system-bus-name"),
+                        {{QStringLiteral("name"), bus_.baseService()}}};
   constexpr uint AskNobody = 0;
   QDBusMessage message = QDBusMessage::createMethodCall(
       QStringLiteral("org.freedesktop.PolicyKit1"),
@@ -136,7 +154,7 @@ void FirewalldQuery::askPermission(Reply reply) {
       QStringLiteral("org.freedesktop.PolicyKit1.Authority"), QStringLiteral("CheckAuthorization"));
   message << QVariant::fromValue(subject)
           << QStringLiteral("org.fedoraproject.FirewallD1.config.info")
-          << QVariant::fromValue(details) << AskNobody << QString();
+          << QVariant::fromValue(Details()) << AskNobody << QString();
   send(message, std::move(reply));
 }
 
