@@ -80,6 +80,7 @@ bool isAuthorized(const QDBusMessage& reply) {
   if (result.currentType() != QDBusArgument::StructureType) return false;
   result.beginStructure();
   result >> isAuthorized;
+  result.endStructure();
   return isAuthorized;
 }
 
