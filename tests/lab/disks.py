@@ -148,12 +148,16 @@ def scenario_permissions(lab):
     check(there.read("hidden") == "unreadable at ann's" and there.read("locked/new") == "new",
           "what was closed did not travel afterwards")
 
-    # Without the right to write, a directory takes nothing; its files can still be read.
+    # Without the right to write, a directory keeps its files; the transfer tool opens it for what
+    # it brings, and closes it again at its end.
     there.at("locked").chmod(0o555)
+    since[bob] = len(bob.log())
     here.write("locked/late", "late", age=5)
     here.remove("locked/inner")
     here.write("secret", "changed", age=5)
     wait_until(lambda: there.read("secret") == "changed", 90, "one directory holds everything up")
+    said(bob, "Could not move to the Trash 'Permits/locked/inner'", since[bob])
+    wait_until(lambda: not bob.pool("Permits")["syncing"], 60, "bob's sync does not end")
     check(there.read("locked/inner") == "ann 2", "deleted in a directory that cannot be written")
     check(here.read("locked/inner") is None, "the deletion was undone")
     there.at("locked").chmod(0o755)
