@@ -35,6 +35,9 @@ class AddressBook {
  public:
   virtual ~AddressBook() = default;
 
+  /// Which book this is, the same over runs and another for each book: record ids mean nothing in
+  /// another book. For example "folder /home/ann/.contacts".
+  [[nodiscard]] virtual std::string identity() const = 0;
   /// Every property that a person of this book can have, the unique id included.
   [[nodiscard]] virtual std::vector<std::string> allPersonProperties() const = 0;
 
