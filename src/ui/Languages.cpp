@@ -39,10 +39,10 @@ SpokenLanguage::SpokenLanguage(const std::string& setting) {
   for (const char* place : {":/translations/zolvar_", ""}) {
     auto translator = std::make_unique<QTranslator>();
     const bool isToolkits = *place == '\0';
-    const bool isLoaded =
-        isToolkits ? translator->load("qtbase_" + toQt(code_),
-                                      QLibraryInfo::path(QLibraryInfo::TranslationsPath))
-                   : translator->load(place + toQt(code_));
+    const bool isLoaded = isToolkits
+                              ? translator->load("qtbase_" + toQt(code_),
+                                                 QLibraryInfo::path(QLibraryInfo::TranslationsPath))
+                              : translator->load(place + toQt(code_));
     if (isLoaded) install(std::move(translator));
   }
   QGuiApplication::setLayoutDirection(QLocale(toQt(code_)).textDirection());

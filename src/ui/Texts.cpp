@@ -15,10 +15,6 @@ QString EnglishPlurals::translate(const char* /*context*/, const char* source,
   return QString(text).replace("(s)", count == 1 ? "" : "s");
 }
 
-QString said(const std::string& text) {
-  return text.empty() ? QString() : QCoreApplication::translate("Zolvar", text.c_str());
-}
-
 QString bytesText(std::uint64_t bytes) {
   return QLocale().formattedDataSize(static_cast<qint64>(bytes), 1,
                                      QLocale::DataSizeTraditionalFormat);

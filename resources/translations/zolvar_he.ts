@@ -1,0 +1,1731 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="he" sourcelanguage="en">
+<context>
+    <name>Zolvar</name>
+    <message numerus="yes">
+        <source>%n version(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>You</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (this one is here)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>you</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>, </source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Written by %1
+Changed %2
+Logged %3</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>File and its versions</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Changed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Chosen by</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Files in conflict</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Use This Version</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Put the selected version into your folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Delete This Version…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete the selected version for everybody</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Compare</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Look at the selected version beside the one that is here</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Keep Mine</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Settle the selected files: your version stays</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Use &amp;Theirs</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Settle the selected files: the others&apos; version stays</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Use Version &amp;From</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Settle the selected files: one person&apos;s version stays</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Undo Choice</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>These files were changed in two places at once. Nothing is lost: every version is kept until you choose the one to go on with.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No conflicts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>When two people change one file at once, both versions are kept, and you choose here.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The other versions go to the Trash of those who have them, and everybody goes on with this one.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>Keep your version of %n file(s)?</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Your version of %n file(s) stays.</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Use the others&apos; version of %n file(s)?</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Yours is kept for a while: Undo brings it back.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>The others&apos; version of %n file(s) is coming.</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Use the version from %1 of %n file(s)?</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>&amp;Use</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>The version from %1 of %n file(s) is coming.</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n selected file(s) have no such version and stay as they are.</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>The version from %1 is coming.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It is the one in your folder. It goes to the Trash of everybody who has it, and another version takes its place. Undo brings it back for you.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It goes to the Trash of everybody who has it. Nothing changes in your folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete the version from %1 for everybody?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The version from %1 is deleted.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not everything could be brought back.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>Your version of %n file(s) is back.</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>The same or the like happened to %n more file(s).</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Not every choice could be carried out.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Undo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select a file to see its versions.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Versions of %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No version of this file is known yet.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Differences in %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Open Both</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; does not take part in &apos;{}&apos; now.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; has no folder on this computer.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; has {} different/conflicting versions.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; holds Zolvar&apos;s own files, which must not be shared.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; in {} is left out: its name or path cannot be shared.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; in {} is left out: its path is longer than the {} bytes that the system can open.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; in {} is left out: only files, folders and links are shared.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; in {} is on another drive than before; files missing beneath it are not taken for deleted.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; is in use. Unsubscribe first, or move its folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; is no id of a version.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; is no path of a file in &apos;{}&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; is not missing in &apos;{}&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{}&apos; lies in the Trash.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A setting&apos;s name is not empty and has no &apos;/&apos; and no control character.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An authorization error happened while syncing.
+
+Either you haven&apos;t set a password or you and subscriber &apos;{0}&apos; set different passwords for this Sync Folder. 
+
+Resolve this issue by changing your password or make &apos;{0}&apos; change hers/his.
+
+Note, that each subscribers sets her own password and you will only sync with subscribers with matching passwords. Therefore you can choose to ignore certain subscribers to avoid this warning.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Another machine shares &apos;{}&apos; as {}, the name of this one. Two machines with one name would write one log, so the folder was stopped here. Give one of them another host name.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Change My Password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Conflict in Folder &apos;{}&apos;:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Continue</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not activate the synced folder &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not answer the question about vanished files in &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not append to &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not ask for the free space of &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not change the synced folder &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not choose a version of &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not copy &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not create the Sync Folder &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not create the folder &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not delete &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not delete files in &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not delete the password of &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not describe &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not fetch a version of &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not fetch from &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not find our own change log &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not find the computer &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not find the file &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not find the folder &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not find the host &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not find the kept version &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not find the transfer tool &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not find the version &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not flush &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not label &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not link &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not list the files of &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not load logs &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not lock &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not look at &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not make a folder for replaced files in &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not make the folder &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not make the folder of &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not make the link &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not move into place &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not move to the Trash &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not open the folder &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not reach the keyring &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not reach the synced folder &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not read &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not read the link &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not read the password of &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not remove &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not rename &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not restore &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not restore files in &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not set the password of &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not set the time of &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not start the program &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not start the transfer daemon &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not stop the transfer daemon &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not store the password of &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not write &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Deactivate the Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete Everywhere</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error starting client-server protocol. Too many clients?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error: Server did not start (exitcode {})</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Everything is paused. Resume with: zolvar resume</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder Path not Accessible</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Got {} in &apos;{}&apos;:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ignoring Subscriber &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It has no place on this machine.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It was refused without a reason.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Its Zolvar speaks another version of the protocol.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Its password cannot be read; unlock the keyring and share it again.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Its password is being read.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Left out {} damaged or unsafe lines ({} bytes) of the change log &apos;{}&apos; in {}.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Moved Addresses to Trash</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Moved Files to Trash</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Network-Delete files in &apos;{}&apos;?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No file is missing in &apos;{}&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No version was kept at &apos;{}&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not Subscribed to Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open Date and Time Preference Pane...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open Parent Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open Sharing Preference Pane...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Others share a folder named &apos;{}&apos; already. Subscribe to it, or choose another name.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Password Failure for Sync Folder
+&apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Please set the computer&apos;s clock to the current time. Otherwise this could lead to unwanted effects.
+
+The clock is currently off by {:.1f} seconds.
+
+Tip: Switch on &apos;network time&apos; in the &apos;Date and Time&apos; system preferences.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Re-Get</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Synced Folder &apos;{}&apos; is not accessible to Zolvar.
+Please check the path &apos;{}&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Synchronization Error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The Computer&apos;s Firewall Blocks Zolvar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The Synced Folder &apos;{}&apos; and all contained data will be put in the trash.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The computer&apos;s clock is off!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The computer&apos;s clock is off! A change was logged after one that lies in the future. Please set the computer&apos;s clock to the current time.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The computer&apos;s firewall is currently blocking the local TCP port {}. Please unblock this port in the System Preferences/Sharing preference pane.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file &apos;{}&apos; is about to be switched to the version from &apos;{}&apos; with date &apos;{}&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder &apos;{}&apos; was moved to &apos;{}&apos; and is no longer kept in step.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder is a work area of version control (&apos;{}&apos;). Files of it that change together may arrive one by one on other computers; better let version control carry them.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder must be named &apos;{}&apos;, as the shared folder is.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder you selected is not suitable for sharing. It contains database files (in &apos;{}&apos;) which are not designed to be changed by any application other than its creator. If you try anyway, you are asking for touble.
+
+Please select or create another folder to share.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder you selected is not suitable for sharing. It overlaps with the existing shared folder &apos;{}&apos;.
+
+Please select or create another folder to share.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder&apos;s path cannot be served by the transfer daemon. {}</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder&apos;s path is too long.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder&apos;s path must be a full one, beginning with &apos;/&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder&apos;s path must begin with &apos;/&apos; and name a folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The link &apos;{}&apos; in {} is left out: it points outside the folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The name &apos;{}&apos; begins or ends with a blank or contains two in a row.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The name &apos;{}&apos; begins with &apos;{}&apos;, which a shared folder cannot have.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The name &apos;{}&apos; contains the character &apos;{}&apos;, which a shared folder cannot have.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The name &apos;{}&apos; has another meaning and cannot be used.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The name contains a control character.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The name is empty.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The name is not valid UTF-8 text.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The name is {} bytes long; at most {} are possible.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The password of &apos;{}&apos; cannot be read ({}). The folder is neither served nor fetched until the keyring is unlocked or the password is set anew.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The password of &apos;{}&apos; cannot be read; nothing is synced.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The passwords of the two sides differ, or one side has none.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The path to fetch to must be a full one, beginning with &apos;/&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The setting &apos;activePools&apos; is a JSON array of names, like [&quot;Docs&quot;].</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The setting &apos;{}&apos; is &apos;yes&apos; or &apos;no&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The setting &apos;{}&apos; is a whole number.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The setting &apos;{}&apos; is one of: {}.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The setting &apos;{}&apos; is the name of a host, or none.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The transfer tool &apos;{}&apos; does not tell its version.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The transfer tool rsync {}.{}.{} has known security holes. Please update it to 3.4.3 or later.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is a file of that name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is already a Sync Folder with the same name present</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is already a Sync Folder with the same name present.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is no folder at &apos;{}&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is no folder named &apos;{}&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is no open question about &apos;{}&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Warning: You are not subscribed to the Synced Folder &apos;{}&apos;. The Finder will therefore not necessarily show the current state.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>You are not subscribed to &apos;{}&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>You are subscribed to &apos;{}&apos; already.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Zolvar is running already for this user.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Zolvar keeps the setting &apos;{}&apos; itself.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Zolvar will try to create a folder named &apos;{}&apos; in the folder above.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>a file has this name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>a folder lies at this place</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>a password has at most 500 bytes and no control characters</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it does not end</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it has no place on this disk yet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is no folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is no folder&apos;s path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is not active</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is not among the missing files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is not installed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it was answered or replaced by another one</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it was deactivated</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it was left</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it was removed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it was stopped</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no log of this folder names it</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no port from {} on is free</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the file has no such version</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the folder at this place is another one, or its drive is not mounted</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the folder is not accessible</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the folder is not active</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the folder or our own change log in it is not there</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>this version is a deletion</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>{} address</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>{} addresses</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>{} file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>{} files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>{} files have been (re-)moved from Synced Folder &apos;{}&apos; ({}).
+Do you want Zolvar to delete them on the network or try to re-get it?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>{} versions were kept at &apos;{}&apos;; give the id of one of them.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Shared by others on this network</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Progress of the fetch</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Filter</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Filter folders</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folders</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>My Folders</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>On the Network</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1, %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show &amp;Details</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Users</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Missing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Conflicts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Files vanished from this folder. Shall they come back, or be deleted for everybody?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Answer…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No folder yet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Share a folder with the button below the list, or drag one here. Folders that others share on this network appear by themselves.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No sync was started.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder cannot be paused.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Zolvar keeps running</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Your folders stay in step. The icon in the tray brings the window back and ends the program.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Share Folder…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Offer a folder to everybody on this network</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Preferences…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Close Window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Quit Zolvar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Subscribe…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Have this folder on this computer too, and keep it in step</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Unsubscribe</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Take no more part; the folder and its files stay here</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Open</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open the folder in the file browser</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>S&amp;ync Now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ask everybody for changes now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>S&amp;ettings…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Password and notices of this folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Remove…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Take no more part, and put the folder into the Trash</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Pause for an &amp;Hour</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Pause Until Resumed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Res&amp;ume</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Find Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Users</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Missing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Conflicts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show &amp;Unsubscribed Folders</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>List the folders that others share as well</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;First Steps</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Release Notes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;About Zolvar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>F&amp;older</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Versions</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Close this message</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>nobody seen yet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1
+Seen at: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Seen at</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Missing files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Fetch Now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ask everybody for the missing files now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Delete Everywhere…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Give the selected files up, here and at everybody</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nothing is missing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Every file that the others have told of is here.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The files cannot be deleted.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>not yet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This user&apos;s folder has a password.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1, with password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>User</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Computer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Last sync</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Contact</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Share a Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder cannot be shared.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Subscribing failed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Unsubscribing failed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove the folder?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Removing failed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Use this version?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Use This Version</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Paused</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Paused until %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not subscribed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Waiting for the drive</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Waiting for the password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Waiting for the clock</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A question is open</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>Conflict in %n file(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Fetching %n file(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Fetching %1 of %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n file(s) missing</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Nobody else is here</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Checking</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>In step</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Subscribe, and its files come to this computer and stay in step.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nothing is fetched or sent. Changes here are noted and travel later.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder cannot be reached. Nothing happens until it is back.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nobody here has the same password for this folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This computer&apos;s clock is off. Set it, and the folder goes on.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Files vanished here. Shall they come back, or be deleted for everybody?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Two people changed a file at once. Both versions are kept; choose one.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nobody who is here now has them. They come when somebody who does is.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Changes reach the others as soon as they are on the network.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n user(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Not on the network</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>In step with %n user(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n missing</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 of %n file(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>%1 of %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1/s</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ignored</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Has another password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Seen</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Connected</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not reachable</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>just now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n minute(s) ago</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n hour(s) ago</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>yesterday, %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>less than a minute left</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>about %n minute(s) left</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>about %n hour(s) left</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Zolvar: no folder yet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Zolvar: everything is in step</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Open Zolvar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Resume</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Resume (paused until %1)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Pause</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>For an &amp;Hour</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Until &amp;Resumed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>S&amp;ync With</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Fetch this user&apos;s changes now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Ignore</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Say no more about this user&apos;s different password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Whoever runs Zolvar on this network sees “%1” in the list and can subscribe to it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Stop &amp;Ignoring</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The user cannot be ignored.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Fetching the version from %1…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The version could not be fetched.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Version tree</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>deleted it, %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>added it, %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>changed it, %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Logged %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Size %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This one is here.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Chosen by %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A current version: it can be used instead of the one here.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An earlier version: somebody went on from it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>here</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>chosen by %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Deleted {} in &apos;{}&apos;:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error syncing folder &apos;{}&apos; with {} while {}: {}</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Its name differs from &apos;{}&apos; in case or blanks only, and both cannot be served.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Reveal in Finder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder &apos;{}&apos; is not shared: {}</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Trashed {} in &apos;{}&apos;:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>another process holds it</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is no file and no link</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is no regular file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the file here was changed a moment ago; try again when that change is recorded</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the keyring is locked</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>this version is chosen already</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>this version is dated so far in the future that nothing can follow it</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>this version is not a current one: it was changed or deleted since</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&apos;{0}&apos; is paused. Resume it with: zolvar resume &apos;{0}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>authentication failed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>error in rsync protocol data stream</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>loading changes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>socket connection failed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>some files could not be transferred</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+</TS>
