@@ -31,6 +31,10 @@ class Failed(Exception):
     """A condition that did not come about, or a command that did not do what it should."""
 
 
+class TooLate(Failed):
+    """What was waited for did not come in time."""
+
+
 class Refused(Failed):
     """The command line said no; the text is its sentence."""
 
@@ -64,7 +68,7 @@ def wait_until(condition, limit, what):
         if result:
             return result
         if time.monotonic() > end:
-            raise Failed(f"not within {limit * PATIENCE:.0f} s: {what() if callable(what) else what}")
+            raise TooLate(f"not within {limit * PATIENCE:.0f} s: {what() if callable(what) else what}")
         time.sleep(0.2)
 
 

@@ -2,7 +2,8 @@
 """Runs one set of scenarios: run.py --programs DIRECTORY SET [PATTERN]
 
 A set is a module beside this file; its functions named scenario… run in order on the same hosts,
-and on fresh ones after a failure. Exits with 77 where no lab can be made, unless CI is set.
+and on fresh ones after a failure. What came too late may be the machine's doing: such a scenario
+gets a second try on fresh hosts, and the last line names it. What is wrong is wrong at once. Exits with 77 where no lab can be made, unless CI is set.
 """
 
 import argparse
@@ -16,7 +17,7 @@ import lab
 
 
 def run(scenarios, programs):
-    failed = []
+    failed, late = [], []
     while scenarios:
         with lab.Lab(programs) as hosts:
             while scenarios:
@@ -27,13 +28,17 @@ def run(scenarios, programs):
                     scenario(hosts)
                     hosts.tidy()
                 except Exception as error:  # whatever it is, the others still run
-                    failed.append(scenario.__name__)
+                    if isinstance(error, lab.TooLate) and scenario not in late:
+                        late.append(scenario)
+                        scenarios.insert(0, scenario)
+                    else:
+                        failed.append(scenario.__name__)
                     print(f"FAILED after {time.monotonic() - start:.1f} s: {error}")
                     traceback.print_exc(file=sys.stdout)
                     hosts.report()
                     break
                 print(f"passed in {time.monotonic() - start:.1f} s", flush=True)
-    return failed
+    return failed, [scenario.__name__ for scenario in late]
 
 
 def main():
@@ -51,8 +56,10 @@ def main():
                  if name.startswith("scenario") and arguments.pattern in name]
     if not scenarios:
         parser.error("no such scenario")
-    failed = run(scenarios, arguments.programs)
+    failed, late = run(scenarios, arguments.programs)
     print("failed: " + ", ".join(failed) if failed else "all passed")
+    if late:
+        print("tried twice, being late: " + ", ".join(late))
     return 1 if failed else 0
 
 
