@@ -69,7 +69,7 @@ class Member {
     Result<> done;
     lane_->run([&] { done = state_->activate(); });
     if (!done) giveUp(done.error().message());
-    sync_.emplace(platform_, lane_, state_, [](std::optional<TransferProgress>) {});
+    sync_.emplace(platform_, lane_, state_, [](const std::optional<TransferProgress>&) {});
   }
   void syncWith(const ParticipantAddress& participant) {
     const SyncEnd end = sync_->performSyncWithParticipant(participant, settings_);
