@@ -42,11 +42,7 @@ std::shared_ptr<KDFilePool> KDFilePool::make(const std::string& path, const Opti
                                              Platform& platform, NotificationCenter& center,
                                              KDFilePoolDelegate* delegate) {
   std::shared_ptr<KDFilePool> pool(new KDFilePool(path, options, platform, center, delegate));
-  if (options.secretsAreRead) {
-    pool->readPassword();
-  } else {
-    pool->passwordState_ = PasswordState::None;
-  }
+  pool->readPassword(options);
   return pool;
 }
 
@@ -160,7 +156,11 @@ Result<> KDFilePool::startLocalLog() {
 
 // Password.
 
-void KDFilePool::readPassword() {
+void KDFilePool::readPassword(const Options& options) {
+  if (!options.secretsAreRead) {
+    passwordState_ = PasswordState::None;
+    return;
+  }
   const std::string account = name() + "-" + nameHash();
   const bool isExpected = platform_.defaults.boolean(hasPasswordKey(name()));
   parts_->stateLane->post([weak = weak_from_this(), &platform = platform_, account, isExpected] {
@@ -359,12 +359,14 @@ void KDFilePool::activationEnded(std::uint64_t generation, const Result<>& outco
   setPhase(PoolPhase::Active);
   startTimers();
   center_.post(KDPoolDidChangeCriticalData{this});
+  didActivate();
   done({});
 }
 
 void KDFilePool::deactivate() {
   if (phase_ == PoolPhase::Inactive || phase_ == PoolPhase::Leaving) return;
   const bool wasActive = isActive();
+  if (wasActive) willDeactivate();
   stopTimers();
   setPhase(PoolPhase::Leaving);
   stopState();
@@ -375,7 +377,7 @@ void KDFilePool::deactivate() {
 // Timers.
 
 void KDFilePool::startTimers() {
-  if (platform_.isTestModeActive) return;
+  if (platform_.isTestModeActive || !isPolled()) return;
   const auto guarded = [weak = weak_from_this()](void (KDFilePool::*task)(std::function<void()>)) {
     return [weak, task] {
       if (const auto pool = weak.lock()) (pool.get()->*task)({});
@@ -387,7 +389,7 @@ void KDFilePool::startTimers() {
 }
 
 void KDFilePool::startWatch() {
-  if (platform_.isTestModeActive || !parts_->changed) return;
+  if (platform_.isTestModeActive || !parts_->changed || !isPolled()) return;
   parts_->watch.reset();
   parts_->watch = std::make_unique<FolderWatch>(platform_.fileSystem, center_, platform_.log,
                                                 folderPath_, parts_->changed, [this] {

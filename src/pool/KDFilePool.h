@@ -20,6 +20,7 @@
 
 namespace zolvar {
 
+struct FileChange;
 struct Platform;
 class KDPoolState;
 class KDPoolSync;
@@ -147,13 +148,36 @@ class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
  protected:
   KDFilePool(const std::string& path, const Options& options, Platform& platform,
              NotificationCenter& center, KDFilePoolDelegate* delegate);
+  /// What making a pool ends with.
+  void readPassword(const Options& options);
+
+  // What a pool of another kind does at these points. Main thread.
+  virtual void didActivate() {}
+  virtual void willDeactivate() {}  ///< changeFiles is still carried out
+  /// A sync is over; its end is told to everyone by `tell`.
+  virtual void noteTaskDidEnd(const std::set<std::string>& /*loadedFiles*/,
+                              const std::function<void()>& tell) {
+    tell();
+  }
+  /// Peers deleted these, and they are gone.
+  virtual void didDeleteFiles(const std::set<std::string>& /*paths*/) {}
+  /// Whether files that vanished here are deleted on the network without a question.
+  [[nodiscard]] virtual bool shouldDeleteFiles() const { return false; }
+  /// Whether the folder is looked at by itself, and not only when a sync begins.
+  [[nodiscard]] virtual bool isPolled() const { return true; }
+
+  /// Writes and deletes files in the folder and logs that, see KDPoolState.
+  void changeFiles(std::vector<FileChange> changes, std::function<void(Result<bool>)> done);
+  /// Runs the job where disks may be waited for, after the state's jobs that were asked for before.
+  void onFilesLane(std::function<void()> job);
+  [[nodiscard]] Platform& platform() const { return platform_; }
+  [[nodiscard]] NotificationCenter& center() const { return center_; }
 
  private:
   class StateToMain;
   friend class StateToMain;
   struct Parts;
 
-  void readPassword();
   void tookPassword(const Result<std::optional<std::string>>& found, bool isExpected);
   void startState();
   void stopState();

@@ -5,6 +5,7 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/RunLoop.h"
+#include "pool/FileChange.h"
 #include "pool/KDFilePoolParts.h"
 #include "util/InconsistencyError.h"
 #include "util/PathRules.h"
@@ -48,7 +49,8 @@ void KDFilePool::syncWithParticipant(const ParticipantAddress& participant) {
       const auto pool = weak.lock();
       if (!pool) return;
       if (pool->parts_->generation == generation) pool->parts_->isSyncing = false;
-      pool->syncEnded(participant, end);
+      pool->noteTaskDidEnd(end.loadedFiles,
+                           [pool, participant, end] { pool->syncEnded(participant, end); });
     });
   });
 }
@@ -96,6 +98,15 @@ void KDFilePool::onStateLane(std::function<Result<Value>(KDPoolState&)> job,
     runLoop.post([outcome = std::move(outcome), done] { done(outcome); });
   });
 }
+
+void KDFilePool::changeFiles(std::vector<FileChange> changes,
+                             std::function<void(Result<bool>)> done) {
+  onStateLane<bool>(
+      [changes = std::move(changes)](KDPoolState& state) { return state.changeFiles(changes); },
+      std::move(done));
+}
+
+void KDFilePool::onFilesLane(std::function<void()> job) { parts_->stateLane->post(std::move(job)); }
 
 void KDFilePool::selectBranch(const std::string& path, const VersionId& version, Done done) {
   onStateLane<void>([=](KDPoolState& state) { return state.selectBranch(path, version); },

@@ -26,6 +26,7 @@
 
 namespace zolvar {
 
+struct FileChange;
 struct FileHistory;
 struct Platform;
 
@@ -67,6 +68,9 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   [[nodiscard]] Result<FileHistory> history(const std::string& path) const;
   /// Puts a kept version back in place; the next scan logs it as a change of ours.
   Result<> restoreVersion(const std::string& path, const std::string& id);
+  /// Carries out and logs what the pool itself wants changed in its folder; what lies there
+  /// otherwise than expected, or is still to be fetched, is left alone. Tells whether nothing was.
+  Result<bool> changeFiles(const std::vector<FileChange>& changes);
   /// Modification time of a version, for fetching it.
   [[nodiscard]] Result<double> modTimeOf(const std::string& path, const VersionId& version) const;
 
@@ -126,7 +130,9 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
                 const FileAttributes& attributes);
   KDLogFileEntry* logModification(Scan& scan, std::string_view path, FileAttributes attributes,
                                   KDLogFileEntry* parent);
+  void chooseOwn(const Scan& scan);
   void chooseWhatLiesHere();
+  void logWritten(const std::vector<std::string>& paths);
   void settleVanished(Scan& scan);
   void look(Scan& scan);
   void lookAtFolders(Scan& scan);

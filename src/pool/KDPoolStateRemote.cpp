@@ -163,6 +163,12 @@ void KDPoolState::deleteFiles(const std::set<std::string>& paths) {
       }
     }
   }
+  std::set<std::string> gone;
+  for (const std::string& path : paths) {
+    const auto attributes = folder_->attributes(path);
+    if (!attributes && attributes.error().kind == FailureKind::Absent) gone.insert(path);
+  }
+  if (!gone.empty()) listener_->didDeleteFiles(gone);
 }
 
 }  // namespace zolvar

@@ -6,6 +6,7 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "pool/KDPoolState.h"
+#include "pool/KDPoolStateScan.h"
 #include "pool/LinkTarget.h"
 #include "pool/ScanDecision.h"
 #include "util/PathRules.h"
@@ -17,11 +18,6 @@ namespace {
 /// Places of the desktop and the file system at the top of a folder: never content.
 bool isForeignTopLevel(std::string_view path) {
   return path.starts_with(".Trash") || path == "lost+found";
-}
-
-bool isBeneath(std::string_view path, std::string_view directory) {
-  return directory.empty() || (path.size() > directory.size() && path.starts_with(directory) &&
-                               path[directory.size()] == '/');
 }
 
 /// What a scan of everything would not enter, or nothing beneath it.
@@ -49,31 +45,6 @@ class UnfinishedScope {
 };
 
 }  // namespace
-
-/// One scan in progress.
-struct KDPoolState::Scan {
-  std::uint32_t number = 0;
-  double now = 0;
-  ScanScope scope;
-  std::set<std::string, std::less<>> listed;       ///< directories whose entries were visited
-  std::set<std::string, std::less<>> walked;       ///< directories visited with all beneath them
-  std::set<std::string, std::less<>> directories;  ///< found among what was listed
-  std::vector<std::string> unseen;  ///< directories of which nothing may be called missing
-  std::set<std::string> toDelete;
-  std::set<std::string> toFetch;
-  std::vector<KDLogFileEntry*> toSelect;  ///< own versions that made a branch
-  std::set<std::string> reappeared;       ///< were in question
-
-  /// Whether the scan would have met the item if it were there.
-  [[nodiscard]] bool covers(std::string_view path) const {
-    if (scope.isWhole || listed.contains(parentPath(path))) return true;
-    for (std::string_view above = parentPath(path); !above.empty(); above = parentPath(above)) {
-      if (walked.contains(above)) return true;
-      if (listed.contains(parentPath(above))) return !directories.contains(above);
-    }
-    return false;
-  }
-};
 
 void KDPoolState::checkFileSystemChanges() {
   if (isDetached_ || isRecovering_) return;
@@ -105,14 +76,13 @@ void KDPoolState::scan() {
     for (const std::string& path : scan.reappeared) inQuestion_.erase(path);
     isQuestionStale_ = true;
   }
-  // All at once: a choice waits until the clock has passed the time of the version it names.
-  for (KDLogFileEntry* entry : scan.toSelect) {
-    if (entry->childCount() == 0 && entry->pathRecord().activeLeafCount > 1) {
-      logSelectionOfBranchEntry(*entry);
-    }
-  }
+  chooseOwn(scan);
   chooseWhatLiesHere();
   (void)flush();
+  for (const std::string& path : scan.emptied) {
+    trashOne(path);
+    scan.toFetch.insert(path);
+  }
   if (!scan.toDelete.empty()) {
     for (const std::string& path : scan.toDelete) {
       const KDPathRecord* record = store_->findPath(path);
@@ -130,6 +100,15 @@ void KDPoolState::scan() {
   isFirstRun_ = false;
   lastScan_ = wholeSeconds(platform_.clock.now());
   unfinished.release();
+}
+
+/// All at once: a choice waits until the clock has passed the time of the version it names.
+void KDPoolState::chooseOwn(const Scan& scan) {
+  for (KDLogFileEntry* entry : scan.toSelect) {
+    if (entry->childCount() == 0 && entry->pathRecord().activeLeafCount > 1) {
+      logSelectionOfBranchEntry(*entry);
+    }
+  }
 }
 
 void KDPoolState::look(Scan& scan) {
@@ -299,7 +278,7 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
   facts.isTodo = !todo_.empty() && todo_.contains(path);
   facts.isFirstRun = isFirstRun_;
   facts.now = scan.now;
-  facts.freshFiles = settings_.pace.freshFiles;
+  facts.freshFiles = scan.takesFresh ? 0 : settings_.pace.freshFiles;
   if (isFirstRun_ && record && record->newest && record->activeLeafCount == 0) {
     if (const auto parent = folder_->attributes(parentPath(path)))
       facts.parentModTime = parent->modTime;
@@ -334,6 +313,12 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
         record_->set(*record, KDDiskState::guess(attributes, decision.version));
       }
       scan.toFetch.emplace(path);
+      return;
+    case ScanAction::Emptied:
+      platform_.log.warning("'{}' in {} was emptied by a power failure; it is fetched again.", path,
+                            settings_.folderPath);
+      record_->set(*record, KDDiskState::guess(attributes, decision.version));
+      scan.emptied.emplace(path);
       return;
     case ScanAction::Delete:
       platform_.log.warning("Will delete file as recorded in the logs here: {}",
@@ -395,131 +380,6 @@ KDLogFileEntry* KDPoolState::logModification(Scan& scan, std::string_view path,
     scan.toSelect.push_back(made.entry);
   }
   return made.entry;
-}
-
-void KDPoolState::settleVanished(Scan& scan) {
-  if (!scan.scope.isWhole && scan.listed.empty()) return;
-  std::set<std::string> toFetch;
-  std::set<std::string> vanished;
-  std::unordered_set<const KDPathRecord*> missing;
-  for (const KDPathRecord* path : missingOnce_) {
-    if (!scan.covers(path->text)) missing.insert(path);
-  }
-  store_->forEachPath([&](KDPathRecord& path) {
-    if (path.seenInScan == scan.number || path.activeLeafCount == 0) return;
-    if (!scan.covers(path.text) || isIgnored(path)) return;
-    if (!todo_.empty() && todo_.contains(path.text)) return;
-    if (!inQuestion_.empty() && inQuestion_.contains(path.text)) return;
-    for (const std::string& directory : scan.unseen) {
-      if (isBeneath(path.text, directory)) return;
-    }
-    if (isFirstRun_ || !path.disk) {
-      toFetch.emplace(path.text);  // never was here, or not while we looked: fetched, not deleted
-    } else if (missingOnce_.contains(&path)) {
-      vanished.emplace(path.text);
-    } else {
-      missing.insert(&path);
-    }
-  });
-  missingOnce_ = std::move(missing);
-  for (const KDPathRecord* path : missingOnce_) noteChanged(path->text);
-  const auto answered = std::erase_if(inQuestion_, [this](const std::string& path) {
-    const KDPathRecord* record = store_->findPath(path);
-    return !record || record->activeLeafCount == 0;  // a peer deleted it meanwhile
-  });
-  isQuestionStale_ = isQuestionStale_ || answered > 0;
-  if (!toFetch.empty()) {
-    for (const std::string& path : toFetch) {
-      if (KDPathRecord* record = store_->findPath(path)) record_->forget(*record);
-    }
-    addTodoFiles(toFetch);
-    listener_->fullSyncNeeded();
-  }
-  if (!missingOnce_.empty()) listener_->scanWanted();
-  if (vanished.empty()) return;
-  inQuestion_.insert(vanished.begin(), vanished.end());
-  raiseQuestion();
-}
-
-void KDPoolState::raiseQuestion() {
-  ++questionId_;
-  isQuestionStale_ = true;
-  listener_->questionRaised(std::make_shared<const DeleteQuestion>(
-      DeleteQuestion{questionId_, {inQuestion_.begin(), inQuestion_.end()}}));
-}
-
-Result<> KDPoolState::answerQuestion(std::uint64_t questionId, int code) {
-  constexpr int Reget = 1000;  // the alert code of the first button; above it: the second
-  if (inQuestion_.empty() || questionId != questionId_) {
-    return fail(FailureKind::Refused, "answer the question about vanished files in",
-                settings_.poolName, "it was answered or replaced by another one");
-  }
-  if (code > Reget && !isAccessible()) {
-    return fail(FailureKind::Absent, "delete files in", settings_.folderPath,
-                "the folder is not accessible");
-  }
-  std::set<std::string> paths(inQuestion_.begin(), inQuestion_.end());
-  inQuestion_.clear();
-  isQuestionStale_ = true;
-  std::erase_if(paths,
-                [this](const std::string& path) { return folder_->attributes(path).has_value(); });
-  if (code == Reget) {
-    for (const std::string& path : paths) {
-      if (KDPathRecord* record = store_->findPath(path)) record_->forget(*record);
-    }
-    addTodoFiles(paths);
-    listener_->fullSyncNeeded();
-  } else if (code > Reget) {
-    // The question was about what lay here; a version that came since is fetched, not deleted.
-    std::set<std::string> newer;
-    for (const std::string& path : paths) {
-      const KDPathRecord* record = store_->findPath(path);
-      if (!record || !record->disk || tree_->selectedLeaf(*record).leaf != record->disk->entry) {
-        newer.insert(path);
-      }
-    }
-    for (const std::string& path : newer) {
-      paths.erase(path);
-      if (KDPathRecord* record = store_->findPath(path)) record_->forget(*record);
-    }
-    logFileSystemDeletionsAtPaths(paths);
-    if (!newer.empty()) {
-      addTodoFiles(newer);
-      listener_->fullSyncNeeded();
-    }
-  }
-  const auto written = flush();
-  publish();
-  return written;
-}
-
-Result<> KDPoolState::deleteMissing(const std::set<std::string>& paths) {
-  if (!isActive_ || !isAccessible()) {
-    return fail(FailureKind::Refused, "delete files in", settings_.poolName,
-                "the folder is not active");
-  }
-  for (const std::string& path : paths) {
-    if (!todo_.contains(path)) {
-      return fail(FailureKind::Refused, "delete", path, "it is not among the missing files");
-    }
-  }
-  logFileSystemDeletionsAtPaths(paths);
-  const auto written = flush();
-  publish();
-  return written;
-}
-
-void KDPoolState::logFileSystemDeletionsAtPaths(const std::set<std::string>& paths) {
-  removeTodoFiles(paths);
-  for (const std::string& path : paths) {
-    KDPathRecord* record = store_->findPath(path);
-    if (!record) continue;
-    if (KDLogFileEntry* leaf = selectedLeaf(*record).leaf) logDeletionOfBranchLeaf(*leaf);
-    if (!folder_->attributes(path)) record_->forget(*record);
-    const unsigned remaining = selectedLeaf(*record).count;
-    if (remaining > 0) addTodoFiles({path});  // another branch lives on: fetch it
-    setConflict(remaining > 1, *record);
-  }
 }
 
 }  // namespace zolvar

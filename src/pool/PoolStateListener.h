@@ -16,6 +16,8 @@ class PoolStateListener {
   virtual void stateDidChange(std::shared_ptr<const PoolSnapshot> snapshot) = 0;
   virtual void conflictDidOccur(const std::string& path) = 0;
   virtual void willDeleteFiles(const std::set<std::string>& paths) = 0;
+  /// These are gone from the folder, as peers wanted it.
+  virtual void didDeleteFiles(const std::set<std::string>& /*paths*/) {}
   virtual void announcementNeeded() = 0;
   virtual void fullSyncNeeded() = 0;
   virtual void questionRaised(std::shared_ptr<const DeleteQuestion> question) = 0;

@@ -39,6 +39,23 @@ ScanDecision decideKnown(const KDVersionTree& tree, KDLogFileEntry* existing, bo
   return taken(tree, existing, facts);
 }
 
+/// The version that the file was before a power failure took what was not yet on the disk: nobody
+/// empties a file and gives it its old time again. The tool flushes nothing either; what it brought
+/// just before may be a version without content, fetched in vain once more.
+KDLogFileEntry* emptiedVersion(const KDVersionTree& tree, const KDPathRecord& path,
+                               KDLogFileEntry* existing, const ScanFacts& facts) {
+  if (facts.attributes.kind != FileKind::Regular || facts.attributes.size > 0) return nullptr;
+  const KDDiskState* record = path.disk;
+  if (record && record->entry && record->inode == facts.attributes.inode &&
+      record->modTime == facts.attributes.modTime && record->size > 0) {
+    return tree.leafForEntry(record->entry)->exists() ? record->entry : nullptr;
+  }
+  const bool hasArrived = facts.isTodo && facts.isFirstRun && existing &&
+                          (!record || record->inode != facts.attributes.inode) &&
+                          existing == tree.selectedLeaf(path).leaf;
+  return hasArrived ? existing : nullptr;
+}
+
 /// A directory is what a version says or it is not; it has no time.
 ScanDecision decideDirectory(const KDVersionTree& tree, const KDPathRecord& path,
                              const ScanFacts& facts) {
@@ -75,20 +92,16 @@ ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
   const bool isUnchanged = record && record->isUnchanged(facts.attributes);
   if (isUnchanged && record->entry) return decideKnown(tree, record->entry, true, facts);
 
-  // Nobody empties a file and gives it its old time again: a power failure took what was not yet
-  // on the disk.
-  if (record && record->entry && record->inode == facts.attributes.inode &&
-      record->modTime == facts.attributes.modTime && record->size > 0 &&
-      facts.attributes.size == 0 && facts.attributes.kind == FileKind::Regular &&
-      tree.leafForEntry(record->entry)->exists()) {
-    return {ScanAction::Reget, record->entry};
-  }
   const double time = comparedTime(facts.attributes);
+  KDLogFileEntry* existing =
+      path ? tree.versionWithModTime(*path, time, tree.localUserId()) : nullptr;
+  if (KDLogFileEntry* was = path ? emptiedVersion(tree, *path, existing, facts) : nullptr) {
+    return {ScanAction::Emptied, was};
+  }
   const bool isFresh = time != 0 && std::abs(facts.now - time) < facts.freshFiles;
   if (isFresh) return {ScanAction::TooFresh};
   if (!path) return {ScanAction::LogModification};
 
-  KDLogFileEntry* existing = tree.versionWithModTime(*path, time, tree.localUserId());
   if (record && record->inode == 0) {
     // Recorded in another folder: what lies here never was that version.
     if (time != 0 && existing && existing == record->entry) return {ScanAction::LogLaterTime};

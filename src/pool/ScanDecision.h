@@ -29,6 +29,7 @@ enum class ScanAction {
   LogRecreation,    ///< it was deleted according to the logs, and is wanted here
   Delete,           ///< it is `version`, which a peer deleted: carry that out
   Reget,            ///< it is `version`, which is not the current one any more: fetch
+  Emptied,          ///< it was `version` until a power failure: out of the way, and fetch
 };
 
 struct ScanDecision {

@@ -28,6 +28,9 @@ class KDFilePool::StateToMain final : public PoolStateListener {
       pool.center_.post(KDSyncDidDeleteFilesNotification{&pool, paths});
     });
   }
+  void didDeleteFiles(const std::set<std::string>& paths) override {
+    hop([paths](KDFilePool& pool) { pool.didDeleteFiles(paths); });
+  }
   void announcementNeeded() override {
     hop([](KDFilePool& pool) { pool.announcementNeededInMainThread(); });
   }
@@ -36,7 +39,7 @@ class KDFilePool::StateToMain final : public PoolStateListener {
   }
   void questionRaised(std::shared_ptr<const DeleteQuestion> question) override {
     hop([question = std::move(question)](KDFilePool& pool) {
-      if (pool.delegate_) {
+      if (pool.delegate_ && !pool.shouldDeleteFiles()) {
         pool.delegate_->shouldDeleteFiles(pool, *question);
       } else {
         constexpr int Delete = 1001;  // what nobody can object to
