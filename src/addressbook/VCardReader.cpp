@@ -35,8 +35,8 @@ class PhysicalLines {
     line.begin = position_;
     const std::size_t found = text_.find(lineEnd_, position_);
     line.end = found == std::string_view::npos ? text_.size() : found + 1;
-    line.text = text_.substr(line.begin, (found == std::string_view::npos ? line.end : found) -
-                                             line.begin);
+    line.text =
+        text_.substr(line.begin, (found == std::string_view::npos ? line.end : found) - line.begin);
     if (line.text.ends_with('\r')) line.text.remove_suffix(1);
     return line;
   }
@@ -183,8 +183,8 @@ void addParameter(VCardLine& line, std::string_view text) {
                [](char character) { return character != '"'; });
   for (std::string_view left = types; !left.empty();) {
     const std::string_view type = trimmed(left.substr(0, left.find(',')));
-    left.remove_prefix(std::min(left.size(), left.find(',') == left.npos ? left.size()
-                                                                        : left.find(',') + 1));
+    left.remove_prefix(
+        std::min(left.size(), left.find(',') == left.npos ? left.size() : left.find(',') + 1));
     if (!type.empty()) line.parameters.push_back({name, std::string(type)});
   }
 }
@@ -237,7 +237,8 @@ VCardLine takeProperty(PhysicalLines& lines) {
   line.isBase64 = isSameInAnyCase(encoding, "B") || isSameInAnyCase(encoding, "BASE64");
   if (isSameInAnyCase(encoding, "QUOTED-PRINTABLE")) {
     const std::size_t head = whole.size() - rest.size();
-    while (whole.size() > head && whole.back() == '=' && !lines.isAtEnd()) {  // a soft line end
+    while (whole.size() > head && whole.back() == '=' && !lines.isAtEnd() &&
+           !isMarker(lines.peek().text, "END")) {  // a soft line end
       whole.pop_back();
       takeContinuation(0);
     }
@@ -247,6 +248,7 @@ VCardLine takeProperty(PhysicalLines& lines) {
   if (line.isBase64) {
     const std::size_t head = whole.size() - rest.size();
     while (!lines.isAtEnd() && isBase64Only(lines.peek().text)) takeContinuation(0);
+    if (!lines.isAtEnd() && lines.peek().text.empty()) takeContinuation(0);  // their end in 2.1
     line.value = whole.substr(head);
     return line;
   }
@@ -333,18 +335,24 @@ std::string unescapedValue(std::string_view value) {
   return text;
 }
 
-std::vector<std::string> partsOfValue(std::string_view value, char separator) {
-  std::vector<std::string> parts;
+std::vector<std::string_view> rawPartsOfValue(std::string_view value, char separator) {
+  std::vector<std::string_view> parts;
   std::size_t begin = 0;
-  for (std::size_t index = 0; index <= value.size(); ++index) {
-    if (index < value.size() && value[index] == '\\') {
+  for (std::size_t index = 0; index < value.size(); ++index) {
+    if (value[index] == '\\') {
       ++index;
-    } else if (index == value.size() || value[index] == separator) {
-      parts.push_back(unescapedValue(value.substr(begin, index - begin)));
+    } else if (value[index] == separator) {
+      parts.push_back(value.substr(begin, index - begin));
       begin = index + 1;
     }
   }
-  if (begin <= value.size() && begin > 0 && parts.empty()) return {""};
+  parts.push_back(value.substr(begin));
+  return parts;
+}
+
+std::vector<std::string> partsOfValue(std::string_view value, char separator) {
+  std::vector<std::string> parts;
+  for (const auto part : rawPartsOfValue(value, separator)) parts.push_back(unescapedValue(part));
   return parts;
 }
 

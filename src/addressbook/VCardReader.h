@@ -22,8 +22,8 @@ struct VCardLine {
   std::string group;      ///< "item1" of "item1.TEL", as written
   std::string name;       ///< upper case
   std::vector<Parameter> parameters;
-  /// Unfolded, without its transfer encoding and in UTF-8; backslashes still stand in it, since only
-  /// who knows the property knows what its separators are. Base64 is left to decodeBase64().
+  /// Unfolded, without its transfer encoding and in UTF-8; backslashes still stand in it, since
+  /// only who knows the property knows what its separators are. Base64 is left to decodeBase64().
   std::string value;
   bool isBase64 = false;
 
@@ -41,8 +41,10 @@ std::vector<std::string_view> cardsIn(std::string_view text);
 /// within it.
 std::vector<VCardLine> linesOfCard(std::string_view card);
 
-/// Splits a value at the separators that no backslash stands before, and unescapes the parts.
-/// A value without separators, and an empty one, is one part.
+/// Splits a value at the separators that no backslash stands before. A value without separators,
+/// and an empty one, is one part.
+std::vector<std::string_view> rawPartsOfValue(std::string_view value, char separator);
+/// The same, unescaped.
 std::vector<std::string> partsOfValue(std::string_view value, char separator);
 /// "\n" and "\N" are a line feed, any other escaped character is itself.
 std::string unescapedValue(std::string_view value);
