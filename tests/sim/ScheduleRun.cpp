@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <sstream>
 
 #include "support/TransferTool.h"
 
@@ -14,7 +13,6 @@ namespace zolvar {
 namespace {
 
 const std::string Docs = "Docs";
-constexpr double LongestAnswer = 120;
 constexpr double Hour = 3600;
 constexpr double Start = 1'750'000'000;
 
@@ -273,6 +271,7 @@ void ScheduleRun::copyFolder(SimulatedPeer& from, SimulatedPeer& to) {
   from.host.files.copy(from.path(Docs), to.host.files, to.path(Docs));
   to.host.files.remove(to.path(Docs) + "/.Zolvar");
   to.host.files.remove(to.path(Docs) + "/.zolvar-aside");
+  to.host.files.flush();
   note("copied by hand");
 }
 
@@ -290,7 +289,8 @@ void ScheduleRun::make(SimulatedPeer& peer, const std::string& path, FileKind ki
       break;
     }
   }
-  if (const auto here = files.attributesOf(absolute); here && here->kind != kind) inWay = absolute;
+  const auto here = files.attributesOf(absolute);
+  if (inWay.empty() && here && here->kind != kind) inWay = absolute;
   if (!inWay.empty()) {
     if (kind != FileKind::Other) note("kind change");
     files.remove(inWay);
@@ -361,198 +361,6 @@ void ScheduleRun::change(SimulatedPeer& peer, const Words& words) {
     throw std::invalid_argument("Unknown operation: " + verb);
   }
   contents_.changed(peer);
-}
-
-// Checks.
-
-/// The version of a path in conflict that the computer's user has chosen.
-std::optional<VersionId> ScheduleRun::choice(SimulatedPeer& peer, const std::string& path) {
-  for (const Conflict& conflict : *peer.snapshot(Docs)->conflicts) {
-    if (conflict.path != path) continue;
-    for (const ConflictVersion& version : conflict.versions) {
-      if (version.isLocal) return version.id;
-    }
-  }
-  return std::nullopt;
-}
-
-void ScheduleRun::check(const std::string& when) {
-  const std::string losses = contents_.losses(net.peers());
-  if (!losses.empty() && problems_.empty()) problems_ = when + ":\n" + losses;
-}
-
-std::string ScheduleRun::fingerprint() {
-  std::string text;
-  for (SimulatedPeer* peer : net.peers()) text += peer->fingerprint() + "\n--\n";
-  return text;
-}
-
-void ScheduleRun::settle() {
-  std::string last = fingerprint();
-  for (double passed = 0; passed < 3 * Hour; passed += 120) {
-    pass(120);
-    const std::string now = fingerprint();
-    if (now == last) return;
-    last = now;
-  }
-  problems_ += "It never settles:\n" + last;
-}
-
-bool ScheduleRun::answerAll(bool deletes) {
-  bool isAny = false;
-  for (SimulatedPeer* peer : active()) {
-    if (peer->questioned(Docs).empty()) continue;
-    peer->operations().answer(Docs, deletes, [](Result<>) {});
-    isAny = true;
-  }
-  return isAny;
-}
-
-/// What nobody within reach has is given up by a person.
-bool ScheduleRun::giveUpUnreachable() {
-  const auto peers = active();
-  for (SimulatedPeer* peer : peers) {
-    for (const std::string& path : peer->missing(Docs)) {
-      const bool nobodyHasIt = std::all_of(peers.begin(), peers.end(), [&](SimulatedPeer* other) {
-        const auto missing = other->missing(Docs);
-        return std::find(missing.begin(), missing.end(), path) != missing.end();
-      });
-      if (!nobodyHasIt) continue;
-      note("given up");
-      const auto conflicts = peer->conflicts(Docs);
-      const auto conflict = std::find(conflicts.begin(), conflicts.end(), path);
-      if (conflict != conflicts.end()) {
-        decide(*peer, false, static_cast<std::size_t>(conflict - conflicts.begin()), 0);
-        return true;
-      }
-      peer->application().peer().poolNamed(Docs)->deleteMissing({path}, [](const Result<>&) {});
-      return true;
-    }
-  }
-  return false;
-}
-
-bool ScheduleRun::resolveOne() {
-  const auto peers = active();
-  for (std::size_t i = 0; i < peers.size(); ++i) {
-    SimulatedPeer& peer = *peers[(i + counters_["drop"]) % peers.size()];
-    if (peer.conflicts(Docs).empty()) continue;
-    decide(peer, false, 0, counters_["drop"] / 2);
-    return true;
-  }
-  return false;
-}
-
-void ScheduleRun::checkSame(const std::string& when) {
-  std::string found;
-  const auto peers = active();
-  std::map<std::string, std::string> trees;
-  std::set<std::string> conflicts;
-  std::set<std::string> unshared;  // a link that leads outside lies there
-  for (SimulatedPeer* peer : peers) {
-    for (const std::string& path : peer->conflicts(Docs)) conflicts.insert(path);
-    for (const auto& [path, content] : peer->contents(Docs)) {
-      if (content == "-> ../other") unshared.insert(path);
-    }
-  }
-  conflicts.insert(unshared.begin(), unshared.end());
-  const auto inConflict = [&](const std::string& path) {
-    return std::any_of(conflicts.begin(), conflicts.end(), [&](const std::string& conflict) {
-      return (path + "/").starts_with(conflict + "/");
-    });
-  };
-  std::map<std::string, std::string> expected;
-  for (SimulatedPeer* peer : peers) {
-    const auto say = [&](const std::string& text) { found += peer->name() + text + "\n"; };
-    auto contents = peer->contents(Docs);
-    const auto listed = peer->missing(Docs);
-    std::set<std::string> missing(listed.begin(), listed.end());
-    std::erase_if(missing, [&](const std::string& path) {
-      return std::any_of(unshared.begin(), unshared.end(), [&](const std::string& link) {
-        return (path + "/").starts_with(link + "/");
-      });
-    });
-    for (const Conflict& conflict : *peer->snapshot(Docs)->conflicts) {
-      if (unshared.contains(conflict.path)) continue;
-      std::size_t chosen = 0;
-      for (const ConflictVersion& version : conflict.versions) {
-        if (!version.isLocal) continue;
-        ++chosen;
-        const std::string wanted = contents_.ofVersion(conflict.path, version.id);
-        const std::string& here = contents[conflict.path];
-        // Chosen from somebody who has left, it stays on the list of missing files.
-        const bool isWithinReach = std::any_of(peers.begin(), peers.end(), [&](auto* other) {
-          const auto theirs = other->missing(Docs);
-          return other != peer && choice(*other, conflict.path) == version.id &&
-                 std::find(theirs.begin(), theirs.end(), conflict.path) == theirs.end();
-        });
-        if (!isWithinReach && missing.contains(conflict.path)) {
-          missing.erase(conflict.path);
-        } else if (!wanted.empty() && here != wanted) {
-          say(" has " + here + " at " + conflict.path + ", and chose " + wanted);
-        }
-      }
-      if (chosen != 1) say(" has chosen no version of " + conflict.path);
-    }
-    std::erase_if(contents, [&](const auto& file) { return inConflict(file.first); });
-    if (peer == peers.front()) expected = contents;
-    for (const auto& [path, content] : contents) {
-      const auto other = expected.find(path);
-      if (other != expected.end() && other->second == content) continue;
-      say(" has " + content + " at " + path + ", " + peers.front()->name() + " has " +
-          (other == expected.end() ? "nothing" : other->second));
-    }
-    for (const auto& [path, content] : expected) {
-      if (!contents.contains(path)) say(" lacks " + path + " with " + content);
-    }
-    for (const std::string& path : missing) say(" misses " + path);
-    for (const std::string& path : peer->questioned(Docs)) say(" asks about " + path);
-    if (!peer->snapshot(Docs)->trouble.empty()) say(": " + peer->snapshot(Docs)->trouble);
-    if (peer->application().scheduler().syncingParticipant()) say(" is still syncing");
-  }
-  for (SimulatedPeer* peer : net.peers()) {
-    if (!peer->isRunning() || peers.empty()) continue;
-    const PoolPhase phase = peer->snapshot(Docs)->phase;
-    if (phase == PoolPhase::Active || phase == PoolPhase::Inactive) continue;
-    found += peer->name() + " is still " + phaseName(phase) + "\n";
-  }
-  std::set<std::string> paths;
-  for (SimulatedPeer* peer : peers) {
-    for (SimulatedPeer* author : net.peers())
-      Contents::addLoggedPaths(peer->host.files.readAll(peer->logPath(Docs, *author)).value_or(""),
-                               paths);
-  }
-  for (const std::string& path : paths) {
-    for (SimulatedPeer* peer : peers) {
-      std::vector<std::string> lines;
-      peer->operations().tree(Docs, path, [&](const Result<std::string>& tree) {
-        std::istringstream text(tree ? *tree : refusalText(tree.error()));
-        for (std::string line; std::getline(text, line);) {
-          lines.push_back(line.substr(0, line.find(" <-- selected")));
-        }
-      });
-      net.world.loop.runUntilIdle();
-      std::sort(lines.begin(), lines.end());
-      std::string tree;
-      for (const std::string& line : lines) tree += line + "\n";
-      std::string& first = trees[path];
-      if (first.empty()) first = tree;
-      if (first != tree) {
-        found += fmt::format("The trees of {} differ at {} and {}:\n{}{}", path,
-                             peers.front()->name(), peer->name(), first, tree);
-      }
-    }
-  }
-  if (!found.empty() && problems_.empty()) problems_ = when + ":\n" + found;
-}
-
-void ScheduleRun::countCutLoads() {
-  for (SimulatedPeer* peer : net.peers()) {
-    for (const auto& run : peer->host.processes.runs) {
-      const bool isCut = run.status == 12 || run.status == 20 || run.status > 128;
-      if (isCut && run.arguments[0] == "-r") note("cut load");
-    }
-  }
 }
 
 std::string ScheduleRun::problems() {
