@@ -9,6 +9,7 @@
 #include "app/Application.h"
 #include "app/FrontEnd.h"
 #include "app/Outcomes.h"
+#include "app/Preferences.h"
 #include "net/ClockCheck.h"
 #include "net/FirewallPreference.h"
 #include "net/NetNotifications.h"
@@ -91,7 +92,7 @@ void EnvironmentChecks::stop() {
 }
 
 void EnvironmentChecks::registerAtLogin() {
-  if (!application_.settings().startsAtLogin) return;
+  if (!application_.settings().startsAtLogin || !startsAtLogin(platform_.defaults)) return;
   if (const auto entered = platform_.workspace.setAutostart(true); !entered) {
     platform_.log.warning("Zolvar is not started at login. {}", entered.error().message());
   }

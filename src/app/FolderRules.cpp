@@ -82,6 +82,10 @@ std::string abbreviateHome(const std::string& path, const std::string& homeFolde
   return "~" + path.substr(homeFolder.size());
 }
 
+std::string expandHome(const std::string& path, const std::string& homeFolder) {
+  return path == "~" || path.starts_with("~/") ? homeFolder + path.substr(1) : path;
+}
+
 // The blacklist.
 
 FolderBlacklist::FolderBlacklist(const std::vector<std::string>& entries) {

@@ -27,6 +27,8 @@ std::string completedPath(const std::string& path, const std::string& name);
 
 /// The home folder at a path's beginning becomes "~".
 std::string abbreviateHome(const std::string& path, const std::string& homeFolder);
+/// A "~" at a path's beginning, as people type it, becomes the home folder.
+std::string expandHome(const std::string& path, const std::string& homeFolder);
 
 /// Places that hold files of other applications' own, read from the resource "FolderBlacklist".
 /// Immutable.

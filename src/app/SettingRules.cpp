@@ -17,6 +17,7 @@ constexpr std::string_view OwnKeys[] = {"QMPoolIdentity-", "HasPassword-", "Paus
 constexpr std::string_view Switches[] = {"AutosyncingEnabled",
                                          "NSShowNonLocalizedStrings",
                                          "ShowOnlyActivePools",
+                                         "StartAtLogin",
                                          "SuppressPoolDeletionWarning",
                                          "SuppressPoolDeactivationWarning",
                                          "SuppressSwitchBranchWarning"};

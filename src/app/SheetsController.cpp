@@ -17,6 +17,8 @@ namespace zolvar {
 namespace {
 
 constexpr const char* ShowOnlyActivePools = "ShowOnlyActivePools";
+constexpr const char* SuppressSwitchBranchWarning = "SuppressSwitchBranchWarning";
+constexpr const char* SuppressPoolDeactivationWarning = "SuppressPoolDeactivationWarning";
 
 }  // namespace
 
@@ -193,12 +195,20 @@ bool SheetsController::answerOpening(const std::string& poolName, const Alert& a
 std::optional<std::string> SheetsController::warningBeforeSwitching(const std::string& path,
                                                                     const std::string& userId,
                                                                     const std::string& date) const {
-  if (application_.platform().defaults.boolean("SuppressSwitchBranchWarning")) return std::nullopt;
+  if (application_.platform().defaults.boolean(SuppressSwitchBranchWarning)) return std::nullopt;
   return switchBranchWarning(path, userId, date);
 }
 
 bool SheetsController::warnsBeforeDeactivating() const {
-  return !application_.platform().defaults.boolean("SuppressPoolDeactivationWarning");
+  return !application_.platform().defaults.boolean(SuppressPoolDeactivationWarning);
+}
+
+void SheetsController::silenceSwitchWarning() {
+  application_.platform().defaults.setString(SuppressSwitchBranchWarning, "1");
+}
+
+void SheetsController::silenceDeactivationWarning() {
+  application_.platform().defaults.setString(SuppressPoolDeactivationWarning, "1");
 }
 
 void SheetsController::toggleHideUnsubscribed() {

@@ -82,6 +82,9 @@ class SheetsController {
                                                                   const std::string& date) const;
   /// Whether to show a warning before a pool is deactivated.
   [[nodiscard]] bool warnsBeforeDeactivating() const;
+  // The person does not want to be warned again.
+  void silenceSwitchWarning();
+  void silenceDeactivationWarning();
   void toggleHideUnsubscribed();
   [[nodiscard]] bool showsOnlyActivePools() const;
 
