@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+
+namespace zolvar {
+
+class Picture;
+
+/// A sentence where it belongs, below what it is about: a hint, or what is wrong. Takes no place
+/// while there is nothing to say; screen readers are told what appears. Main thread.
+class NoteLabel : public QWidget {
+ public:
+  enum class Weight { Hint, Warning, Error };
+
+  explicit NoteLabel(QWidget* parent);
+  /// Empty: nothing.
+  void say(const QString& text, Weight weight = Weight::Hint);
+  [[nodiscard]] QString text() const;
+  [[nodiscard]] Weight weight() const { return weight_; }
+
+ protected:
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void color();
+
+  Weight weight_ = Weight::Hint;
+  Picture* warning_;
+  Picture* error_;
+  QLabel* label_;
+};
+
+}  // namespace zolvar
