@@ -258,6 +258,8 @@ void Application::warn(const std::string& poolName, const std::string& sentence)
 void Application::lookAfterThings() {
   if (isRestoring_ || isShuttingDown_) return;
   restorer_->retryMissing();
+  // Folders of others who are gone do not stay in the list for ever.
+  if (peer_->removeOrphanedPools() > 0) noteListChanged();
   if (platform_.clock.now() - lastPruning_ >= PruningSeconds) pruneVersions();
 }
 
@@ -441,6 +443,13 @@ bool Application::isWaitingForDrive(const std::string& poolName) const {
   const auto& missing = missingPlaces();
   return std::any_of(missing.begin(), missing.end(),
                      [&](const StoredPlace& place) { return place.name == poolName; });
+}
+
+void Application::giveUpMissing(const std::string& poolName) {
+  restorer_->forget(poolName);
+  places_->setSubscribed(poolName, false);
+  pauses_->resume(poolName);
+  noteListChanged();
 }
 
 const TxtRecord* Application::announcement(const std::string& serviceName) const {

@@ -92,6 +92,8 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   /// Subscribed folders of the last run that are not there (a drive that is not mounted).
   [[nodiscard]] const std::vector<StoredPlace>& missingPlaces() const;
   [[nodiscard]] bool isWaitingForDrive(const std::string& poolName) const;
+  /// Ends the subscription to such a folder; where it lay stays known.
+  void giveUpMissing(const std::string& poolName);
 
   /// Activates (from the network, where our own log is missing) or deactivates a pool and remembers
   /// it. `done` is told when the pool is active, waits for its own log, or is left.

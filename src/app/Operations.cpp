@@ -50,6 +50,12 @@ Result<KDFilePool*> Operations::subscribed(const std::string& name) const {
   return &pool;
 }
 
+Result<> Operations::wanted(const std::string& name) const {
+  if (application_.isWaitingForDrive(name)) return {};
+  if (const auto pool = subscribed(name); !pool) return tl::unexpected(pool.error());
+  return {};
+}
+
 // Folders.
 
 void Operations::share(const std::string& folder, const std::optional<std::string>& password,
@@ -65,6 +71,7 @@ void Operations::share(const std::string& folder, const std::optional<std::strin
     return done(refusal(fmt::format("There is no folder at '{}'.", path)));
   }
   auto pool = application_.peer().poolNamed(name);
+  const bool isNew = pool == nullptr;
   if (pool) {
     const auto* presence = application_.peer().presence(name);
     if (!isLeft(*pool)) {
@@ -88,10 +95,14 @@ void Operations::share(const std::string& folder, const std::optional<std::strin
   try {
     pool->setFolderPath(path);
   } catch (const InconsistencyError&) {
+    if (isNew) application_.peer().forgetPool(*pool);
     return done(refusal(fmt::format("The folder '{}' cannot be shared.", path)));
   }
+  if (auto started = pool->startLocalLog(); !started) {
+    if (isNew) application_.peer().forgetPool(*pool);
+    return done(std::move(started));
+  }
   application_.places().setPath(name, path);
-  if (auto started = pool->startLocalLog(); !started) return done(std::move(started));
   if (const auto warning = warningAbout(path)) application_.warn(name, *warning);
   application_.noteListChanged();
   place(*pool, password, std::move(done));
@@ -134,14 +145,20 @@ void Operations::subscribe(const std::string& name, const std::string& folder,
 void Operations::place(KDFilePool& pool, const std::optional<std::string>& password, Done done) {
   if (!password) return application_.setFilePool(pool, true, std::move(done));
   // The password first: a folder that should have one is never served without it.
-  pool.setPassword(*password, [this, shared = pool.shared_from_this(),
+  pool.setPassword(*password, [this, alive = std::weak_ptr<bool>(alive_),
+                               shared = pool.shared_from_this(),
                                done = std::move(done)](Result<> set) mutable {
+    if (alive.expired()) return;
     if (!set) return done(std::move(set));
     application_.setFilePool(*shared, true, std::move(done));
   });
 }
 
 Result<> Operations::unsubscribe(const std::string& name) {
+  if (application_.isWaitingForDrive(name)) {
+    application_.giveUpMissing(name);
+    return {};
+  }
   const auto pool = subscribed(name);
   if (!pool) return tl::unexpected(pool.error());
   application_.setFilePool(**pool, false);
@@ -162,7 +179,9 @@ void Operations::remove(const std::string& name, Done done) {
 void Operations::setPassword(const std::string& name, const std::string& password, Done done) {
   const auto presence = known(name);
   if (!presence) return done(tl::unexpected(presence.error()));
-  (*presence)->pool().setPassword(password, [this, name, done = std::move(done)](Result<> set) {
+  (*presence)->pool().setPassword(password, [this, alive = std::weak_ptr<bool>(alive_), name,
+                                             done = std::move(done)](Result<> set) {
+    if (alive.expired()) return;
     if (set) application_.scheduler().retryPool(name);
     done(std::move(set));
   });
@@ -202,14 +221,15 @@ PoolInfo Operations::info(const KDPoolPresence& presence) const {
   info.phase = pool.phase();
   info.participants = presence.remoteAddresses().size();
   info.isAnnounced = presence.isAnnounced() || info.participants > 0;
-  info.missing = snapshot->missing->size();
-  info.conflicts = snapshot->conflicts->size();
   info.passwordRequired = pool.passwordState() == PasswordState::Set ||
                           pool.passwordState() == PasswordState::Unreadable ||
                           presence.passwordRequiredByAnyParticipant();
   info.isSyncing = syncing && syncing->poolName() == info.name;
-  info.trouble = snapshot->trouble;
   info.state = folderState(folderFacts(application_, presence));
+  if (info.state.kind == FolderStateKind::NotSubscribed) return info;
+  info.missing = snapshot->missing->size();
+  info.conflicts = snapshot->conflicts->size();
+  info.trouble = snapshot->trouble;
   info.pausedUntil = application_.pauses().pausedUntil(info.name);
   return info;
 }
@@ -307,6 +327,7 @@ Result<> Operations::sync(const std::optional<std::string>& name) {
     application_.scheduler().syncWithAllParticipantsInPool(*application_.peer().presence(*name));
     return {};
   }
+  if (application_.pauses().isEverythingPaused()) return tl::unexpected(everythingIsPaused());
   for (const auto& [each, presence] : application_.peer().filePoolsByName()) {
     if (!isLeft(presence->pool())) {
       application_.scheduler().syncWithAllParticipantsInPool(*presence);

@@ -169,6 +169,9 @@ class Operations {
  private:
   [[nodiscard]] Result<KDPoolPresence*> known(const std::string& name) const;
   [[nodiscard]] Result<KDFilePool*> subscribed(const std::string& name) const;
+  /// The same for what a folder can do while its drive is away.
+  [[nodiscard]] Result<> wanted(const std::string& name) const;
+  [[nodiscard]] Failure everythingIsPaused() const;
   void place(KDFilePool& pool, const std::optional<std::string>& password, Done done);
   Result<> setActivePools(const std::string& value);
   Result<> setPlace(const std::string& name, const std::string& value);

@@ -167,16 +167,17 @@ Result<> Operations::ignore(const std::string& name, const std::string& userId, 
 std::optional<Failure> Operations::pauseProblem(const std::string& name) const {
   const auto& pauses = application_.pauses();
   if (!pauses.isPaused(name)) return std::nullopt;
-  return refusal(pauses.isEverythingPaused()
-                     ? "Everything is paused. Resume with: zolvar resume"
-                     : fmt::format("'{0}' is paused. Resume it with: zolvar resume '{0}'", name))
-      .value();
+  if (pauses.isEverythingPaused()) return everythingIsPaused();
+  return refusal(fmt::format("'{0}' is paused. Resume it with: zolvar resume '{0}'", name)).value();
+}
+
+Failure Operations::everythingIsPaused() const {
+  return refusal("Everything is paused. Resume with: zolvar resume").value();
 }
 
 Result<> Operations::pause(const std::optional<std::string>& name, std::optional<double> seconds) {
   if (name) {
-    const auto pool = subscribed(*name);
-    if (!pool) return tl::unexpected(pool.error());
+    if (auto known = wanted(*name); !known) return known;
   }
   application_.pauses().pause(name.value_or(""), seconds);
   return {};
@@ -185,7 +186,7 @@ Result<> Operations::pause(const std::optional<std::string>& name, std::optional
 Result<> Operations::resume(const std::optional<std::string>& name) {
   auto& pauses = application_.pauses();
   if (name) {
-    if (const auto pool = subscribed(*name); !pool) return tl::unexpected(pool.error());
+    if (auto known = wanted(*name); !known) return known;
     pauses.resume(*name);
     if (const auto still = pauseProblem(*name)) return tl::unexpected(*still);
     return {};
@@ -220,21 +221,27 @@ Result<> Operations::set(const std::string& key, const std::string& value) {
 }
 
 Result<> Operations::setActivePools(const std::string& value) {
-  std::set<std::string> wanted;
+  std::set<std::string> names;
   if (!value.empty()) {
-    const auto names = nlohmann::json::parse(value, nullptr, false);
+    const auto list = nlohmann::json::parse(value, nullptr, false);
     const auto isText = [](const auto& name) { return name.is_string(); };
-    if (!names.is_array() || !std::all_of(names.begin(), names.end(), isText)) {
+    if (!list.is_array() || !std::all_of(list.begin(), list.end(), isText)) {
       return refusal("The setting 'activePools' is a JSON array of names, like [\"Docs\"].");
     }
-    for (const auto& name : names) wanted.insert(name.get<std::string>());
+    for (const auto& name : list) names.insert(name.get<std::string>());
   }
-  for (const auto& name : wanted) {
+  for (const auto& name : names) {
+    if (application_.isWaitingForDrive(name)) continue;
     if (const auto there = known(name); !there) return tl::unexpected(there.error());
   }
+  std::vector<std::string> away;
+  for (const auto& place : application_.missingPlaces()) {
+    if (!names.contains(place.name)) away.push_back(place.name);
+  }
+  for (const auto& name : away) application_.giveUpMissing(name);
   for (const auto& pool : application_.peer().filePools()) {
-    if (wanted.contains(pool->name())) {
-      if (subscribed(pool->name())) continue;
+    if (names.contains(pool->name())) {
+      if (wanted(pool->name())) continue;
       // What goes wrong later is told as a warning.
       const auto outcome = std::make_shared<Result<>>();
       subscribe(pool->name(), {}, {}, [outcome](Result<> ended) { *outcome = std::move(ended); });
@@ -263,8 +270,14 @@ Result<> Operations::setPlace(const std::string& name, const std::string& value)
                         application_.blacklist())) {
     return refusal(problem->oneLine());
   }
+  if (const auto pool = application_.peer().poolNamed(name)) {
+    try {
+      pool->setFolderPath(path);
+    } catch (const InconsistencyError&) {
+      return refusal(fmt::format("The folder '{}' cannot be used.", path));
+    }
+  }
   application_.places().setPath(name, path);
-  if (const auto pool = application_.peer().poolNamed(name)) pool->setFolderPath(path);
   application_.noteListChanged();
   return {};
 }

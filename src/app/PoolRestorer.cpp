@@ -26,30 +26,35 @@ PoolRestorer::PoolRestorer(Platform& platform, PoolPlaces& places, KDPeer& peer,
 PoolRestorer::~PoolRestorer() { *alive_ = false; }
 
 void PoolRestorer::restore(std::function<void()> done) {
-  search(places_.storedPlaces(), std::move(done));
+  search(places_.storedPlaces(), false, std::move(done));
 }
 
 void PoolRestorer::retryMissing() {
   if (missing_.empty() || isSearching_) return;
-  search(std::exchange(missing_, {}), {});
+  search(missing_, true, {});
 }
 
 void PoolRestorer::forget(const std::string& poolName) {
   std::erase_if(missing_, [&](const auto& place) { return place.name == poolName; });
 }
 
-void PoolRestorer::search(std::vector<StoredPlace> places, std::function<void()> done) {
+void PoolRestorer::search(std::vector<StoredPlace> places, bool isRetry,
+                          std::function<void()> done) {
   isSearching_ = true;
-  lane_->post([this, alive = alive_, places = std::move(places), done = std::move(done),
+  lane_->post([this, alive = alive_, places = std::move(places), isRetry, done = std::move(done),
                userId = peer_.userId(), &platform = platform_] {
     std::vector<FoundPlace> found;
     for (const auto& place : places) {
       found.push_back(findFolder(place, platform.fileSystem, userId));
     }
-    platform.runLoop.post([this, alive, found = std::move(found), done] {
+    platform.runLoop.post([this, alive, found = std::move(found), isRetry, done] {
       if (!*alive) return;
       isSearching_ = false;
-      for (const auto& each : found) take(each);
+      for (const auto& each : found) {
+        const auto isThis = [&each](const auto& place) { return place.name == each.place.name; };
+        if (isRetry && std::erase_if(missing_, isThis) == 0) continue;  // forgotten meanwhile
+        take(each);
+      }
       if (done) done();
     });
   });

@@ -37,7 +37,7 @@ class PoolRestorer {
   [[nodiscard]] const std::vector<StoredPlace>& missing() const { return missing_; }
 
  private:
-  void search(std::vector<StoredPlace> places, std::function<void()> done);
+  void search(std::vector<StoredPlace> places, bool isRetry, std::function<void()> done);
   void take(const FoundPlace& found);
   void addPool(const FoundPlace& found);
 

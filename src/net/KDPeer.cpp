@@ -152,8 +152,13 @@ void KDPeer::removePool(KDFilePool& pool, Done done) {
   });
 }
 
-void KDPeer::removeOrphanedPools() {
-  std::erase_if(presences_, [this](const auto& entry) {
+void KDPeer::forgetPool(const KDFilePool& pool) {
+  if (pool.isActive()) throw InconsistencyError("Pool may not be active during removal.");
+  presences_.erase(pool.name());
+}
+
+std::size_t KDPeer::removeOrphanedPools() {
+  return std::erase_if(presences_, [this](const auto& entry) {
     const KDFilePool& pool = entry.second->pool();
     // The folder of a pool in use may be away for a while (a disk that is not mounted).
     if (pool.phase() != PoolPhase::Inactive || entry.second->countOfParticipants() != 0) {
