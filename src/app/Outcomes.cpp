@@ -21,6 +21,10 @@ constexpr int AuthenticationFailed = 37;
 constexpr std::size_t MostConflictNotices = 5;  // a pool; further ones share one place
 constexpr const char* SilencedPrefix = "DontUseGrowl-";
 
+bool isLeft(const KDFilePool& pool) {
+  return pool.phase() == PoolPhase::Inactive || pool.phase() == PoolPhase::Leaving;
+}
+
 std::string conflictKey(const std::string& poolName, const std::string& path) {
   return "conflict/" + poolName + "/" + path;
 }
@@ -127,14 +131,17 @@ void Outcomes::updateConflicts(KDFilePool& pool) {
   if (found == conflicts_.end()) return;
   ConflictState& state = found->second;
   const auto snapshot = pool.snapshot();
+  // A folder that was left keeps its last snapshot, and nothing in it waits for anybody.
+  const bool isOver = isLeft(pool) || snapshot->conflicts->empty();
   const auto conflictAt = [&](const std::string& path) -> const Conflict* {
+    if (isOver) return nullptr;
     const auto at = std::lower_bound(
         snapshot->conflicts->begin(), snapshot->conflicts->end(), path,
         [](const Conflict& conflict, const std::string& sought) { return conflict.path < sought; });
     return at != snapshot->conflicts->end() && at->path == path ? &*at : nullptr;
   };
   std::erase_if(state.waiting, [&](const auto& waiting) {
-    if (snapshot->serial <= waiting.second) return false;
+    if (snapshot->serial <= waiting.second && !isLeft(pool)) return false;
     if (const Conflict* conflict = conflictAt(waiting.first)) postConflict(pool, *conflict);
     return true;
   });
@@ -143,12 +150,10 @@ void Outcomes::updateConflicts(KDFilePool& pool) {
     application_.platform().workspace.withdrawNotice(conflictKey(pool.name(), path));
     return true;
   });
-  if (snapshot->conflicts->empty()) {
+  if (isOver) {
     application_.platform().workspace.withdrawNotice(conflictKey(pool.name(), ""));
   }
-  if (state.shown.empty() && state.waiting.empty() && snapshot->conflicts->empty()) {
-    conflicts_.erase(found);
-  }
+  if (state.shown.empty() && state.waiting.empty() && isOver) conflicts_.erase(found);
 }
 
 void Outcomes::postConflict(KDFilePool& pool, const Conflict& conflict) {
@@ -207,6 +212,7 @@ void Outcomes::askToDeleteQueuedFiles(KDFilePool& pool, const std::set<std::stri
 }
 
 std::optional<DeleteQuestion> Outcomes::openQuestion(const KDFilePool& pool) const {
+  if (isLeft(pool)) return std::nullopt;
   if (const auto found = givenUp_.find(pool.name()); found != givenUp_.end()) return found->second;
   const auto snapshot = pool.snapshot();
   return snapshot->question ? std::optional(*snapshot->question) : std::nullopt;
@@ -249,16 +255,35 @@ void Outcomes::answer(KDFilePool& pool, int code, std::function<void(Result<>)> 
 
 void Outcomes::poolDidChange(KDFilePool& pool) {
   updateConflicts(pool);
+  narrowGivenUp(pool);
   withdrawSettledQuestion(pool);
 }
 
+/// What has come meanwhile is no longer in question.
+void Outcomes::narrowGivenUp(KDFilePool& pool) {
+  const auto found = givenUp_.find(pool.name());
+  if (found == givenUp_.end()) return;
+  if (isLeft(pool)) {
+    givenUp_.erase(found);
+    return;
+  }
+  const auto missing = pool.snapshot()->missing;
+  auto& paths = found->second.paths;
+  std::erase_if(paths, [&](const std::string& path) {
+    return !std::binary_search(missing->begin(), missing->end(), path);
+  });
+  if (!paths.empty()) return;  // whoever asks need not ask again for fewer
+  givenUp_.erase(found);
+  if (asked_.erase(pool.name()) > 0) frontEnd_->withdrawDeletionAlert(pool.name());
+  if (const auto question = openQuestion(pool)) askAboutDeletion(pool, *question);
+}
+
 void Outcomes::withdrawSettledQuestion(const KDFilePool& pool) {
-  const bool isLeft = pool.phase() == PoolPhase::Inactive || pool.phase() == PoolPhase::Leaving;
-  if (isLeft) givenUp_.erase(pool.name());
   const auto asked = asked_.find(pool.name());
   if (asked == asked_.end() || givenUp_.contains(pool.name())) return;
   const auto snapshot = pool.snapshot();
-  if (!isLeft && (snapshot->serial <= asked->second.serial || snapshot->question)) return;
+  const bool isOpen = snapshot->serial <= asked->second.serial || snapshot->question;
+  if (isOpen && !isLeft(pool)) return;
   asked_.erase(asked);
   frontEnd_->withdrawDeletionAlert(pool.name());
 }

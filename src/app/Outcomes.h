@@ -67,6 +67,7 @@ class Outcomes : public ApplicationObserver {
   };
 
   void askAboutDeletion(KDFilePool& pool, const DeleteQuestion& question);
+  void narrowGivenUp(KDFilePool& pool);
   void withdrawSettledQuestion(const KDFilePool& pool);
   void updateConflicts(KDFilePool& pool);
   void postConflict(KDFilePool& pool, const Conflict& conflict);
