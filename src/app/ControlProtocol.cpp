@@ -1,11 +1,17 @@
 #include "app/ControlProtocol.h"
 
+#include <fmt/format.h>
+
+#include <exception>
+
 #include "app/Application.h"
 #include "app/ControlRequest.h"
 #include "app/ControlViews.h"
 #include "app/Operations.h"
 #include "app/Pauses.h"
 #include "app/WatchEvents.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
 #include "util/InconsistencyError.h"
 
 namespace zolvar {
@@ -23,10 +29,17 @@ void ControlProtocol::handleLine(std::string_view line) {
   isBusy_ = true;
   isInCall_ = true;
   const std::weak_ptr<bool> alive = alive_;
-  if (const auto request = ControlRequest::parse(line)) {
-    dispatch(*request);
-  } else {
-    replyRefusal(refusalText(request.error()));
+  try {
+    if (const auto request = ControlRequest::parse(line)) {
+      dispatch(*request);
+    } else {
+      replyRefusal(refusalText(request.error()));
+    }
+  } catch (const std::exception& error) {
+    // Above us is the event loop, which an exception would end together with the program.
+    application_.platform().log.error("A request failed: {}", error.what());
+    if (alive.expired()) return;
+    replyRefusal(fmt::format("The request failed within Zolvar: {}.", error.what()));
   }
   if (!alive.expired()) isInCall_ = false;
 }

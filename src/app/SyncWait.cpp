@@ -3,6 +3,7 @@
 #include <set>
 
 #include "app/Application.h"
+#include "app/Contacts.h"
 #include "app/Pauses.h"
 #include "net/KDParticipant.h"
 
@@ -25,6 +26,11 @@ void SyncWait::start() {
   if (presence == nullptr) return finish(refusal("The folder is gone."));
   for (const auto& participant : presence->participants()) {
     if (participant->isLocalParticipant()) continue;
+    if (!participant->speaksOurProtocol()) {  // it is never synced with
+      outcome_.failed.push_back(
+          {participant->userId(), application_.contacts().of(*participant).reason});
+      continue;
+    }
     // A sync that runs already may have begun before the change that its caller waits for.
     const bool runs = application_.scheduler().isSyncing(participant->address());
     endsToCome_[participant->address().description()] = runs ? 2 : 1;
