@@ -18,7 +18,8 @@ namespace {
 constexpr const char* AllKey = "PausedUntil";
 constexpr const char* FoldersKey = "pausedFolders";
 constexpr double LongestPause = 366.0 * 24 * 60 * 60;  // seconds
-constexpr double LongestTimer = 24.0 * 60 * 60;        // seconds; looked at anew after it
+/// Seconds; looked at anew after it. A timer stands still while the computer sleeps.
+constexpr double LongestTimer = 60;
 
 /// The stored end of a pause; damage counts as until resumed.
 double endOf(const std::string& text) {
