@@ -42,6 +42,19 @@ DesktopNotices::DesktopNotices(Log& log) : log_(log) {
   });
 }
 
+DesktopNotices::~DesktopNotices() {
+  constexpr int LongestGoodbye = 500;  // milliseconds
+  const QDBusConnection bus = QDBusConnection::sessionBus();
+  std::optional<QDBusMessage> last;
+  for (const auto& [slotId, slot] : slots_) {
+    if (!slot.isSticky || slot.id == 0) continue;
+    if (last) bus.send(*last);
+    last = method("CloseNotification") << slot.id;
+  }
+  // The answer to the last says that all have left this process.
+  if (last) bus.call(*last, QDBus::Block, LongestGoodbye);
+}
+
 void DesktopNotices::show(const Notice& notice, OnClick onClick) {
   if (!QDBusConnection::sessionBus().isConnected()) return;
   const auto known = notice.key.empty() ? byKey_.end() : byKey_.find(notice.key);
@@ -116,6 +129,7 @@ void DesktopNotices::send(SlotId slotId) {
                           QVariant::fromValue(static_cast<uchar>(notice.urgency))},
                          {QStringLiteral("desktop-entry"), QStringLiteral("zolvar")}}
           << (notice.isSticky ? NeverExpires : ServicesOwnTimeout);
+  slot.isSticky = notice.isSticky;
   slot.isCalling = true;
   call(message, [this, slotId](const QDBusMessage& reply) { answered(slotId, reply); });
 }

@@ -31,6 +31,8 @@ class DesktopNotices final : public QObject {
   using OnClick = std::function<void()>;
 
   explicit DesktopNotices(Log& log);
+  /// Takes what would stay off the screen; a service that does not answer is waited for a moment.
+  ~DesktopNotices() override;
 
   void show(const Notice& notice, OnClick onClick);
   void withdraw(const std::string& key);
@@ -47,6 +49,7 @@ class DesktopNotices final : public QObject {
   struct Slot {
     std::string key;
     uint id = 0;                 ///< at the service; 0 before its first reply
+    bool isSticky = false;       ///< of what was shown last
     bool isCalling = false;      ///< a Notify is unanswered
     bool isWithdrawn = false;    ///< to be closed when the reply is there
     std::optional<Notice> next;  ///< to be sent when the capabilities or the reply are there
