@@ -57,8 +57,11 @@ Result<std::unique_ptr<Folder>> PosixFileSystem::open(const std::string& absolut
 Result<> PosixFileSystem::makeFolder(const std::string& absolutePath) {
   for (std::size_t slash = absolutePath.find('/', 1);; slash = absolutePath.find('/', slash + 1)) {
     const std::string path = absolutePath.substr(0, slash);
-    if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST && !isFolder(path)) {
-      return failed("make the folder", absolutePath);
+    if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) {
+      const int error = errno;  // looking for the folder changes it
+      if (!isFolder(path)) {
+        return tl::unexpected(posixFailure(error, "make the folder", absolutePath));
+      }
     }
     if (slash == std::string::npos) break;
   }
