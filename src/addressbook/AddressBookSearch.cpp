@@ -68,4 +68,9 @@ Result<std::vector<ABPerson>> peopleWithFirstNameLastName(AddressBook& book,
   return people;
 }
 
+bool hasSameName(const ABPerson& person, const ABPerson& other) {
+  return loweredText(firstname(person)) == loweredText(firstname(other)) &&
+         loweredText(lastname(person)) == loweredText(lastname(other));
+}
+
 }  // namespace zolvar

@@ -17,4 +17,7 @@ Result<std::vector<ABPerson>> peopleWithFirstNameLastName(AddressBook& book,
                                                           const std::string& first,
                                                           const std::string& last);
 
+/// Whether first and last names are the same, whatever the case of their letters.
+[[nodiscard]] bool hasSameName(const ABPerson& person, const ABPerson& other);
+
 }  // namespace zolvar

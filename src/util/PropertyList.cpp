@@ -149,6 +149,12 @@ Result<Plist> boundedRoot(std::string_view bytes, PropertyListBounds bounds) {
   return root;
 }
 
+std::string stringOf(plist_t node) {
+  std::uint64_t length = 0;
+  const char* const text = plist_get_string_ptr(node, &length);
+  return text == nullptr ? std::string() : std::string(text, length);
+}
+
 std::vector<std::string> stringsOf(plist_t array) {
   std::vector<std::string> strings;
   strings.reserve(plist_array_get_size(array));
@@ -158,12 +164,17 @@ std::vector<std::string> stringsOf(plist_t array) {
   plist_t member = nullptr;
   for (plist_array_next_item(array, position, &member); member != nullptr;
        plist_array_next_item(array, position, &member)) {
-    if (plist_get_node_type(member) != PLIST_STRING) continue;
-    std::uint64_t length = 0;
-    const char* const text = plist_get_string_ptr(member, &length);
-    if (text != nullptr) strings.emplace_back(text, length);
+    if (plist_get_node_type(member) == PLIST_STRING) strings.push_back(stringOf(member));
   }
   return strings;
+}
+
+std::string xmlOf(plist_t root) {
+  char* text = nullptr;
+  std::uint32_t length = 0;
+  plist_to_xml(root, &text, &length);
+  const std::unique_ptr<void, Free> textFreed(text);
+  return {text, length};
 }
 
 /// None for what is neither a truth value nor a number.
@@ -206,6 +217,8 @@ Result<PropertyDictionary> dictionaryFromPropertyList(std::string_view bytes,
     if (value == nullptr || key == nullptr) return dictionary;
     if (plist_get_node_type(value) == PLIST_ARRAY) {
       dictionary.lists[key] = stringsOf(value);
+    } else if (plist_get_node_type(value) == PLIST_STRING) {
+      dictionary.strings[key] = stringOf(value);
     } else if (const auto flag = flagOf(value)) {
       dictionary.flags[key] = *flag;
     }
@@ -217,11 +230,15 @@ std::string propertyListFromStrings(const std::vector<std::string>& strings) {
   for (const std::string& string : strings) {
     plist_array_append_item(array.get(), plist_new_string(string.c_str()));  // takes it over
   }
-  char* text = nullptr;
-  std::uint32_t length = 0;
-  plist_to_xml(array.get(), &text, &length);
-  const std::unique_ptr<void, Free> textFreed(text);
-  return {text, length};
+  return xmlOf(array.get());
+}
+
+std::string propertyListFromDictionary(const std::map<std::string, std::string>& strings) {
+  const Plist dictionary(plist_new_dict());
+  for (const auto& [key, string] : strings) {
+    plist_dict_set_item(dictionary.get(), key.c_str(), plist_new_string(string.c_str()));
+  }
+  return xmlOf(dictionary.get());
 }
 
 }  // namespace zolvar

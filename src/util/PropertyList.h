@@ -25,6 +25,7 @@ Result<std::vector<std::string>> stringsFromPropertyList(std::string_view bytes,
 struct PropertyDictionary {
   std::map<std::string, bool> flags;  ///< truth values, and numbers as whether they are not 0
   std::map<std::string, std::vector<std::string>> lists;  ///< the strings of arrays
+  std::map<std::string, std::string> strings;
 };
 
 /// Fails: Damaged (not a property list, not a dictionary, out of bounds).
@@ -33,5 +34,7 @@ Result<PropertyDictionary> dictionaryFromPropertyList(std::string_view bytes,
 
 /// A property-list array of the strings, XML form.
 std::string propertyListFromStrings(const std::vector<std::string>& strings);
+/// A property-list dictionary of the strings, XML form.
+std::string propertyListFromDictionary(const std::map<std::string, std::string>& strings);
 
 }  // namespace zolvar

@@ -1,0 +1,99 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "addressbook/AddressBook.h"
+#include "addressbook/AddressMemory.h"
+#include "pool/KDFilePool.h"
+
+namespace zolvar {
+
+/// A pool whose files are the cards of one group of the user's address book, the group of the
+/// folder's name without its extension. Each member is written as a file, and travels like any
+/// file; cards that come from peers are read into the book and the group. The folder is never
+/// polled: what changes in it comes from the book, or with a sync.
+///
+/// What was read in is written out again only when the record changed since, and the other way
+/// round: AddressMemory holds how record and file looked when they were last in step. A file that
+/// was never in step is read in, never deleted for having no member.
+///
+/// Main thread; files are read and written on the pool's lane. Book and memory outlive it. A book
+/// that cannot be read, or a card that is none, leaves everything as it is.
+class KDAddressPool final : public KDFilePool {
+ public:
+  static constexpr std::string_view Extension = ".zolvaraddresses";
+
+  static std::shared_ptr<KDAddressPool> make(const std::string& path, const Options& options,
+                                             Platform& platform, NotificationCenter& center,
+                                             KDFilePoolDelegate* delegate, AddressBook& book,
+                                             AddressMemory& memory);
+
+  /// The group of that name, made on first use.
+  Result<ABGroup> syncGroup();
+  [[nodiscard]] std::string displayName() const override;
+  /// Opens the group in an address-book program.
+  [[nodiscard]] std::string url();
+  /// The person's name, or organisation, or both; "New Person" for nobody in the book.
+  [[nodiscard]] std::string descriptionForFile(const std::string& path) const override;
+  /// Brings the folder in step with the group.
+  void copyVCardsFromAddressBook();
+  /// Record id → file of a card that was matched to it by name, for the person to merge.
+  [[nodiscard]] const std::map<std::string, std::string>& mergePaths() const { return mergePaths_; }
+
+ private:
+  using Contents = std::map<std::string, std::string>;  ///< file name → card
+  class Export;
+
+  KDAddressPool(const std::string& path, const Options& options, Platform& platform,
+                NotificationCenter& center, KDFilePoolDelegate* delegate, AddressBook& book,
+                AddressMemory& memory);
+
+  void didActivate() override;
+  void willDeactivate() override;
+  void noteTaskDidEnd(const std::set<std::string>& loadedFiles,
+                      const std::function<void()>& tell) override;
+  void didDeleteFiles(const std::set<std::string>& paths) override;
+  [[nodiscard]] bool shouldDeleteFiles() const override { return true; }
+  [[nodiscard]] bool isPolled() const override { return false; }
+
+  static Contents readCards(FileSystem& fileSystem, const std::string& folderPath);
+  void withCards(std::function<void(const Contents&)> job);
+  void exportGroup(const Contents& contents);
+  void importCards(const Contents& cards);
+  void updateABFromVCard(const ABGroup& group, const std::string& fileName,
+                         const std::string& card);
+  [[nodiscard]] std::optional<ABPerson> personOfSameName(const ABPerson& person);
+  void mergeFilesWithAddressBook(const std::set<std::string>& fileNames);
+  void addressBookChanged(const AddressBookDidChange& change);
+  void deleteMerged(const std::string& fileName);
+  void deleteRecord(const std::string& fileName);
+  [[nodiscard]] std::optional<AddressMemory::Mark> mark(const std::string& fileName) const;
+  void saveBook();
+  void note(const Failure& failure);
+  [[nodiscard]] bool isChanged(const ABPerson& record, const AddressMemory::Mark& mark) const;
+
+  AddressBook& book_;
+  AddressMemory& memory_;
+  std::vector<std::string> checked_;
+  std::optional<ABGroup> group_;
+  std::map<std::string, std::string> mergePaths_;
+  /// What an import has brought in step, until the book is saved.
+  std::map<std::string, AddressMemory::Mark> pendingMarks_;
+  bool isExporting_ = false;
+  bool exportsAgain_ = false;
+  NotificationCenter::Observation observation_;
+};
+
+/// Cards from peers were matched by name to people who were in the book before: a person is to
+/// merge them. Posted on the main thread.
+struct KDAddressMergeNeeded {
+  KDAddressPool* pool = nullptr;
+  std::set<std::string> files;  ///< names in the pool's folder
+};
+
+}  // namespace zolvar
