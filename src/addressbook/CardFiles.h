@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "addressbook/CardSource.h"
+#include "platform/FileSystem.h"
+
+namespace zolvar {
+
+/// The cards in a folder of .vcf files, as khard and vdirsyncer keep them: one card a file,
+/// directly in the folder, the file's name meaning nothing. Files that are none of ours are left
+/// alone; several cards in one file are read, never written. A card's id is its UID; a card without
+/// one has its file's name, and of several cards with one UID all but the first are told apart by
+/// their files' names. Owned by the lane that runs it.
+class CardFiles {
+ public:
+  struct Changes {
+    KeptCards changed;
+    std::vector<std::string> removed;
+  };
+
+  CardFiles(std::unique_ptr<Folder> folder, std::string path);
+
+  /// Reads what is new or looks changed, and the `suspects` (file names) in any case. A file that
+  /// cannot be read, or has no whole card any more, counts as what was last read: somebody may be
+  /// writing it. Fails when the folder cannot be listed.
+  Result<Changes> scan(const std::set<std::string>& suspects);
+  /// Fails: Transient may work later; anything else is given up. What is written is what the next
+  /// scan would find. A card that is gone is not changed, and not missed when it is to be removed.
+  Result<Changes> write(const CardWrite& write);
+
+  [[nodiscard]] FileIdentity identity() const { return folder_->identity(); }
+  [[nodiscard]] const KeptCards& cards() const { return cards_; }
+  /// The first card's id of each file.
+  [[nodiscard]] std::map<std::string, std::string> idsByFile() const;
+
+ private:
+  struct File {
+    FileAttributes attributes;
+    std::vector<std::string> texts;
+    std::vector<std::string> ids;  ///< of the texts; empty until they are given
+  };
+
+  [[nodiscard]] std::vector<std::string> cardsOf(const std::string& name);
+  void giveIds();
+  Changes takeOver();
+  Result<Changes> add(const CardWrite& write);
+  Result<> change(const CardWrite& write, const std::string& name);
+
+  const std::unique_ptr<Folder> folder_;
+  const std::string path_;
+  std::map<std::string, File> files_;          ///< by name
+  std::map<std::string, std::string> owners_;  ///< record id → file name
+  std::string added_;                          ///< the id that a file being added is to have
+  KeptCards cards_;
+};
+
+}  // namespace zolvar

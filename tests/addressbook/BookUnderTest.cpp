@@ -1,0 +1,90 @@
+#include "addressbook/BookUnderTest.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+
+#include "addressbook/CardBook.h"
+#include "addressbook/CardFolder.h"
+#include "platform/PlatformFixture.h"
+#include "platform/qt/PosixFileSystem.h"
+#include "platform/qt/QtRunLoop.h"
+#include "platform/qt/ThreadLanes.h"
+#include "support/SimulatedPlatform.h"
+
+namespace zolvar {
+namespace {
+
+constexpr double LongestWait = 20;  // seconds
+
+/// A folder in memory, in virtual time.
+class SimulatedFolderUnderTest : public BookUnderTest {
+ public:
+  Platform& platform() override { return simulated_; }
+  std::unique_ptr<AddressBook> open(NotificationCenter& center) override {
+    return std::make_unique<CardBook>(
+        std::make_unique<CardFolder>(platform(), CardFolder::pathFor(platform())), platform(),
+        center);
+  }
+  bool runUntil(const std::function<bool()>& condition) override {
+    return simulated_.loop.runUntil(condition, LongestWait);
+  }
+
+ private:
+  SimulatedPlatform simulated_;
+};
+
+/// The real run loop, lanes and files; everything else is simulated.
+class RealUnderTest : public BookUnderTest {
+ public:
+  ~RealUnderTest() override { lanes_.finishAll(LongestWait); }
+  Platform& platform() override { return platform_; }
+  bool runUntil(const std::function<bool()>& condition) override {
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+      if (timer.elapsed() > LongestWait * 1000) return false;
+      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
+    }
+    return true;
+  }
+
+ private:
+  SimulatedPlatform simulated_;
+  QtRunLoop loop_{simulated_.log};
+  ThreadLanes lanes_{simulated_.log};
+  PosixFileSystem files_{loop_};
+  Platform platform_{simulated_.clock,
+                     simulated_.random,
+                     loop_,
+                     lanes_,
+                     files_,
+                     simulated_.processes,
+                     simulated_.services,
+                     simulated_.hosts,
+                     simulated_.secrets,
+                     simulated_.defaults,
+                     simulated_.workspace,
+                     simulated_.networkWatch,
+                     simulated_.firewall,
+                     simulated_.log};
+};
+
+class FolderUnderTest : public RealUnderTest {
+ public:
+  std::unique_ptr<AddressBook> open(NotificationCenter& center) override {
+    return std::make_unique<CardBook>(
+        std::make_unique<CardFolder>(platform(), folder_.path("cards")), platform(), center);
+  }
+
+ private:
+  const TemporaryFolder folder_;
+};
+
+}  // namespace
+
+std::vector<BookKind> bookKinds() {
+  return {{"SimulatedFolder", [](auto&) { return std::make_unique<SimulatedFolderUnderTest>(); }},
+          {"Folder", [](auto&) { return std::make_unique<FolderUnderTest>(); }}};
+}
+
+}  // namespace zolvar
