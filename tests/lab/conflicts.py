@@ -2,17 +2,7 @@
 
 import time
 
-from lab import always, check, converge, survives, wait_until
-
-
-def pair(lab, name, **files):
-    ann, bob = lab.host("alpha"), lab.host("beta")
-    for path, content in files.items():
-        ann.folder(name).write(path, content, age=1000)
-    ann.folder(name)
-    here, there = ann.share(name), bob.subscribe(name)
-    converge(here, there)
-    return here, there
+from lab import always, check, converge, pair, survives, wait_until
 
 
 def disputed(path, *folders):

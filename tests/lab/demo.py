@@ -91,6 +91,8 @@ def play(hosts):
     zolvar(ann, "drop", "Recipes", "pancakes.txt", here.version("pancakes.txt", local=True))
     lab.converge(here, there)
     show(here)
+    for host in (ann, bob):
+        lab.wait_until(lambda: host.pool("Recipes")["state"] == "in step", 60, "not in step")
     zolvar(bob, "list")
     say("One version again, on both machines. Ann's is in her Trash, in case she changes her mind.")
 

@@ -4,7 +4,7 @@ import json
 import signal
 import time
 
-from lab import Process, ZOLVAR, check, converge, wait_until
+from lab import Process, ZOLVAR, check, converge, pair, wait_until
 
 NOTICES_STUB = "/run/programs/tests/lab/notices-stub"
 TIME_SERVER = """
@@ -134,6 +134,8 @@ def scenario_clock(lab):
             since = len(bob.log())
             desktop.click(notice)
             bob.wait_for_log("no settings of the date and time", since=since)
+            bob.restart()
+            check({"closed": notice["id"]} in desktop.told(), "it stayed after the program's end")
         else:
             check(not desktop.notices("clock", since=marks[1]), "a notice without reason")
         server.end(9)
@@ -142,12 +144,8 @@ def scenario_clock(lab):
 
 def scenario_addresses(lab):
     """A host that gets another address serves from there, and its peers find it again."""
-    ann, bob = lab.host("alpha"), lab.host("beta")
-    here = ann.folder("Moving")
-    here.write("first", "1", age=100)
-    ann.share("Moving")
-    there = bob.subscribe("Moving")
-    converge(here, there)
+    here, there = pair(lab, "Moving", first="1")
+    bob = there.host
 
     def daemon():
         found = bob.run(["sh", "-c", "cat ~/.local/share/Zolvar/*.fppid"]).stdout.split()
@@ -199,12 +197,8 @@ def scenario_second_instance(lab):
 
 def scenario_hanging_discovery(lab):
     """An avahi-daemon that hangs makes nobody wait but who looks for others."""
-    ann, bob = lab.host("alpha"), lab.host("beta")
-    here = ann.folder("Patience")
-    here.write("first", "1", age=100)
-    ann.share("Patience")
-    there = bob.subscribe("Patience")
-    converge(here, there)
+    here, there = pair(lab, "Patience", first="1")
+    ann = here.host
     ann.avahi.send(signal.SIGSTOP)
     try:
         here.write("during the hang", "2", age=10)

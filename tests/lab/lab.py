@@ -458,6 +458,17 @@ def amount(value):
     return value if isinstance(value, int) else len(value)
 
 
+def pair(lab, name, **files):
+    """The folder with these files, shared on alpha, subscribed to on beta, and the same on both."""
+    ann, bob = lab.host("alpha"), lab.host("beta")
+    folder = ann.folder(name)
+    for path, content in files.items():
+        folder.write(path, content, age=1000)
+    here, there = ann.share(name), bob.subscribe(name)
+    converge(here, there)
+    return here, there
+
+
 def converge(*folders, limit=90, conflicts=0):
     """Waits until all folders hold the same files, nothing is missing, and as many files as told
     are in conflict (None: any number, whose contents may differ). Returns the tree."""

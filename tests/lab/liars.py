@@ -5,7 +5,7 @@ import os
 import shutil
 import time
 
-from lab import ZOLVAR, Process, always, check, converge, wait_until
+from lab import ZOLVAR, Process, always, check, converge, pair, wait_until
 
 PORT = 49999
 LIAR = "mallory@gamma.local"
@@ -125,19 +125,11 @@ def ann_folders(host):
     return {pool["name"] for pool in host.cli("list") if pool["folder"]}
 
 
-def share_with_liar(lab, name):
-    ann, bob = lab.host("alpha"), lab.host("beta")
-    ann.folder(name).write("hers", "ann's", age=1000)
-    here, there = ann.share(name), bob.subscribe(name)
-    converge(here, there)
-    return here, there
-
-
 def scenario_logs(lab):
     """Paths that lead out of the folder, rows that are none, and times that cannot be."""
     liar = Liar(lab)
     module = liar.module("Gifts")
-    here, there = share_with_liar(lab, "Gifts")
+    here, there = pair(lab, "Gifts", hers="ann's")
     victim = here.host.seen(here.host.home / "victim")
     victim.mkdir()
     here.host.own(victim)
@@ -205,7 +197,7 @@ def scenario_own_log(lab):
     """Older, shorter and rewritten copies of somebody's log take nothing from it."""
     liar = Liar(lab)
     module = liar.module("Logs")
-    here, there = share_with_liar(lab, "Logs")
+    here, there = pair(lab, "Logs", hers="ann's")
     for turn in range(3):
         here.write("hers", f"edit {turn}", age=8 - turn)
         there.write(f"his {turn}", "bob's", age=8)
@@ -243,7 +235,7 @@ def scenario_impostor(lab):
     """Somebody announces a folder under ann's own id: hers is not overwritten."""
     liar = Liar(lab)
     module = liar.module("Mine")
-    here, there = share_with_liar(lab, "Mine")
+    here, there = pair(lab, "Mine", hers="ann's")
     shutil.copytree(here.root, module, dirs_exist_ok=True, symlinks=True)
     liar.announce(b"Mine", service=f"{here.host.user_id}:{PORT + 1}")
     always(lambda: here.read("hers") == "ann's" and here.host.zolvard.running(), 12,

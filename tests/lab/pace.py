@@ -5,7 +5,7 @@ import statistics
 import time
 from pathlib import Path
 
-from lab import always, check, children, converge, wait_until
+from lab import always, check, children, converge, pair, wait_until
 
 SAMPLES = 20
 EVERY = 10  # seconds between two saves
@@ -16,11 +16,7 @@ IDLE_SHARE = 0.001  # of one core
 
 def scenario_quick_pace(lab):
     """At quick pace a save is there in two and a half seconds."""
-    ann, bob = lab.host("alpha"), lab.host("beta")
-    folder = ann.folder("Quick")
-    folder.write("start", "start", age=1000)
-    here, there = ann.share("Quick"), bob.subscribe("Quick")
-    converge(here, there)
+    here, there = pair(lab, "Quick", start="start")
     delays = []
     for number in range(SAMPLES):
         sender, receiver = (here, there) if number % 2 else (there, here)
@@ -69,12 +65,7 @@ def scenario_idle(lab):
 
 def scenario_ignore_rules(lab):
     """What the rules name is never sent, fetched or deleted; taking the rules back sends it."""
-    ann, bob = lab.host("alpha"), lab.host("beta")
-    folder = ann.folder("Rules")
-    folder.write("kept", "kept", age=1000)
-    folder.write("tracked.tmp", "tracked", age=1000)
-    here, there = ann.share("Rules"), bob.subscribe("Rules")
-    converge(here, there)
+    here, there = pair(lab, "Rules", kept="kept", **{"tracked.tmp": "tracked"})
 
     here.write(".zolvarignore", "*.tmp\nbuild/\n", age=30)
     wait_until(lambda: there.read(".zolvarignore"), 60, "the rules did not arrive")
@@ -88,7 +79,7 @@ def scenario_ignore_rules(lab):
     always(lambda: there.read("own.tmp") is None and not there.at("build").exists()
            and there.read("tracked.tmp") is None, 8, "something ignored travelled")
     check(here.read("tracked.tmp") == "changed", "an ignored file was touched")
-    check(not bob.cli("question"), "an ignored file's deletion was asked about")
+    check(not there.host.cli("question"), "an ignored file's deletion was asked about")
 
     there.write(".zolvarignore", "# nothing\n", age=15)
     wait_until(lambda: there.read("own.tmp") == "ann's" and there.read("build/deep/made"), 90,
