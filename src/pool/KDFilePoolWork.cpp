@@ -83,7 +83,8 @@ template <class Value>
 void KDFilePool::onStateLane(std::function<Result<Value>(KDPoolState&)> job,
                              std::function<void(Result<Value>)> done) {
   if (!parts_->state || !isActive()) {
-    done(fail(FailureKind::Refused, "change the synced folder", name(), "it is not active"));
+    done(fail(FailureKind::Refused, "change the synced folder", name(),
+              "it is not ready yet; try again when it has been looked through"));
     return;
   }
   parts_->stateLane->post([state = parts_->state, job = std::move(job), done = std::move(done),
@@ -92,7 +93,7 @@ void KDFilePool::onStateLane(std::function<Result<Value>(KDPoolState&)> job,
         fail(FailureKind::Cancelled, "change the synced folder", {}, "it was left");
     try {
       if (!state->isDetached()) outcome = job(*state);
-    } catch (const InconsistencyError& error) {
+    } catch (const std::exception& error) {  // whatever it was, somebody waits for the answer
       outcome = fail(FailureKind::Refused, "change the synced folder", {}, error.what());
     }
     runLoop.post([outcome = std::move(outcome), done] { done(outcome); });

@@ -178,7 +178,8 @@ void KDPoolState::leave() {
 
 Result<std::string> KDPoolState::accessibleFolderPath() {
   if (!isAccessible()) {
-    return fail(FailureKind::Absent, "reach the synced folder", settings_.folderPath);
+    return fail(FailureKind::Absent, "reach the synced folder", settings_.folderPath,
+                "it is not where it lay; mount its drive, or bring it back");
   }
   return settings_.folderPath;
 }
@@ -238,11 +239,12 @@ void KDPoolState::noteInaccessible() {
 
 Result<> KDPoolState::flush() {
   Result<> result;
+  // Before the log: what a choice makes wanted must still be wanted after a crash.
+  if (isTodoDirty_) saveTodoFiles();
   if (localLog_ && localLog_->hasEntriesToAppend()) {
     result = localLog_->synchronizeFile();
     if (!result) platform_.log.error("{}", result.error().message());
   }
-  if (isTodoDirty_) saveTodoFiles();
   if (record_) {
     // After the log: a record must never name a version that the log does not hold.
     if (const auto written = result ? record_->flush() : Result<>(); !written) {

@@ -1,5 +1,7 @@
 #include "pool/KDPoolSync.h"
 
+#include <fmt/format.h>
+
 #include <atomic>
 #include <exception>
 
@@ -31,6 +33,7 @@ class Busy {
 }  // namespace
 
 std::string statusText(int status) {
+  constexpr int FirstSignal = 128;  // of a tool that was ended by one
   switch (status) {
     case TransferStatus::Done:
       return "ok";
@@ -44,9 +47,29 @@ std::string statusText(int status) {
       return "some files could not be transferred";
     case TransferStatus::NoAuthentication:
       return "authentication failed";
+    case 2:
+      return "the transfer tools of the two computers do not understand each other";
+    case 3:
+      return "a folder or file could not be opened";
+    case TransferStatus::FileTrouble:
+      return "a file could not be read or written; perhaps a disk is full, or its drive gone";
+    case TransferStatus::Ended:
+      return "the transfer was ended";
+    case 22:
+      return "there was not enough memory";
+    case TransferStatus::Vanished:
+      return "some files vanished over there before they could be fetched";
+    case TransferStatus::Silent:
+      return "nothing came for too long";
+    case 35:
+      return "the other computer did not answer in time";
     default:
-      return std::to_string(status);
+      break;
   }
+  if (status > FirstSignal) {
+    return fmt::format("the transfer tool was ended by signal {}", status - FirstSignal);
+  }
+  return fmt::format("the transfer tool ended with status {}", status);
 }
 
 struct KDPoolSync::Work {

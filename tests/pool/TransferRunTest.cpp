@@ -45,10 +45,10 @@ TEST(StatusText, namesWhatPeopleMeet) {
       {12, "error in rsync protocol data stream"},
       {23, "some files could not be transferred"},
       {37, "authentication failed"},
-      {1, "1"},
-      {30, "30"},
-      {99, "99"},
-      {-1, "-1"},
+      {11, "a file could not be read or written; perhaps a disk is full, or its drive gone"},
+      {30, "nothing came for too long"},
+      {99, "the transfer tool ended with status 99"},
+      {137, "the transfer tool was ended by signal 9"},
   };
   for (const auto& [status, text] : rows) EXPECT_EQ(text, statusText(status));
 }
