@@ -141,7 +141,7 @@ void ServerControl::checkAlive() {
     return;
   }
   onLane([daemon = daemon_, &runLoop = platform_.runLoop, this, weak = std::weak_ptr(alive_)] {
-    if (daemon->runningPid() != 0) return;
+    if (daemon->runningPid() != 0) return daemon->boundLog();
     runLoop.post([this, weak] {
       if (weak.expired() || busy_ || !running_ || !wanted_) return;
       platform_.log.warning("The transfer daemon has ended by itself. Starting it again.");

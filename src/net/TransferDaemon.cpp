@@ -23,6 +23,8 @@ constexpr double PidFilePoll = 0.05;  // seconds
 constexpr double StopPause = 0.1;     // seconds, so that the port is free when a start follows
 constexpr unsigned HighestPort = 65535;
 constexpr std::uint32_t PrivateMode = 0600;
+constexpr std::uint64_t LargestLog = 8 << 20;  // bytes
+constexpr std::uint64_t KeptLog = 1 << 20;     // bytes of its end
 
 }  // namespace
 
@@ -62,6 +64,7 @@ int TransferDaemon::runningPid() {
 }
 
 Result<unsigned> TransferDaemon::start(const DaemonStart& wanted) {
+  boundLog();
   if (serverPid() > 0) {  // left by an earlier run: it serves what was shared then
     if (auto ended = stop(); !ended) return tl::unexpected(ended.error());
   } else {
@@ -84,6 +87,20 @@ Result<unsigned> TransferDaemon::start(const DaemonStart& wanted) {
     return tl::unexpected(launched.error());
   }
   return port;
+}
+
+void TransferDaemon::boundLog() {
+  const auto folder = platform_.fileSystem.open(supportFolder_);
+  if (!folder) return;
+  const std::string name = fileName("fplog");
+  const auto log = (*folder)->attributes(name);
+  if (!log || log->size <= LargestLog) return;
+  // The daemon goes on appending to the same file.
+  const auto end = (*folder)->read(name, log->size - KeptLog, 2 * KeptLog);
+  if (end) (void)(*folder)->replace(fileName("fplog.old"), *end, PrivateMode);
+  if (const auto cleared = (*folder)->clear(name); !cleared) {
+    platform_.log.debug("{}", cleared.error().message());
+  }
 }
 
 Result<> TransferDaemon::writeFiles(const DaemonStart& wanted) {

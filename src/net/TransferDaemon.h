@@ -44,6 +44,9 @@ class TransferDaemon {
   /// The pid of the running daemon, 0 when there is none: the pid file's number, when that process
   /// names our configuration file.
   [[nodiscard]] int runningPid();
+  /// Keeps the daemon's log, which has a line for each file that anybody fetches, from growing for
+  /// ever: beyond 8 MB its end is put aside under the extension "fplog.old" and it begins anew.
+  void boundLog();
 
  private:
   [[nodiscard]] std::string fileName(const char* extension) const;

@@ -70,6 +70,9 @@ class Folder {
   /// Replaces the file as a whole: written aside, synced, renamed, directory synced.
   virtual Result<> replace(std::string_view path, std::string_view bytes, std::uint32_t mode) = 0;
 
+  /// Empties a file that another process may be appending to.
+  virtual Result<> clear(std::string_view path) = 0;
+
   /// Hard link (a copy, times included, where the file system has none).
   virtual Result<> link(std::string_view from, std::string_view to) = 0;
   /// Symbolic link at `path`.

@@ -53,6 +53,19 @@ TEST_F(DaemonTest, startsWithItsFilesAndRemovesThemAtStop) {
   EXPECT_TRUE(exists(daemon->logFilePath()));
 }
 
+TEST_F(DaemonTest, boundsItsLog) {
+  const std::string line = "anybody fetched a file\n";
+  std::string lines;
+  while (lines.size() <= 8U << 20) lines += line;
+  host.files.write(daemon->logFilePath(), lines);
+  daemon->boundLog();
+  EXPECT_EQ(host.files.readAll(daemon->logFilePath()), "");
+  EXPECT_EQ(host.files.readAll(daemon->logFilePath() + ".old"), lines.substr(lines.size() - (1 << 20)));
+  host.files.write(daemon->logFilePath(), line);
+  daemon->boundLog();
+  EXPECT_EQ(host.files.readAll(daemon->logFilePath()), line);
+}
+
 TEST_F(DaemonTest, takesTheNextFreePortAndPutsTheLimitFirst) {
   processes.takenPorts = {49999, 50000};
   DaemonStart limited = wanted();

@@ -157,6 +157,8 @@ Result<> SimulatedFolder::replace(std::string_view path, std::string_view bytes,
   return {};
 }
 
+Result<> SimulatedFolder::clear(std::string_view path) { return replace(path, "", 0644); }
+
 Result<> SimulatedFolder::link(std::string_view from, std::string_view to) {
   const auto node = file("link", from);
   if (!node) return tl::unexpected(node.error());

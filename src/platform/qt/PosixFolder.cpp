@@ -176,6 +176,14 @@ Result<> PosixFolder::replace(std::string_view path, std::string_view bytes, std
   return syncDirectory(parent, path);
 }
 
+Result<> PosixFolder::clear(std::string_view path) {
+  constexpr const char* Attempt = "empty";
+  const auto file = openRegular(path, O_WRONLY, Attempt);
+  if (!file) return tl::unexpected(file.error());
+  if (ftruncate(file->get(), 0) != 0) return failed(Attempt, path);
+  return {};
+}
+
 Result<> PosixFolder::link(std::string_view from, std::string_view to) {
   constexpr const char* Attempt = "link";
   const auto source = openParentBeneath(root_.get(), from, Attempt);

@@ -28,6 +28,7 @@ class PosixFolder : public Folder {
   Result<> append(std::string_view path, std::string_view bytes) override;
   Result<> replace(std::string_view path, std::string_view bytes, std::uint32_t mode) override;
 
+  Result<> clear(std::string_view path) override;
   Result<> link(std::string_view from, std::string_view to) override;
   Result<> makeSymbolicLink(std::string_view path, std::string_view target) override;
   Result<> rename(std::string_view from, std::string_view to) override;
