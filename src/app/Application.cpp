@@ -169,6 +169,8 @@ void Application::observeDefaults() {
   // Settings that nobody reads at the moment of their use.
   observe("BWLimitOut", [this] { center_.post(KDPoolDidChangeCriticalData{nullptr}); });
   observe("ShowOnlyActivePools", [this] { noteListChanged(); });
+  observe("TimeServer1", [this] { environment_->checkClockAnew(); });
+  observe("TimeServer2", [this] { environment_->checkClockAnew(); });
   observe("VersionsDays", [this] { pruneVersions(); });
   observe("VersionsMegabytes", [this] { pruneVersions(); });
 }

@@ -85,6 +85,12 @@ void EnvironmentChecks::start() {
   checkClock();
 }
 
+void EnvironmentChecks::checkClockAnew() {
+  if (!alive_) return;
+  if (clock_) clock_->cancel();
+  checkClock();
+}
+
 void EnvironmentChecks::stop() {
   alive_.reset();
   platform_.runLoop.cancel(std::exchange(clockTimer_, 0));
@@ -103,6 +109,9 @@ void EnvironmentChecks::registerAtLogin() {
 void EnvironmentChecks::checkClock() {
   const std::string& ownProgram = application_.settings().ownProgram;
   const auto servers = timeServers(platform_);
+  platform_.runLoop.cancel(std::exchange(clockTimer_, 0));
+  // Whoever wants no check is not held up by what an earlier one has found.
+  if (servers.empty() && isClockOff_) return clockWasChecked(0.0);
   if (ownProgram.empty() || servers.empty()) return;
   clock_ = std::make_shared<ClockCheck>(platform_, ownProgram);
   lane_->post(
@@ -115,6 +124,7 @@ void EnvironmentChecks::checkClock() {
 }
 
 void EnvironmentChecks::checkClockAfter(double seconds) {
+  platform_.runLoop.cancel(clockTimer_);
   clockTimer_ = platform_.runLoop.after(seconds, [this] {
     clockTimer_ = 0;
     checkClock();

@@ -42,6 +42,8 @@ class EnvironmentChecks {
 
   /// Checks the clock; the firewall is checked when the daemon runs, and again for another port.
   void start();
+  /// Checks the clock at once: other time servers are to be asked.
+  void checkClockAnew();
   /// Ends what is under way. Nothing starts any more.
   void stop();
 

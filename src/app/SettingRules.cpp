@@ -40,6 +40,10 @@ const std::vector<Choice>& choices() {
 constexpr std::string_view Numbers[] = {"BWLimitIn", "BWLimitOut", "VersionsDays",
                                         "VersionsMegabytes"};
 
+/// Checked where they are used, if anywhere.
+constexpr std::string_view Others[] = {"KnownVersion", "Language", "activePools"};
+constexpr std::string_view OtherPrefix = "QMPool-";
+
 constexpr std::string_view Servers[] = {"TimeServer1", "TimeServer2"};
 constexpr std::size_t LongestHostName = 253;
 
@@ -64,15 +68,18 @@ std::optional<std::string> settingProblem(const std::string& key, const std::str
     if (key.starts_with(own)) return fmt::format("Zolvar keeps the setting '{}' itself.", key);
   }
   if (value.empty()) return std::nullopt;
+  bool isChoice = false;
   for (const auto& choice : choices()) {
     if (key != choice.key) continue;
+    isChoice = true;
     if (std::find(choice.values.begin(), choice.values.end(), value) != choice.values.end()) break;
     return fmt::format("The setting '{}' is one of: {}.", key, fmt::join(choice.values, ", "));
   }
   const auto isOneOf = [](const auto& values, const std::string& text) {
     return std::find(std::begin(values), std::end(values), text) != std::end(values);
   };
-  if ((isOneOf(Switches, key) || key.starts_with(SwitchPrefix)) && !isOneOf(SwitchValues, value)) {
+  const bool isSwitch = isOneOf(Switches, key) || key.starts_with(SwitchPrefix);
+  if (isSwitch && !isOneOf(SwitchValues, value)) {
     return fmt::format("The setting '{}' is 'yes' or 'no'.", key);
   }
   if (std::find(std::begin(Numbers), std::end(Numbers), key) != std::end(Numbers)) {
@@ -85,6 +92,10 @@ std::optional<std::string> settingProblem(const std::string& key, const std::str
       !canBeHost(value)) {
     return fmt::format("The setting '{}' is the name of a host, or none.", key);
   }
+  // A misspelt one would look as if it were in force.
+  const bool isKnown = isSwitch || isChoice || isOneOf(Numbers, key) || isOneOf(Servers, key) ||
+                       isOneOf(Others, key) || key.starts_with(OtherPrefix);
+  if (!isKnown) return fmt::format("There is no setting '{}'.", key);
   return std::nullopt;
 }
 

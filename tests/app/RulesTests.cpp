@@ -40,7 +40,8 @@ TEST(SettingRules, protectOurOwnAndCheckWhatIsKnown) {
                                                          {"BWLimitOut", "-1"},
                                                          {"BWLimitIn", "1e3"},
                                                          {"QMPoolIdentity-Docs", "1:2"},
-                                                         {"HasPassword-Docs", "1"}};
+                                                         {"HasPassword-Docs", "1"},
+                                                         {"BWLimitout", "250"}};
   for (const auto& [key, value] : refused) EXPECT_TRUE(settingProblem(key, value)) << key << value;
   const std::pair<const char*, const char*> fine[] = {{"Pace", "quick"},
                                                       {"Pace", ""},
