@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <QLocalSocket>
-#include <QTimer>
 #include <cerrno>
 
 #include "app/ControlProtocol.h"
@@ -89,9 +88,11 @@ void ControlServer::acceptAll() {
     socket->setParent(this);
     socket->setReadBufferSize(static_cast<qint64>(LongestControlLine) + 1);
     ControlProtocol::Callbacks callbacks;
-    callbacks.send = [this, socket](const nlohmann::json& answer) {
+    callbacks.send = [socket](const nlohmann::json& answer) {
+      if (!socket->isOpen()) return;
       socket->write(asLine(answer));
-      if (socket->bytesToWrite() > MostUnread) cutOff(socket);
+      // That it is disconnected is heard later, outside of the conversation that this ends.
+      if (socket->bytesToWrite() > MostUnread) socket->abort();
     };
     callbacks.idle = [this, socket] { readFrom(socket); };
     callbacks.quit = quit_;
@@ -121,13 +122,9 @@ void ControlServer::readFrom(QLocalSocket* socket) {
 }
 
 void ControlServer::cutOff(QLocalSocket* socket) {
-  // Later: this may be called from inside the conversation that it ends.
-  QTimer::singleShot(0, this, [this, socket] {
-    if (conversations_.erase(socket) == 0) return;
-    socket->disconnect(this);
-    socket->abort();
-    socket->deleteLater();
-  });
+  if (conversations_.erase(socket) == 0) return;
+  socket->disconnect(this);
+  socket->deleteLater();
 }
 
 }  // namespace zolvar

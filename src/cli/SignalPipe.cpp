@@ -28,7 +28,13 @@ void handle(void (*handler)(int)) {
   struct sigaction action {};
   action.sa_handler = handler;
   action.sa_flags = SA_RESTART;
-  for (const int number : {SIGTERM, SIGINT}) ::sigaction(number, &action, nullptr);
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+    struct sigaction before {};
+    ::sigaction(number, nullptr, &before);
+    // Somebody wants us to outlive the terminal.
+    if (number == SIGHUP && before.sa_handler == SIG_IGN) continue;
+    ::sigaction(number, &action, nullptr);
+  }
 }
 
 }  // namespace

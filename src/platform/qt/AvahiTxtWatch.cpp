@@ -55,9 +55,11 @@ void AvahiTxtWatch::recordChanged(AvahiRecordBrowser*, AvahiIfIndex interface,
 }
 
 void AvahiTxtWatch::report() {
-  if (alive_.empty() || alive_.back().bytes == reported_) return;
-  reported_ = alive_.back().bytes;
-  if (const auto txt = decodeTxt(reported_->data(), reported_->size())) {
+  if (alive_.empty()) return;
+  const std::string& bytes = alive_.back().bytes;
+  if (bytes == reported_) return;
+  reported_ = bytes;
+  if (const auto txt = decodeTxt(bytes.data(), bytes.size())) {
     changed_(*txt);
   } else {
     log_.warning("The announcement of {} cannot be read and is ignored.", fullName_);
