@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "ui/Icons.h"
+#include "ui/PersonColors.h"
 #include "ui/RowChanges.h"
 #include "ui/Texts.h"
 
@@ -37,7 +38,8 @@ struct ConflictsModel::File {
   }
 };
 
-ConflictsModel::ConflictsModel(std::string localUserId) : localUserId_(std::move(localUserId)) {}
+ConflictsModel::ConflictsModel(std::string localUserId, PersonColors& colors)
+    : localUserId_(std::move(localUserId)), colors_(colors) {}
 
 ConflictsModel::~ConflictsModel() = default;
 
@@ -254,7 +256,8 @@ QVariant ConflictsModel::data(const QModelIndex& index, int role) const {
     case Qt::DecorationRole: {
       if (column != Name) return {};
       if (shown->isLocal) return ownIcon("state-instep");
-      return personPicture(shown->id.userId, {}, SwatchSide, qGuiApp->devicePixelRatio());
+      return personPicture(shown->id.userId, colors_.of(shown->id.userId), {}, SwatchSide,
+                           qGuiApp->devicePixelRatio());
     }
     case Qt::ForegroundRole:
       return shown->isLocal ? QVariant(hereColor(QGuiApplication::palette())) : QVariant();

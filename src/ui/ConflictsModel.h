@@ -12,6 +12,8 @@
 
 namespace zolvar {
 
+class PersonColors;
+
 /// The files in conflict, each with its versions below it, as the last snapshot tells: there may be
 /// thousands. Rows point into the snapshot; a newer one is taken over as the rows that came and
 /// went, so selections and what is unfolded last. Main thread.
@@ -21,7 +23,8 @@ class ConflictsModel : public QAbstractItemModel {
  public:
   enum Column { Name, Changed, Size, ChosenBy, ColumnCount };
 
-  explicit ConflictsModel(std::string localUserId);
+  /// The colours outlive it.
+  ConflictsModel(std::string localUserId, PersonColors& colors);
   ~ConflictsModel() override;
 
   /// Null shows nothing.
@@ -59,6 +62,7 @@ class ConflictsModel : public QAbstractItemModel {
                                      Column column) const;
 
   std::string localUserId_;
+  PersonColors& colors_;
   std::shared_ptr<const PoolSnapshot> snapshot_;
   std::vector<std::unique_ptr<File>> files_;  ///< by path
   std::map<std::string, std::map<VersionId, std::uint64_t>> sizes_;

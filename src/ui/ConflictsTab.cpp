@@ -32,7 +32,7 @@ constexpr std::size_t MostPeople = 30;  // in the menu
 ConflictsTab::ConflictsTab(WindowContext& context, WindowMemory& memory, QWidget* parent)
     : QWidget(parent),
       context_(context),
-      model_(context.application.peer().userId()),
+      model_(context.application.peer().userId(), context.colors),
       decisions_(context.operations) {
   view_ = new QTreeView(this);
   view_->setModel(&model_);

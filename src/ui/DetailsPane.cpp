@@ -21,7 +21,7 @@ DetailsPane::DetailsPane(WindowContext& context, QWidget* parent)
   hint_->setAlignment(Qt::AlignCenter);
   hint_->setWordWrap(true);
   hint_->setEnabled(false);
-  tree_ = new VersionTreeView(context.application.peer().userId(), this);
+  tree_ = new VersionTreeView(context.application.peer().userId(), context.colors, this);
   stack_ = new QStackedWidget(this);
   stack_->addWidget(hint_);
   stack_->addWidget(tree_);

@@ -11,8 +11,6 @@
 #include <QRegularExpression>
 #include <algorithm>
 
-#include "util/hexHash.h"
-
 namespace zolvar {
 namespace {
 
@@ -123,14 +121,8 @@ QIcon badgedIcon(FolderStateKind kind) {
   return result;
 }
 
-QColor personColor(const std::string& userId) {
-  // Hues that lie well apart, and far from the green that marks what is here.
-  static constexpr int Hues[] = {212, 28, 268, 340, 188, 48, 300, 8, 236, 318};
-  const auto number = std::stoul(hexHash(userId), nullptr, 16);
-  return QColor::fromHsl(Hues[number % std::size(Hues)], 130, 125);
-}
-
-QPixmap personPicture(const std::string& userId, const QImage& own, int size, double pixelRatio) {
+QPixmap personPicture(const std::string& userId, const QColor& color, const QImage& own, int size,
+                      double pixelRatio) {
   const int side = static_cast<int>(size * pixelRatio);
   QPixmap pixmap(side, side);
   pixmap.fill(Qt::transparent);
@@ -141,7 +133,7 @@ QPixmap personPicture(const std::string& userId, const QImage& own, int size, do
   circle.addEllipse(0, 0, side, side);
   if (own.isNull()) {
     constexpr int SmallestForLetters = 20;
-    painter.fillPath(circle, personColor(userId));
+    painter.fillPath(circle, color);
     if (size < SmallestForLetters) {
       painter.end();
       pixmap.setDevicePixelRatio(pixelRatio);

@@ -18,11 +18,10 @@ QIcon stateIcon(FolderStateKind kind);
 /// The program's icon with the state as a badge: for the tray.
 QIcon badgedIcon(FolderStateKind kind);
 
-/// A calm colour that belongs to a person, the same everywhere.
-QColor personColor(const std::string& userId);
 /// A round picture of `size` device-independent pixels: the person's own, cut to a circle, or the
-/// first letters in the person's colour.
-QPixmap personPicture(const std::string& userId, const QImage& own, int size, double pixelRatio);
+/// first letters on `color`.
+QPixmap personPicture(const std::string& userId, const QColor& color, const QImage& own, int size,
+                      double pixelRatio);
 /// Decodes a picture that a peer sent; null when it is none, or larger than any picture needs to
 /// be.
 QImage decodedPicture(const std::string& bytes);

@@ -10,6 +10,7 @@
 #include "platform/Clock.h"
 #include "platform/Platform.h"
 #include "ui/Icons.h"
+#include "ui/PersonColors.h"
 #include "ui/RowChanges.h"
 #include "ui/StateTexts.h"
 #include "ui/Texts.h"
@@ -30,8 +31,9 @@ int compare(const ParticipantInfo& left, const ParticipantInfo& right) {
 
 }  // namespace
 
-ParticipantsModel::ParticipantsModel(Application& application, Operations& operations)
-    : application_(application), operations_(operations) {}
+ParticipantsModel::ParticipantsModel(Application& application, Operations& operations,
+                                     PersonColors& colors)
+    : application_(application), operations_(operations), colors_(colors) {}
 
 void ParticipantsModel::setFolder(const std::string& poolName) {
   beginResetModel();
@@ -130,7 +132,8 @@ QVariant ParticipantsModel::data(const QModelIndex& index, int role) const {
       if (column != Person) return {};
       const std::string userId = participant->address.userId();
       const auto picture = pictures_.find(userId);
-      return QIcon(personPicture(userId, picture == pictures_.end() ? QImage() : picture->second,
+      return QIcon(personPicture(userId, colors_.of(userId),
+                                 picture == pictures_.end() ? QImage() : picture->second,
                                  PictureSide, qGuiApp->devicePixelRatio()));
     }
     case Qt::ToolTipRole:

@@ -13,10 +13,11 @@
 namespace zolvar {
 
 class Application;
+class PersonColors;
 
 /// The others who take part in a folder: picture, name, computer, last sync, how the contact
 /// stands. Reads the application when told to; pictures are read in the background and decoded
-/// once. Application and operations outlive it. Main thread.
+/// once. What it is made with outlives it. Main thread.
 class ParticipantsModel : public QAbstractTableModel {
   Q_OBJECT
 
@@ -24,7 +25,7 @@ class ParticipantsModel : public QAbstractTableModel {
   enum Column { Person, Computer, LastSync, Standing, ColumnCount };
   static constexpr int PictureSide = 28;  ///< device-independent pixels
 
-  ParticipantsModel(Application& application, Operations& operations);
+  ParticipantsModel(Application& application, Operations& operations, PersonColors& colors);
 
   /// Shows this folder's; empty: nobody.
   void setFolder(const std::string& poolName);
@@ -43,6 +44,7 @@ class ParticipantsModel : public QAbstractTableModel {
 
   Application& application_;
   Operations& operations_;
+  PersonColors& colors_;
   std::string poolName_;
   std::vector<ParticipantInfo> rows_;       ///< by user id
   std::map<std::string, QImage> pictures_;  ///< by user id; null: looked for, none

@@ -11,6 +11,7 @@
 #include <algorithm>
 
 #include "ui/Icons.h"
+#include "ui/PersonColors.h"
 #include "ui/Texts.h"
 
 namespace zolvar {
@@ -23,8 +24,8 @@ constexpr int Gap = 10;
 
 }  // namespace
 
-VersionTreeView::VersionTreeView(std::string localUserId, QWidget* parent)
-    : QAbstractScrollArea(parent), localUserId_(std::move(localUserId)) {
+VersionTreeView::VersionTreeView(std::string localUserId, PersonColors& colors, QWidget* parent)
+    : QAbstractScrollArea(parent), localUserId_(std::move(localUserId)), colors_(colors) {
   setFocusPolicy(Qt::StrongFocus);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setAccessibleName(Zolvar::tr("Version tree"));
@@ -209,7 +210,7 @@ void VersionTreeView::paintLine(QPainter& painter, int row) const {
     return;
   }
   const QPointF from = node(version.parent);
-  pen.setColor(personColor(version.id.userId));
+  pen.setColor(colors_.of(version.id.userId));
   painter.setPen(pen);
   painter.setBrush(Qt::NoBrush);
   QPainterPath path(from);
@@ -227,7 +228,7 @@ void VersionTreeView::paintLine(QPainter& painter, int row) const {
 void VersionTreeView::paintNode(QPainter& painter, int row) const {
   const auto& version = history_.versions[static_cast<std::size_t>(row)];
   const QPointF center = node(row);
-  const QColor color = personColor(version.id.userId);
+  const QColor color = colors_.of(version.id.userId);
   const QColor ground = palette().color(row == current_ ? QPalette::Highlight : QPalette::Base);
   if (version.isHere) {
     painter.setPen(QPen(hereColor(palette()), 2.5));

@@ -10,6 +10,8 @@
 
 namespace zolvar {
 
+class PersonColors;
+
 /// Draws the versions of one file as a tree: a row each, time downwards, branches side by side, a
 /// node in its author's colour, the one that is here marked in green. Arrow keys and clicks make a
 /// version the current one; hovering tells all about it. Main thread.
@@ -17,7 +19,7 @@ class VersionTreeView : public QAbstractScrollArea {
   Q_OBJECT
 
  public:
-  VersionTreeView(std::string localUserId, QWidget* parent);
+  VersionTreeView(std::string localUserId, PersonColors& colors, QWidget* parent);
 
   /// Keeps the current version when it is still there.
   void setHistory(FileHistory history);
@@ -59,6 +61,7 @@ class VersionTreeView : public QAbstractScrollArea {
   void updateAccessibleText();
 
   std::string localUserId_;
+  PersonColors& colors_;
   FileHistory history_;
   std::vector<VersionPlace> places_;
   int lanes_ = 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/PersonColors.h"
+
 namespace zolvar {
 
 class Application;
@@ -19,6 +21,7 @@ struct WindowContext {
   Platform& platform;
   FolderNews& news;
   Sheets* sheets = nullptr;  ///< null before they are made and after they are gone
+  PersonColors colors = {};
 };
 
 }  // namespace zolvar

@@ -10,6 +10,7 @@
 
 #include "ui/ConflictsModel.h"
 #include "ui/MissingModel.h"
+#include "ui/PersonColors.h"
 #include "ui/Selections.h"
 
 namespace zolvar {
@@ -85,7 +86,8 @@ TEST(MissingModel, followsAnyChangeAndKeepsTheSelection) {
 }
 
 TEST(ConflictsModel, followsAnyChangeAndKeepsTheSelectedVersion) {
-  ConflictsModel model("ann@alpha.local");
+  PersonColors colors;
+  ConflictsModel model("ann@alpha.local", colors);
   const QAbstractItemModelTester tester(&model,
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   QItemSelectionModel selection(&model);
@@ -112,7 +114,8 @@ TEST(ConflictsModel, followsAnyChangeAndKeepsTheSelectedVersion) {
 }
 
 TEST(ConflictsModel, tellsWhoAndWhichOneIsHere) {
-  ConflictsModel model("ann@alpha.local");
+  PersonColors colors;
+  ConflictsModel model("ann@alpha.local", colors);
   Conflict conflict = conflictOf("letter", 2);
   conflict.versions[0].selectedBy = {"ann@alpha.local", "carol@gamma.local"};
   model.setSnapshot(snapshotOf({}, {conflict}));
@@ -187,7 +190,8 @@ TEST(Budget, holdsForFiveThousandConflicts) {
   const Shared all = snapshotOf({}, conflicts);
   conflicts.erase(conflicts.begin() + 100);
   const Shared fewer = snapshotOf({}, conflicts);
-  ConflictsModel model("ann@alpha.local");
+  PersonColors colors;
+  ConflictsModel model("ann@alpha.local", colors);
   QTreeView view;
   view.setUniformRowHeights(true);
   view.setSelectionMode(QAbstractItemView::ExtendedSelection);

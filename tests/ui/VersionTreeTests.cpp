@@ -7,6 +7,7 @@
 #include "log/KDEntryStore.h"
 #include "pool/FileHistory.h"
 #include "pool/KDVersionTree.h"
+#include "ui/PersonColors.h"
 #include "ui/TextDifference.h"
 #include "ui/VersionTreeLayout.h"
 #include "ui/VersionTreeView.h"
@@ -84,7 +85,8 @@ TEST(VersionTree, isReadFromTheLogs) {
 }
 
 TEST(VersionTree, isWalkedByKeysAndReadAloud) {
-  VersionTreeView view("a@here.local", nullptr);
+  PersonColors colors;
+  VersionTreeView view("a@here.local", colors, nullptr);
   FileHistory history;
   history.path = "file";
   history.versions = {version("a@here.local", 1, -1), version("a@here.local", 2, 0, true),
