@@ -13,6 +13,7 @@
 #include "app/PoolRestorer.h"
 #include "app/TodoRetries.h"
 #include "app/TransferToolCheck.h"
+#include "app/UserPicture.h"
 #include "net/KDBonjour.h"
 #include "net/KDParticipants.h"
 #include "platform/Clock.h"
@@ -105,7 +106,10 @@ Result<> Application::prepare() {
   peerSettings.basePath = directory;
   peerSettings.userId = settings_.userId;
   peerSettings.delegate = this;
-  peerSettings.addressPoolClass = settings_.addressPoolClass;
+  if (settings_.addressBook) {
+    addresses_ = std::make_unique<AddressFolders>(*this, settings_.addressBook);
+    peerSettings.addressPoolClass = addresses_->poolClass(this);
+  }
   peerSettings.isPaused = [this](const std::string& name) { return isPaused(name); };
   auto peer = KDPeer::make(std::move(peerSettings), platform_, center_, *bonjour_);
   if (!peer) return tl::unexpected(peer.error());
@@ -121,6 +125,8 @@ Result<> Application::prepare() {
   discovery_ = std::make_unique<DiscoveryReactions>(platform_, center_, pace_, *peer_,
                                                     *participants_, *scheduler_, observers_);
   checks_ = platform_.lanes.start("checks");
+  picture_ =
+      std::make_unique<UserPicture>(platform_, checks_, addresses_ ? &addresses_->book() : nullptr);
   environment_ = std::make_unique<EnvironmentChecks>(*this);
   observeNotifications();
   return {};
@@ -155,6 +161,11 @@ void Application::observeNotifications() {
   keep(center_.observe<KDOwnIdElsewhere>([this](const auto& elsewhere) {
     // The subscription stays: once the other machine has its own name, a start takes it up again.
     if (elsewhere.pool != nullptr) leave(*elsewhere.pool);
+  }));
+  keep(center_.observe<AddressBookDidChange>([this](const auto&) {
+    for (const auto& pool : peer_->filePools()) {
+      if (pool->isActive()) picture_->writeUserPicture(*pool);
+    }
   }));
   keep(center_.observe<KDServerDidChangeNotification>([this](const auto& changed) {
     observers_.tell(
@@ -260,9 +271,21 @@ void Application::warn(const std::string& poolName, const std::string& sentence)
 void Application::lookAfterThings() {
   if (isRestoring_ || isShuttingDown_) return;
   restorer_->retryMissing();
-  // Folders of others who are gone do not stay in the list for ever.
-  if (peer_->removeOrphanedPools() > 0) noteListChanged();
+  forgetGonePools();
   if (platform_.clock.now() - lastPruning_ >= PruningSeconds) pruneVersions();
+}
+
+/// Folders of others who are gone do not stay in the list for ever.
+void Application::forgetGonePools() {
+  bool isAnyGone = false;
+  for (const auto& pool : peer_->filePools()) {
+    const auto* known = peer_->presence(*pool);
+    if (pool->phase() != PoolPhase::Inactive || known->countOfParticipants() > 0) continue;
+    if (places_->isStored(pool->name())) continue;
+    peer_->forgetPool(*pool);
+    isAnyGone = true;
+  }
+  if (isAnyGone) noteListChanged();
 }
 
 void Application::pruneVersions() {
@@ -318,6 +341,7 @@ void Application::activate(KDFilePool& pool, Done done) {
     if (activated && activePool && activePool->isActive()) {
       places_->setPath(name, activePool->folderPath());
       places_->setSubscribed(name, true);
+      picture_->writeUserPicture(*activePool);
       queueAllParticipants(*activePool);
     }
     noteListChanged();

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/AddressFolders.h"
 #include "app/FolderRules.h"
 #include "app/ObserverList.h"
 #include "app/PoolPlaces.h"
@@ -27,6 +28,7 @@ class Outcomes;
 class Pauses;
 class PoolRestorer;
 class TodoRetries;
+class UserPicture;
 
 /// The running program's spine: owns the peer, the participants, the sync queue and the reactions
 /// to discovery, brings the pools of the last run back, and tells its observers what happens. One a
@@ -35,10 +37,10 @@ class TodoRetries;
 class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
  public:
   struct Settings {
-    std::string version;       ///< of the program
-    bool asksPeople = false;   ///< a window asks about vanished files; else a setting answers
-    std::optional<Pace> pace;  ///< none: as the default "Pace" says
-    KDPeer::PoolClass addressPoolClass;  ///< may be empty
+    std::string version;           ///< of the program
+    bool asksPeople = false;       ///< a window asks about vanished files; else a setting answers
+    std::optional<Pace> pace;      ///< none: as the default "Pace" says
+    AddressBookMaker addressBook;  ///< none: there are no address folders
     unsigned port = 49999;
     std::string userId;          ///< empty: this machine's
     std::string ownProgram;      ///< path, answers "--time-query"; empty: the clock is not checked
@@ -76,6 +78,8 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   [[nodiscard]] Pauses& pauses() { return *pauses_; }
   [[nodiscard]] const Pauses& pauses() const { return *pauses_; }
   [[nodiscard]] const Contacts& contacts() const { return *contacts_; }
+  /// Null without an address book.
+  [[nodiscard]] AddressFolders* addresses() { return addresses_.get(); }
   [[nodiscard]] PoolPlaces& places() { return *places_; }
   [[nodiscard]] NotificationCenter& center() { return center_; }
   [[nodiscard]] Platform& platform() { return platform_; }
@@ -120,6 +124,7 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   void startServer();
   void checkTransferTool();
   void lookAfterThings();
+  void forgetGonePools();
   void pruneVersions();
 
   // Activation.
@@ -157,6 +162,8 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   std::unique_ptr<Outcomes> outcomes_;
   std::unique_ptr<KDParticipants> participants_;
   std::unique_ptr<KDBonjour> bonjour_;
+  std::unique_ptr<AddressFolders> addresses_;
+  std::unique_ptr<UserPicture> picture_;
   std::unique_ptr<KDPeer> peer_;
   std::unique_ptr<SyncScheduler> scheduler_;
   std::unique_ptr<TodoRetries> retries_;

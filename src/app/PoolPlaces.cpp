@@ -50,6 +50,10 @@ void PoolPlaces::forget(const std::string& name) {
   setSubscribed(name, false);
 }
 
+bool PoolPlaces::isStored(const std::string& name) const {
+  return defaults_.string(PathPrefix + name).has_value();
+}
+
 bool PoolPlaces::isSubscribed(const std::string& name) const {
   return defaults_.dictionary(ActivePoolsKey).contains(name);
 }

@@ -32,6 +32,7 @@ class PoolPlaces {
   /// Stores the path, and the identity of the folder there if there is one.
   void setPath(const std::string& name, const std::string& path);
   void forget(const std::string& name);
+  [[nodiscard]] bool isStored(const std::string& name) const;
 
   [[nodiscard]] bool isSubscribed(const std::string& name) const;
   void setSubscribed(const std::string& name, bool subscribed);

@@ -157,8 +157,8 @@ void KDPeer::forgetPool(const KDFilePool& pool) {
   presences_.erase(pool.name());
 }
 
-std::size_t KDPeer::removeOrphanedPools() {
-  return std::erase_if(presences_, [this](const auto& entry) {
+void KDPeer::removeOrphanedPools() {
+  std::erase_if(presences_, [this](const auto& entry) {
     const KDFilePool& pool = entry.second->pool();
     // The folder of a pool in use may be away for a while (a disk that is not mounted).
     if (pool.phase() != PoolPhase::Inactive || entry.second->countOfParticipants() != 0) {

@@ -78,10 +78,9 @@ class KDPeer {
   /// pools. `done` is told on the main thread.
   /// Requires: "Pool may not be active during removal."
   void removePool(KDFilePool& pool, Done done = {});
-  /// Forgets the inactive pools that have no participants and whose folder does not exist; returns
-  /// how many.
-  std::size_t removeOrphanedPools();
-  /// Forgets a pool that was added and could not be used. Requires: not active ("Pool may not be
+  /// Forgets the inactive pools that have no participants and whose folder does not exist.
+  void removeOrphanedPools();
+  /// Forgets a pool and leaves what is on the disk. Requires: not active ("Pool may not be
   /// active during removal.").
   void forgetPool(const KDFilePool& pool);
 

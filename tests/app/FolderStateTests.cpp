@@ -144,6 +144,30 @@ TEST_F(StateTest, isHonestFromTheFirstToTheLast) {
   ASSERT_TRUE(until([&] { return state(bob) == "waiting for the drive"; }));
   bob.restart();
   ASSERT_TRUE(until([&] { return state(bob) == "waiting for the drive"; })) << state(bob);
+  ASSERT_TRUE(bob.operations->pause("Docs", {}));
+  EXPECT_EQ(state(bob), "paused");
+  ASSERT_TRUE(bob.operations->resume("Docs"));
+  ASSERT_TRUE(bob.operations->set("activePools", R"(["Docs"])"));
+  EXPECT_FALSE(bob.platform.files.exists("/home/user/Docs")) << "made where a drive belongs";
+  ASSERT_TRUE(bob.operations->unsubscribe("Docs"));
+  EXPECT_EQ(state(bob), "not subscribed");
+}
+
+TEST_F(StateTest, forgetsWhatNobodySharesAndWaitsForNobodyStrange) {
+  pair();
+  bob.participant("Docs", "alpha")->setSpeaksOurProtocol(false);
+  std::optional<SyncOutcome> outcome;
+  ASSERT_TRUE(bob.operations->syncAndWait("Docs", {},
+                                          [&](const auto& ended) { outcome = ended.value(); }));
+  ASSERT_TRUE(until([&] { return outcome.has_value(); }, 5));
+  EXPECT_EQ(outcome->failed.size(), 1U);
+
+  ASSERT_TRUE(bob.operations->unsubscribe("Docs"));
+  ASSERT_TRUE(ann.operations->unsubscribe("Docs"));
+  ASSERT_TRUE(bob.operations->set("QMPool-Docs", ""));
+  world.loop.advance(200);
+  EXPECT_EQ(state(bob), "(none)");
+  EXPECT_EQ(state(ann), "not subscribed") << "its folder is still here";
 }
 
 TEST_F(StateTest, carriesNothingWhilePausedAndSurvivesARestart) {

@@ -192,5 +192,19 @@ TEST_F(OutcomesTest, askOneQuestionAFolderAndReplaceIt) {
   EXPECT_TRUE(bob.operations->questions().empty());
 }
 
+TEST_F(OutcomesTest, waitForNobodyAfterAFolderWasLeft) {
+  pair();
+  ann.platform.files.write("/home/user/Docs/letter", "ann's");
+  bob.platform.files.write("/home/user/Docs/letter", "bob's letter");
+  ASSERT_TRUE(until([&] { return bob.operations->conflicts("Docs")->size() == 1; }));
+  bob.platform.files.remove("/home/user/Docs/other");
+  ASSERT_TRUE(until([&] { return bob.operations->questions().size() == 1; }));
+  ASSERT_TRUE(bob.operations->unsubscribe("Docs"));
+  EXPECT_FALSE(desktop().click("Conflict")) << "still on the screen";
+  EXPECT_EQ(window.lines.back(), "withdrawn");
+  EXPECT_TRUE(bob.operations->questions().empty());
+  EXPECT_EQ(bob.operations->list().front().conflicts, 0U);
+}
+
 }  // namespace
 }  // namespace zolvar

@@ -112,6 +112,18 @@ TEST_F(NoticesTest, answersClicksOnItsOwnNoticesOnly) {
   }
 }
 
+TEST_F(NoticesTest, leavesNothingOnTheScreenAtTheEnd) {
+  NotificationsStub stub({});
+  auto workspace = std::make_unique<DesktopWorkspace>(log_);
+  for (const bool isSticky : {true, false, true}) {
+    workspace->showNotice({"", "Title", "", Notice::Urgency::Normal, isSticky}, {});
+  }
+  ASSERT_TRUE(waitFor([&] { return stub.shown.size() == 3; }));
+  runFor(0.1);  // for the answers
+  workspace.reset();
+  EXPECT_TRUE(waitFor([&] { return stub.withdrawn == std::vector<uint>{101, 103}; }));
+}
+
 TEST_F(NoticesTest, showsOneNoticeAKeyEvenAtASlowService) {
   NotificationsStub stub({});
   DesktopWorkspace workspace(log_);
