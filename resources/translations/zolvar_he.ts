@@ -338,10 +338,6 @@ Note, that each subscribers sets her own password and you will only sync with su
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Could not answer the question about vanished files in &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Could not append to &apos;{}&apos;</source>
         <translation type="unfinished"></translation>
     </message>
@@ -367,14 +363,6 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not create the folder &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Could not delete &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Could not delete files in &apos;{}&apos;</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
@@ -889,19 +877,7 @@ Please select or create another folder to share.</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>it is not active</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>it is not among the missing files</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>it is not installed</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>it was answered or replaced by another one</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
@@ -1725,6 +1701,453 @@ Seen at: %2</source>
     </message>
     <message>
         <source>some files could not be transferred</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not empty &apos;{}&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder &apos;{}&apos; cannot be shared.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is no setting &apos;{}&apos;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is not ready yet; try again when it has been looked through</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is not where it lay; mount its drive, or bring it back</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>About Zolvar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keeps folders in step between the computers of one local network, with no server and no account.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Version:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>You are:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Reached at port:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>nobody reaches you now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>License:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>GNU General Public License, version 3. It comes without any warranty.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>About &amp;Qt</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Unit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Later</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The &amp;files:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Re-Get brings the files back here from the others. Delete Everywhere moves them to the Trash of everybody who has them.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Choose…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Choose the folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show the password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;General</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Transfers</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Notices</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Save</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>As the system</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Start Zolvar at &amp;login</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Keep folders in step by themselves</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Quick pace</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>L&amp;anguage:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Takes effect at the next start.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>While this is off, all folders are paused: nothing is fetched, and nothing is given to others.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Changes travel within seconds instead of a minute or two, for a little more work. Takes effect at the next start.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>KB/s</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>MB/s</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No limit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Most that is sent</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Most that is fetched</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keep nothing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> days</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Most that is kept</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>MB</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>GB</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Send at most:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Fetch at most:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>For each user who fetches or is fetched from.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keep &amp;versions for:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>For each folder at &amp;most:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>What others&apos; changes replace in your folders is kept so that you can have it back.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show all &amp;warnings again</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show notices about these &amp;folders:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Conflicts are told either way.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Do &amp;not ask again</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>First Steps</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folders in step, in three steps</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Share</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Choose a folder, or drag it onto the window. Everybody on this network who runs Zolvar sees it by its name.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Subscribe</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>On the other computers, select the folder in the list and subscribe to it. Its files arrive.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Work together</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Everybody&apos;s changes travel by themselves. When two people change one file at once, both versions are kept and you choose.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1. %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Share a Folder…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The window shows every folder, who has it, what is missing and what conflicts, and settles conflicts for several files at once. A choice can be undone.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The version tree draws who changed a file, when, and from which version.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folders can be paused for an hour or until you resume them.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>What others&apos; changes replace in your folders is kept for a month, so that you can have it back.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A file .zolvarignore at the top of a folder names what stays out of it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Release Notes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New in Zolvar %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Settings of &apos;%1&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It has no folder on this computer.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Password:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder has a password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Unchanged</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show &amp;notices about this folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The keyring does not give the password. Unlock it, or type the password again.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Everybody on the network can have the files then.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Each user sets the password on the own computer. Files travel between those who have the same one.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The settings could not be saved.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Share Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Share a folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Everybody on this network who runs Zolvar sees it by its name and can subscribe to it. The files stay where they are.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>None: everybody can subscribe</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Who gives the same password gets the files.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Folder:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Share</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Subscribe to &apos;%1&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Required</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ask the others for it: files come from those who have the same one.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Subscribe</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>Shared by %n user(s).</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Shared by %1.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The files arrive in a folder on this computer and stay in step.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder is not there.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Its drive is not connected. Connect it, and try again.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Unsubscribe from &apos;%1&apos;?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The files stay on this computer, but changes no longer come here or go to the others. You can subscribe again at any time.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove &apos;%1&apos;?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Move to Trash</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is no address book.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is no group named &apos;{}&apos; in the address book.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is no group named &apos;{}&apos; in the address book. There are: {}.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
