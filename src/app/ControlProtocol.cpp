@@ -94,6 +94,12 @@ void ControlProtocol::dispatchFolder(const ControlRequest& request) {
   const std::string name = request.text("name");
   switch (request.command()) {
     case ControlCommand::Share:
+      if (request.has("folder") == request.has("addresses")) {
+        return replyRefusal("The command 'share' needs the field 'folder' or 'addresses'.");
+      }
+      if (request.has("addresses")) {
+        return operations_.shareAddresses(request.text("addresses"), password, replyLater());
+      }
       return operations_.share(request.text("folder"), password,
                                [this, alive = std::weak_ptr<bool>(alive_),
                                 folder = request.text("folder")](const Result<>& shared) {
@@ -132,8 +138,13 @@ void ControlProtocol::dispatchListing(const ControlRequest& request) {
     case ControlCommand::Missing:
       return listMissing(request);
     case ControlCommand::Conflicts:
-      return replyWith(operations_.conflicts(name),
-                       [](const auto& members) { return views::viewAll(members); });
+      return replyWith(operations_.conflicts(name), [&](const auto& members) {
+        json conflicts = views::viewAll(members);
+        for (json& conflict : conflicts) {
+          conflict["description"] = operations_.describe(name, conflict["path"]);
+        }
+        return conflicts;
+      });
     case ControlCommand::Question:
       return replyData(views::viewAll(operations_.questions()));
     default:
@@ -147,7 +158,8 @@ void ControlProtocol::listMissing(const ControlRequest& request) {
     json array = json::array();
     for (const auto& file : files) {
       if (withHolders) {
-        array.push_back({{"path", file.path}, {"holders", file.holders}});
+        array.push_back(
+            {{"path", file.path}, {"description", file.description}, {"holders", file.holders}});
       } else {
         array.push_back(file.path);
       }

@@ -31,7 +31,9 @@ std::span<const Rule> rules() {
   using enum Kind;
   static const Field name{"name", Text};
   static const std::vector<Rule> all = {
-      {"share", Share, {{"folder", Text}, {"password", OptionalText}}},
+      {"share",
+       Share,
+       {{"folder", OptionalText}, {"addresses", OptionalText}, {"password", OptionalText}}},
       {"subscribe", Subscribe, {name, {"folder", OptionalText}, {"password", OptionalText}}},
       {"unsubscribe", Unsubscribe, {name}},
       {"remove", Remove, {name, {"yes", OptionalFlag}}},

@@ -22,6 +22,8 @@ const char* standingWord(Contact::Standing standing) {
 
 json view(const PoolInfo& info) {
   return {{"name", info.name},
+          {"displayName", info.displayName},
+          {"addresses", info.isAddressFolder},
           {"state", info.state.text},
           {"stateWord", stateWord(info.state.kind)},
           {"pausedUntil", info.pausedUntil ? json(*info.pausedUntil) : json()},

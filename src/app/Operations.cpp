@@ -1,7 +1,11 @@
 #include "app/Operations.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
+#include <algorithm>
+
+#include "app/AddressFolders.h"
 #include "app/Application.h"
 #include "app/FolderRules.h"
 #include "app/Outcomes.h"
@@ -108,6 +112,31 @@ void Operations::share(const std::string& folder, const std::optional<std::strin
   place(*pool, password, std::move(done));
 }
 
+Result<std::vector<std::string>> Operations::addressGroups() const {
+  AddressFolders* const addresses = application_.addresses();
+  if (addresses == nullptr) return refusal("There is no address book.");
+  return addresses->groups();
+}
+
+void Operations::shareAddresses(const std::string& group,
+                                const std::optional<std::string>& password, Done done) {
+  const auto groups = addressGroups();
+  if (!groups) return done(tl::unexpected(groups.error()));
+  if (std::find(groups->begin(), groups->end(), group) == groups->end()) {
+    return done(refusal(
+        groups->empty()
+            ? fmt::format("There is no group named '{}' in the address book.", group)
+            : fmt::format("There is no group named '{}' in the address book. There are: {}.", group,
+                          fmt::join(*groups, ", "))));
+  }
+  if (const auto problem = poolNameProblem(group)) return done(refusal(*problem));
+  const std::string folder = application_.addresses()->folderOf(group);
+  if (auto made = application_.platform().fileSystem.makeFolder(folder); !made) {
+    return done(std::move(made));
+  }
+  share(folder, password, std::move(done));
+}
+
 std::optional<std::string> Operations::warningAbout(const std::string& folder) const {
   return folderWarning(tidyPath(folder), application_.platform().fileSystem,
                        application_.blacklist());
@@ -145,13 +174,13 @@ void Operations::subscribe(const std::string& name, const std::string& folder,
 void Operations::place(KDFilePool& pool, const std::optional<std::string>& password, Done done) {
   if (!password) return application_.setFilePool(pool, true, std::move(done));
   // The password first: a folder that should have one is never served without it.
-  pool.setPassword(*password, [this, alive = std::weak_ptr<bool>(alive_),
-                               shared = pool.shared_from_this(),
-                               done = std::move(done)](Result<> set) mutable {
-    if (alive.expired()) return;
-    if (!set) return done(std::move(set));
-    application_.setFilePool(*shared, true, std::move(done));
-  });
+  pool.setPassword(*password,
+                   [this, alive = std::weak_ptr<bool>(alive_), shared = pool.shared_from_this(),
+                    done = std::move(done)](Result<> set) mutable {
+                     if (alive.expired()) return;
+                     if (!set) return done(std::move(set));
+                     application_.setFilePool(*shared, true, std::move(done));
+                   });
 }
 
 Result<> Operations::unsubscribe(const std::string& name) {
@@ -197,7 +226,8 @@ std::vector<PoolInfo> Operations::list() const {
   for (const auto& place : application_.missingPlaces()) {
     if (application_.peer().presence(place.name) != nullptr) continue;
     PoolInfo info;
-    info.name = place.name;
+    info.name = info.displayName = place.name;
+    info.isAddressFolder = isAddressPoolName(info.name);
     info.folder = place.path;
     FolderFacts facts;
     facts.isSubscribed = true;
@@ -217,6 +247,8 @@ PoolInfo Operations::info(const KDPoolPresence& presence) const {
   const auto& syncing = application_.scheduler().syncingParticipant();
   PoolInfo info;
   info.name = pool.name();
+  info.displayName = pool.displayName();
+  info.isAddressFolder = isAddressPoolName(info.name);
   if (pool.hasFullFolderPath()) info.folder = pool.folderPath();
   info.phase = pool.phase();
   info.participants = presence.remoteAddresses().size();
@@ -252,13 +284,18 @@ Result<std::vector<MissingFile>> Operations::missing(const std::string& name) co
   const auto snapshot = (*presence)->pool().snapshot();
   std::vector<MissingFile> files;
   for (const auto& path : *snapshot->missing) {
-    MissingFile file{path, {}};
+    MissingFile file{path, (*presence)->pool().descriptionForFile(path), {}};
     if (const auto held = snapshot->holders->find(path); held != snapshot->holders->end()) {
       file.holders.assign(held->second.begin(), held->second.end());
     }
     files.push_back(std::move(file));
   }
   return files;
+}
+
+std::string Operations::describe(const std::string& name, const std::string& path) const {
+  const auto pool = application_.peer().poolNamed(name);
+  return pool ? pool->descriptionForFile(path) : path;
 }
 
 Result<std::vector<Conflict>> Operations::conflicts(const std::string& name) const {

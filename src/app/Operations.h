@@ -25,7 +25,9 @@ enum class PasswordState;
 
 struct PoolInfo {
   std::string name;
-  std::string folder;  ///< empty while it has no place on this machine
+  std::string displayName;       ///< as people know it; of contacts their group's name
+  bool isAddressFolder = false;  ///< its files are contacts, see describe
+  std::string folder;            ///< empty while it has no place on this machine
   PoolPhase phase = PoolPhase::Inactive;
   bool isAnnounced = false;      ///< by us or by others
   std::size_t participants = 0;  ///< others
@@ -49,6 +51,7 @@ struct ParticipantInfo {
 
 struct MissingFile {
   std::string path;
+  std::string description;           ///< as people know it; of a contact its name
   std::vector<std::string> holders;  ///< user ids that were seen to have it
 };
 
@@ -96,6 +99,11 @@ class Operations {
 
   // Folders.
   void share(const std::string& folder, const std::optional<std::string>& password, Done done);
+  /// Shares a group of the address book, as the folder of its name in the sync folder directory.
+  void shareAddresses(const std::string& group, const std::optional<std::string>& password,
+                      Done done);
+  /// Groups of the address book by name. Fails (Refused) without one, else as the book does.
+  [[nodiscard]] Result<std::vector<std::string>> addressGroups() const;
   /// Without a folder: where it lay before, or in the sync folder directory. A folder of another
   /// name is the parent in which one of the pool's name is made.
   void subscribe(const std::string& name, const std::string& folder,
@@ -111,6 +119,8 @@ class Operations {
   [[nodiscard]] PoolInfo info(const KDPoolPresence& presence) const;
   [[nodiscard]] Result<std::vector<ParticipantInfo>> participants(const std::string& name) const;
   [[nodiscard]] Result<std::vector<MissingFile>> missing(const std::string& name) const;
+  /// A file of the pool as people know it: its path, or a contact's name.
+  [[nodiscard]] std::string describe(const std::string& name, const std::string& path) const;
   [[nodiscard]] Result<std::vector<Conflict>> conflicts(const std::string& name) const;
   void tree(const std::string& name, const std::string& path,
             std::function<void(Result<std::string>)> done);

@@ -22,7 +22,7 @@ std::string absolutePath(const std::string& path) {
 
 /// Collects what the options write; each subcommand's callback makes the request of it.
 struct Values {
-  std::string name, path, folder, version, to, key, value, answer, when, user, duration;
+  std::string name, path, folder, group, version, to, key, value, answer, when, user, duration;
   bool passwordStdin = false, json = false, yes = false, wait = false, undo = false;
 };
 
@@ -68,9 +68,17 @@ class Builder {
 
 void addFolderCommands(Builder& builder, Values& values) {
   auto* share = builder.add("share", "Share a folder on the local network", [&](auto& request) {
-    request["folder"] = absolutePath(values.folder);
+    if (values.folder.empty() && values.group.empty()) throw CLI::RequiredError("FOLDER");
+    if (values.group.empty()) {
+      request["folder"] = absolutePath(values.folder);
+    } else {
+      request["addresses"] = values.group;
+    }
   });
-  share->add_option("FOLDER", values.folder, "The folder; it must exist")->required();
+  auto* folder = share->add_option("FOLDER", values.folder, "The folder; it must exist");
+  auto* group = share->add_option("--addresses", values.group,
+                                  "Share this group of the address book instead of a folder");
+  group->type_name("GROUP")->excludes(folder);
   builder.passwordOf(share);
 
   auto* subscribe =

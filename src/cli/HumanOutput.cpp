@@ -116,11 +116,19 @@ std::string joined(const json& names) {
   return text;
 }
 
+/// The path, which commands take, and behind it the contact that it is.
+std::string fileText(const json& file) {
+  const std::string path = cell(file.at("path"));
+  const json description = file.value("description", json());
+  if (!description.is_string() || description == file.at("path")) return path;
+  return fmt::format("{} ({})", path, cell(description));
+}
+
 std::string missingText(const json& files) {
   if (files.empty()) return {};
   Table table({"FILE", "SEEN AT"});
   for (const auto& file : files) {
-    table.add({cell(file.at("path")), joined(file.at("holders"))});
+    table.add({fileText(file), joined(file.at("holders"))});
   }
   return table.text();
 }
@@ -128,7 +136,7 @@ std::string missingText(const json& files) {
 std::string conflictsText(const json& conflicts) {
   std::string text;
   for (const auto& conflict : conflicts) {
-    text += cell(conflict.at("path")) + '\n';
+    text += fileText(conflict) + '\n';
     Table table({"ID", "FILE TIME", "LOGGED", "HERE", "CHOSEN BY"});
     for (const auto& version : conflict.at("versions")) {
       table.add({cell(version.at("id")), timeCell(version.at("modTime")),
