@@ -44,7 +44,8 @@ FolderFacts folderFacts(const Application& application, const KDPoolPresence& pr
   if (!facts.isSubscribed) return facts;
   facts.isPaused = application.pauses().isPaused(pool.name());
   facts.isAccessible = !isLeft && snapshot->trouble.empty();
-  facts.isPasswordReadable = pool.passwordState() != PasswordState::Unreadable;
+  facts.isPasswordReadable = pool.passwordState() == PasswordState::None ||
+                             pool.passwordState() == PasswordState::Set;
   facts.isClockOff = application.isClockOff();
   facts.hasQuestion = application.outcomes().openQuestion(pool).has_value();
   facts.isScanned = facts.phase == PoolPhase::Active && snapshot->lastScan > 0;

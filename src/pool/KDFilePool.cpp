@@ -156,6 +156,12 @@ Result<> KDFilePool::startLocalLog() {
 
 // Password.
 
+void KDFilePool::readPasswordAgain() {
+  if (passwordState_ != PasswordState::Unreadable) return;
+  passwordState_ = PasswordState::Unknown;
+  readPassword({});
+}
+
 void KDFilePool::readPassword(const Options& options) {
   if (!options.secretsAreRead) {
     passwordState_ = PasswordState::None;

@@ -102,6 +102,8 @@ class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
   /// to the secret store on a lane; `done` tells how that went. Posts KDPoolDidChangeCriticalData
   /// when active.
   void setPassword(const std::string& password, Done done);
+  /// Asks the store once more for a password that it did not give, such as a locked keyring.
+  void readPasswordAgain();
 
   // Lifecycle. docs/architecture.md has the table of what each event does in each phase.
   [[nodiscard]] PoolPhase phase() const { return phase_; }
