@@ -361,12 +361,14 @@ Result<> Operations::sync(const std::optional<std::string>& name) {
     const auto pool = subscribed(*name);
     if (!pool) return tl::unexpected(pool.error());
     if (const auto paused = pauseProblem(*name)) return tl::unexpected(*paused);
+    (*pool)->readPasswordAgain();  // the keyring may be open by now
     application_.scheduler().syncWithAllParticipantsInPool(*application_.peer().presence(*name));
     return {};
   }
   if (application_.pauses().isEverythingPaused()) return tl::unexpected(everythingIsPaused());
   for (const auto& [each, presence] : application_.peer().filePoolsByName()) {
     if (!isLeft(presence->pool())) {
+      presence->pool().readPasswordAgain();
       application_.scheduler().syncWithAllParticipantsInPool(*presence);
     }
   }
@@ -392,6 +394,7 @@ Result<> Operations::syncAndWait(const std::string& name,
   if (!pool) return tl::unexpected(pool.error());
   if (const auto paused = pauseProblem(name)) return tl::unexpected(*paused);
   if ((*pool)->passwordState() == PasswordState::Unreadable) {
+    (*pool)->readPasswordAgain();
     return refusal(fmt::format("The password of '{}' cannot be read; nothing is synced.", name));
   }
   SyncWait::Callbacks callbacks{std::move(progressed), std::move(done), {}};
