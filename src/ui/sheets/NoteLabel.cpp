@@ -4,11 +4,17 @@
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QResizeEvent>
 
 #include "ui/Icons.h"
 #include "ui/sheets/Picture.h"
 
 namespace zolvar {
+namespace {
+
+constexpr int Columns = 24;  // characters of an average width, at the least
+
+}  // namespace
 
 NoteLabel::NoteLabel(QWidget* parent) : QWidget(parent) {
   warning_ = new Picture(ownIcon("state-question"), 1, this);
@@ -21,6 +27,7 @@ NoteLabel::NoteLabel(QWidget* parent) : QWidget(parent) {
   layout->addWidget(warning_, 0, Qt::AlignTop);
   layout->addWidget(error_, 0, Qt::AlignTop);
   layout->addWidget(label_, 1);
+  setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
   hide();
 }
 
@@ -32,9 +39,19 @@ void NoteLabel::say(const QString& text, Weight weight) {
   error_->setVisible(weight == Weight::Error);
   color();
   setVisible(!text.isEmpty());
+  updateGeometry();
   if (text.isEmpty()) return;
   QAccessibleEvent event(label_, QAccessible::Alert);
   QAccessible::updateAccessibility(&event);
+}
+
+QSize NoteLabel::sizeHint() const {
+  return {fontMetrics().averageCharWidth() * Columns, layout()->totalHeightForWidth(width())};
+}
+
+void NoteLabel::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  if (event->oldSize().width() != width()) updateGeometry();
 }
 
 QString NoteLabel::text() const { return label_->text(); }

@@ -18,9 +18,15 @@ class NoteLabel : public QWidget {
   /// Empty: nothing.
   void say(const QString& text, Weight weight = Weight::Hint);
   [[nodiscard]] QString text() const;
-  [[nodiscard]] Weight weight() const { return weight_; }
+
+  // As high as the text needs at the width that it has: forms take a height that depends on the
+  // width from no field.
+  [[nodiscard]] bool hasHeightForWidth() const override { return false; }
+  [[nodiscard]] QSize sizeHint() const override;
+  [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
 
  protected:
+  void resizeEvent(QResizeEvent* event) override;
   void changeEvent(QEvent* event) override;
 
  private:

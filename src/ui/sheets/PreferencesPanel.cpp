@@ -121,7 +121,7 @@ QWidget* PreferencesPanel::noticesPage() {
   auto* layout = new QVBoxLayout(page);
   layout->addWidget(label);
   layout->addWidget(notices_, 1);
-  layout->addWidget(hint(Zolvar::tr("Conflicts are told either way."), page));
+  layout->addWidget(noticesHint_ = hint(Zolvar::tr("Conflicts are told either way."), page));
   layout->addWidget(warnsAlways_);
   return page;
 }
@@ -141,6 +141,10 @@ void PreferencesPanel::fill(const Preferences& preferences) {
     auto* item = new QListWidgetItem(toQt(name), notices_);
     item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
     item->setCheckState(uses ? Qt::Checked : Qt::Unchecked);
+  }
+  if (preferences.notices.empty()) {
+    notices_->setEnabled(false);
+    noticesHint_->say(Zolvar::tr("You are not subscribed to any folder yet."));
   }
   warnsAlways_->setVisible(!preferences.warnsAlways);
 }

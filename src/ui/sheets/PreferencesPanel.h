@@ -44,6 +44,7 @@ class PreferencesPanel : public Sheet {
   QSpinBox* versionsDays_;
   AmountEdit* versionsSize_;
   QListWidget* notices_;
+  NoteLabel* noticesHint_;
   QCheckBox* warnsAlways_;
   NoteLabel* note_;
 };

@@ -17,7 +17,7 @@
 namespace zolvar {
 namespace {
 
-constexpr int Columns = 62;  // characters of an average width, at the least
+constexpr int Columns = 54;  // characters of an average width, at the least
 constexpr double PictureLines = 2.6;
 
 }  // namespace
@@ -43,6 +43,7 @@ Sheet::Sheet(QWidget* window) : QDialog(window) {
   }
   words->addLayout(body_);
   words->addStretch();
+  words->addItem(new QSpacerItem(fontMetrics().averageCharWidth() * Columns, 0));
   auto* across = new QHBoxLayout(content_);
   across->setContentsMargins(0, 0, 0, 0);
   across->setSpacing(fontMetrics().height());
@@ -57,7 +58,6 @@ Sheet::Sheet(QWidget* window) : QDialog(window) {
   layout->setSpacing(margin);
   layout->addWidget(content_, 1);
   layout->addWidget(buttons_);
-  setMinimumWidth(fontMetrics().averageCharWidth() * Columns);
 }
 
 void Sheet::introduce(const QIcon& picture, const QString& title, const QString& heading,
@@ -67,7 +67,8 @@ void Sheet::introduce(const QIcon& picture, const QString& title, const QString&
   heading_->setVisible(!heading.isEmpty());
   text_->setText(text);
   text_->setVisible(!text.isEmpty());
-  if (!text.isEmpty()) setAccessibleDescription(text);
+  setAccessibleName(heading.isEmpty() ? title : heading);
+  setAccessibleDescription(text);
   if (picture.isNull()) return;
   side_->addWidget(new Picture(picture, PictureLines, content_));
   side_->addStretch();
