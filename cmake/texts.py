@@ -17,7 +17,8 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 TABLES = ROOT / "resources/translations"
 ENGINE_TEXTS = ROOT / "src/ui/EngineTexts.inc"
-COMPLETE = ("de", "he")
+LANGUAGES = ("de", "he")
+COMPLETE = ("de",)
 LUPDATE = "/usr/lib/qt6/bin/lupdate"
 
 # Where the engine words what a person reads; elsewhere it writes logs and files.
@@ -40,7 +41,8 @@ PUT_TOGETHER = (
     "loading changes", "socket connection failed.", "error in rsync protocol data stream",
     "some files could not be transferred", "authentication failed",
 )
-NOT_SAID = ("{} {} in '{}':\\n", "{} at '{}'", "KDPeer with base path: ", "HasPassword-")
+NOT_SAID = ("{} {} in '{}':\\n", "{} at '{}'", "KDPeer with base path: ", "HasPassword-",
+            "Will delete file as recorded in the logs here: ")
 LITERAL = r'"((?:[^"\\\n]|\\.)*)"'
 FOR_LOGS = re.compile(r"log_?\.(warning|error|debug)\(|InconsistencyError|require\(|static_assert")
 SAYS = re.compile(r"\b(refusal|problem|warn|warnOnce|Alert|counted)\b|trouble_ =|return|sentence|"
@@ -147,7 +149,7 @@ def main():
     if "--check" in sys.argv:
         return check()
     ENGINE_TEXTS.write_text(engine_list())
-    for language in COMPLETE:
+    for language in LANGUAGES:
         update(TABLES / f"zolvar_{language}.ts", TABLES)
     for table in sorted(TABLES.glob("zolvar_*.ts")):
         lacking = [source for source, forms in messages(table).items() if not all(forms)]

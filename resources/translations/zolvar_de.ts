@@ -1284,10 +1284,6 @@ Gesehen bei: %2</translation>
         <translation>OK</translation>
     </message>
     <message>
-        <source>Share a Folder</source>
-        <translation>Ordner teilen</translation>
-    </message>
-    <message>
         <source>The folder cannot be shared.</source>
         <translation>Der Ordner kann nicht geteilt werden.</translation>
     </message>
@@ -1300,24 +1296,12 @@ Gesehen bei: %2</translation>
         <translation>Das Abbestellen ist fehlgeschlagen.</translation>
     </message>
     <message>
-        <source>Remove the folder?</source>
-        <translation>Den Ordner entfernen?</translation>
-    </message>
-    <message>
-        <source>Remove</source>
-        <translation>Entfernen</translation>
-    </message>
-    <message>
         <source>Removing failed.</source>
         <translation>Das Entfernen ist fehlgeschlagen.</translation>
     </message>
     <message>
         <source>Use this version?</source>
         <translation>Diese Version nehmen?</translation>
-    </message>
-    <message>
-        <source>Use This Version</source>
-        <translation>Diese Version nehmen</translation>
     </message>
     <message>
         <source>Paused</source>
@@ -2161,15 +2145,19 @@ Gesehen bei: %2</translation>
     </message>
     <message>
         <source>There is no address book.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es gibt kein Adressbuch.</translation>
     </message>
     <message>
         <source>There is no group named &apos;{}&apos; in the address book.</source>
-        <translation type="unfinished"></translation>
+        <translation>Im Adressbuch gibt es keine Gruppe namens „{}“.</translation>
     </message>
     <message>
         <source>There is no group named &apos;{}&apos; in the address book. There are: {}.</source>
-        <translation type="unfinished"></translation>
+        <translation>Im Adressbuch gibt es keine Gruppe namens „{}“. Es gibt: {}.</translation>
+    </message>
+    <message>
+        <source>You are not subscribed to any folder yet.</source>
+        <translation>Sie haben noch keinen Ordner abonniert.</translation>
     </message>
 </context>
 </TS>

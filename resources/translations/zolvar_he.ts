@@ -5,247 +5,249 @@
     <name>Zolvar</name>
     <message numerus="yes">
         <source>%n version(s)</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>גרסה אחת</numerusform>
+            <numerusform>%n גרסאות</numerusform>
         </translation>
     </message>
     <message>
         <source>You</source>
-        <translation type="unfinished"></translation>
+        <translation>אתם</translation>
     </message>
     <message>
         <source>%1 (this one is here)</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 (זו שכאן)</translation>
     </message>
     <message>
         <source>you</source>
-        <translation type="unfinished"></translation>
+        <translation>אתם</translation>
     </message>
     <message>
         <source>, </source>
-        <translation type="unfinished"></translation>
+        <translation>, </translation>
     </message>
     <message>
         <source>Written by %1
 Changed %2
 Logged %3</source>
-        <translation type="unfinished"></translation>
+        <translation>נכתבה על ידי %1
+שונתה %2
+נרשמה %3</translation>
     </message>
     <message>
         <source>File and its versions</source>
-        <translation type="unfinished"></translation>
+        <translation>קובץ וגרסאותיו</translation>
     </message>
     <message>
         <source>Changed</source>
-        <translation type="unfinished"></translation>
+        <translation>שונה</translation>
     </message>
     <message>
         <source>Size</source>
-        <translation type="unfinished"></translation>
+        <translation>גודל</translation>
     </message>
     <message>
         <source>Chosen by</source>
-        <translation type="unfinished"></translation>
+        <translation>נבחר על ידי</translation>
     </message>
     <message>
         <source>Files in conflict</source>
-        <translation type="unfinished"></translation>
+        <translation>קבצים בהתנגשות</translation>
     </message>
     <message>
         <source>&amp;Use This Version</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;שימוש בגרסה זו</translation>
     </message>
     <message>
         <source>Put the selected version into your folder</source>
-        <translation type="unfinished"></translation>
+        <translation>העברת הגרסה שנבחרה אל התיקייה שלכם</translation>
     </message>
     <message>
         <source>&amp;Delete This Version…</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;מחיקת גרסה זו…</translation>
     </message>
     <message>
         <source>Delete the selected version for everybody</source>
-        <translation type="unfinished"></translation>
+        <translation>מחיקת הגרסה שנבחרה אצל כולם</translation>
     </message>
     <message>
         <source>&amp;Compare</source>
-        <translation type="unfinished"></translation>
+        <translation>ה&amp;שוואה</translation>
     </message>
     <message>
         <source>Look at the selected version beside the one that is here</source>
-        <translation type="unfinished"></translation>
+        <translation>הצגת הגרסה שנבחרה לצד זו שכאן</translation>
     </message>
     <message>
         <source>&amp;Keep Mine</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;השארת שלי</translation>
     </message>
     <message>
         <source>Settle the selected files: your version stays</source>
-        <translation type="unfinished"></translation>
+        <translation>יישוב הקבצים שנבחרו: הגרסה שלכם נשארת</translation>
     </message>
     <message>
         <source>Use &amp;Theirs</source>
-        <translation type="unfinished"></translation>
+        <translation>שימוש &amp;בשלהם</translation>
     </message>
     <message>
         <source>Settle the selected files: the others&apos; version stays</source>
-        <translation type="unfinished"></translation>
+        <translation>יישוב הקבצים שנבחרו: הגרסה של האחרים נשארת</translation>
     </message>
     <message>
         <source>Use Version &amp;From</source>
-        <translation type="unfinished"></translation>
+        <translation>שימוש בגרסה &amp;של</translation>
     </message>
     <message>
         <source>Settle the selected files: one person&apos;s version stays</source>
-        <translation type="unfinished"></translation>
+        <translation>יישוב הקבצים שנבחרו: הגרסה של אדם אחד נשארת</translation>
     </message>
     <message>
         <source>&amp;Undo Choice</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;ביטול הבחירה</translation>
     </message>
     <message>
         <source>These files were changed in two places at once. Nothing is lost: every version is kept until you choose the one to go on with.</source>
-        <translation type="unfinished"></translation>
+        <translation>קבצים אלה שונו בשני מקומות בו־זמנית. דבר לא אבד: כל גרסה נשמרת עד שתבחרו באיזו להמשיך.</translation>
     </message>
     <message>
         <source>No conflicts</source>
-        <translation type="unfinished"></translation>
+        <translation>אין התנגשויות</translation>
     </message>
     <message>
         <source>When two people change one file at once, both versions are kept, and you choose here.</source>
-        <translation type="unfinished"></translation>
+        <translation>כששני אנשים משנים קובץ אחד בו־זמנית, שתי הגרסאות נשמרות, ואתם בוחרים כאן.</translation>
     </message>
     <message>
         <source>The other versions go to the Trash of those who have them, and everybody goes on with this one.</source>
-        <translation type="unfinished"></translation>
+        <translation>הגרסאות האחרות עוברות לאשפה אצל מי שמחזיק בהן, וכולם ממשיכים עם זו.</translation>
     </message>
     <message numerus="yes">
         <source>Keep your version of %n file(s)?</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>להשאיר את הגרסה שלכם של קובץ אחד?</numerusform>
+            <numerusform>להשאיר את הגרסה שלכם של %n קבצים?</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Your version of %n file(s) stays.</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>הגרסה שלכם של קובץ אחד נשארת.</numerusform>
+            <numerusform>הגרסה שלכם של %n קבצים נשארת.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Use the others&apos; version of %n file(s)?</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>להשתמש בגרסת האחרים של קובץ אחד?</numerusform>
+            <numerusform>להשתמש בגרסת האחרים של %n קבצים?</numerusform>
         </translation>
     </message>
     <message>
         <source>Yours is kept for a while: Undo brings it back.</source>
-        <translation type="unfinished"></translation>
+        <translation>שלכם נשמרת לזמן מה: הביטול מחזיר אותה.</translation>
     </message>
     <message numerus="yes">
         <source>The others&apos; version of %n file(s) is coming.</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>גרסת האחרים של קובץ אחד בדרך.</numerusform>
+            <numerusform>גרסת האחרים של %n קבצים בדרך.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Use the version from %1 of %n file(s)?</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>להשתמש בגרסה של %1 של קובץ אחד?</numerusform>
+            <numerusform>להשתמש בגרסה של %1 של %n קבצים?</numerusform>
         </translation>
     </message>
     <message>
         <source>&amp;Use</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;שימוש</translation>
     </message>
     <message numerus="yes">
         <source>The version from %1 of %n file(s) is coming.</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>הגרסה של %1 של קובץ אחד בדרך.</numerusform>
+            <numerusform>הגרסה של %1 של %n קבצים בדרך.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n selected file(s) have no such version and stay as they are.</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>לקובץ אחד שנבחר אין גרסה כזו והוא נשאר כפי שהוא.</numerusform>
+            <numerusform>ל־%n קבצים שנבחרו אין גרסה כזו והם נשארים כפי שהם.</numerusform>
         </translation>
     </message>
     <message>
         <source>The version from %1 is coming.</source>
-        <translation type="unfinished"></translation>
+        <translation>הגרסה של %1 בדרך.</translation>
     </message>
     <message>
         <source>It is the one in your folder. It goes to the Trash of everybody who has it, and another version takes its place. Undo brings it back for you.</source>
-        <translation type="unfinished"></translation>
+        <translation>זו הגרסה שבתיקייה שלכם. היא עוברת לאשפה אצל כל מי שמחזיק בה, וגרסה אחרת תופסת את מקומה. הביטול מחזיר אותה עבורכם.</translation>
     </message>
     <message>
         <source>It goes to the Trash of everybody who has it. Nothing changes in your folder.</source>
-        <translation type="unfinished"></translation>
+        <translation>היא עוברת לאשפה אצל כל מי שמחזיק בה. בתיקייה שלכם דבר לא משתנה.</translation>
     </message>
     <message>
         <source>Delete the version from %1 for everybody?</source>
-        <translation type="unfinished"></translation>
+        <translation>למחוק את הגרסה של %1 אצל כולם?</translation>
     </message>
     <message>
         <source>&amp;Delete</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;מחיקה</translation>
     </message>
     <message>
         <source>The version from %1 is deleted.</source>
-        <translation type="unfinished"></translation>
+        <translation>הגרסה של %1 נמחקה.</translation>
     </message>
     <message>
         <source>Not everything could be brought back.</source>
-        <translation type="unfinished"></translation>
+        <translation>לא הכול הוחזר.</translation>
     </message>
     <message numerus="yes">
         <source>Your version of %n file(s) is back.</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>הגרסה שלכם של קובץ אחד חזרה.</numerusform>
+            <numerusform>הגרסה שלכם של %n קבצים חזרה.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>The same or the like happened to %n more file(s).</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>כך או בדומה קרה לקובץ אחד נוסף.</numerusform>
+            <numerusform>כך או בדומה קרה ל־%n קבצים נוספים.</numerusform>
         </translation>
     </message>
     <message>
         <source>Not every choice could be carried out.</source>
-        <translation type="unfinished"></translation>
+        <translation>לא כל בחירה בוצעה.</translation>
     </message>
     <message>
         <source>&amp;Undo</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;ביטול</translation>
     </message>
     <message>
         <source>Select a file to see its versions.</source>
-        <translation type="unfinished"></translation>
+        <translation>בחרו קובץ כדי לראות את גרסאותיו.</translation>
     </message>
     <message>
         <source>Versions of %1</source>
-        <translation type="unfinished"></translation>
+        <translation>הגרסאות של %1</translation>
     </message>
     <message>
         <source>No version of this file is known yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>עדיין לא ידועה גרסה של קובץ זה.</translation>
     </message>
     <message>
         <source>Differences in %1</source>
-        <translation type="unfinished"></translation>
+        <translation>ההבדלים ב־%1</translation>
     </message>
     <message>
         <source>&amp;Open Both</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;פתיחת שתיהן</translation>
     </message>
     <message>
         <source>&apos;{}&apos; does not take part in &apos;{}&apos; now.</source>
@@ -257,7 +259,7 @@ Logged %3</source>
     </message>
     <message>
         <source>&apos;{}&apos; has {} different/conflicting versions.</source>
-        <translation type="unfinished"></translation>
+        <translation>ל־&apos;{}&apos; יש {} גרסאות מתנגשות.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; holds Zolvar&apos;s own files, which must not be shared.</source>
@@ -297,7 +299,7 @@ Logged %3</source>
     </message>
     <message>
         <source>&apos;{}&apos; lies in the Trash.</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{}&apos; נמצא באשפה.</translation>
     </message>
     <message>
         <source>A setting&apos;s name is not empty and has no &apos;/&apos; and no control character.</source>
@@ -319,19 +321,19 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>ביטול</translation>
     </message>
     <message>
         <source>Change My Password</source>
-        <translation type="unfinished"></translation>
+        <translation>שינוי הסיסמה שלי</translation>
     </message>
     <message>
         <source>Conflict in Folder &apos;{}&apos;:</source>
-        <translation type="unfinished"></translation>
+        <translation>התנגשות בתיקייה &apos;{}&apos;:</translation>
     </message>
     <message>
         <source>Continue</source>
-        <translation type="unfinished"></translation>
+        <translation>המשך</translation>
     </message>
     <message>
         <source>Could not activate the synced folder &apos;{}&apos;</source>
@@ -535,11 +537,11 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Deactivate the Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>השבתת התיקייה</translation>
     </message>
     <message>
         <source>Delete Everywhere</source>
-        <translation type="unfinished"></translation>
+        <translation>מחיקה בכל מקום</translation>
     </message>
     <message>
         <source>Error starting client-server protocol. Too many clients?</source>
@@ -555,15 +557,15 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Folder Path not Accessible</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה אינה נגישה</translation>
     </message>
     <message>
         <source>Got {} in &apos;{}&apos;:</source>
-        <translation type="unfinished"></translation>
+        <translation>התקבלו {} ב־&apos;{}&apos;:</translation>
     </message>
     <message>
         <source>Ignoring Subscriber &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>התעלמות מ־&apos;{}&apos;</translation>
     </message>
     <message>
         <source>It has no place on this machine.</source>
@@ -591,15 +593,15 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Moved Addresses to Trash</source>
-        <translation type="unfinished"></translation>
+        <translation>כתובות הועברו לאשפה</translation>
     </message>
     <message>
         <source>Moved Files to Trash</source>
-        <translation type="unfinished"></translation>
+        <translation>קבצים הועברו לאשפה</translation>
     </message>
     <message>
         <source>Network-Delete files in &apos;{}&apos;?</source>
-        <translation type="unfinished"></translation>
+        <translation>למחוק קבצים של &apos;{}&apos; בכל הרשת?</translation>
     </message>
     <message>
         <source>No file is missing in &apos;{}&apos;.</source>
@@ -611,19 +613,19 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Not Subscribed to Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה אינה במינוי</translation>
     </message>
     <message>
         <source>Open Date and Time Preference Pane...</source>
-        <translation type="unfinished"></translation>
+        <translation>פתיחת הגדרות התאריך והשעה…</translation>
     </message>
     <message>
         <source>Open Parent Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>פתיחת התיקייה המכילה</translation>
     </message>
     <message>
         <source>Open Sharing Preference Pane...</source>
-        <translation type="unfinished"></translation>
+        <translation>פתיחת הגדרות חומת האש…</translation>
     </message>
     <message>
         <source>Others share a folder named &apos;{}&apos; already. Subscribe to it, or choose another name.</source>
@@ -632,7 +634,8 @@ Note, that each subscribers sets her own password and you will only sync with su
     <message>
         <source>Password Failure for Sync Folder
 &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>בעיית סיסמה בתיקייה
+&apos;{}&apos;</translation>
     </message>
     <message>
         <source>Please set the computer&apos;s clock to the current time. Otherwise this could lead to unwanted effects.
@@ -640,32 +643,37 @@ Note, that each subscribers sets her own password and you will only sync with su
 The clock is currently off by {:.1f} seconds.
 
 Tip: Switch on &apos;network time&apos; in the &apos;Date and Time&apos; system preferences.</source>
-        <translation type="unfinished"></translation>
+        <translation>כוונו את שעון המחשב לשעה הנכונה. אחרת ייתכנו תוצאות לא רצויות.
+
+השעון סוטה כעת ב־{} שניות.
+
+עצה: הפעילו את שעון הרשת בהגדרות &apos;תאריך ושעה&apos;.</translation>
     </message>
     <message>
         <source>Re-Get</source>
-        <translation type="unfinished"></translation>
+        <translation>הבאה מחדש</translation>
     </message>
     <message>
         <source>Synced Folder &apos;{}&apos; is not accessible to Zolvar.
 Please check the path &apos;{}&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה &apos;{}&apos; אינה נגישה ל־Zolvar.
+בדקו את הנתיב &apos;{}&apos;.</translation>
     </message>
     <message>
         <source>Synchronization Error</source>
-        <translation type="unfinished"></translation>
+        <translation>שגיאת סנכרון</translation>
     </message>
     <message>
         <source>The Computer&apos;s Firewall Blocks Zolvar</source>
-        <translation type="unfinished"></translation>
+        <translation>חומת האש של המחשב חוסמת את Zolvar</translation>
     </message>
     <message>
         <source>The Synced Folder &apos;{}&apos; and all contained data will be put in the trash.</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה &apos;{}&apos; וכל תוכנה יועברו לאשפה.</translation>
     </message>
     <message>
         <source>The computer&apos;s clock is off!</source>
-        <translation type="unfinished"></translation>
+        <translation>שעון המחשב אינו מדויק!</translation>
     </message>
     <message>
         <source>The computer&apos;s clock is off! A change was logged after one that lies in the future. Please set the computer&apos;s clock to the current time.</source>
@@ -674,11 +682,12 @@ Please check the path &apos;{}&apos;.</source>
     <message>
         <source>The computer&apos;s firewall is currently blocking the local TCP port {}. Please unblock this port in the System Preferences/Sharing preference pane.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>חומת האש של המחשב חוסמת כעת את יציאת ה־TCP המקומית {}. פתחו יציאה זו בהגדרות המערכת.
+</translation>
     </message>
     <message>
         <source>The file &apos;{}&apos; is about to be switched to the version from &apos;{}&apos; with date &apos;{}&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>הקובץ &apos;{}&apos; יוחלף בגרסה של &apos;{}&apos; מתאריך &apos;{}&apos;.</translation>
     </message>
     <message>
         <source>The folder &apos;{}&apos; was moved to &apos;{}&apos; and is no longer kept in step.</source>
@@ -814,11 +823,11 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>There is no folder at &apos;{}&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>אין תיקייה ב־&apos;{}&apos;.</translation>
     </message>
     <message>
         <source>There is no folder named &apos;{}&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>אין תיקייה בשם &apos;{}&apos;.</translation>
     </message>
     <message>
         <source>There is no open question about &apos;{}&apos;.</source>
@@ -930,24 +939,25 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>{} address</source>
-        <translation type="unfinished"></translation>
+        <translation>כתובת אחת</translation>
     </message>
     <message>
         <source>{} addresses</source>
-        <translation type="unfinished"></translation>
+        <translation>{} כתובות</translation>
     </message>
     <message>
         <source>{} file</source>
-        <translation type="unfinished"></translation>
+        <translation>קובץ אחד</translation>
     </message>
     <message>
         <source>{} files</source>
-        <translation type="unfinished"></translation>
+        <translation>{} קבצים</translation>
     </message>
     <message>
         <source>{} files have been (re-)moved from Synced Folder &apos;{}&apos; ({}).
 Do you want Zolvar to delete them on the network or try to re-get it?</source>
-        <translation type="unfinished"></translation>
+        <translation>קבצים ({0}) הועברו או נמחקו מהתיקייה &apos;{1}&apos;: {2}.
+האם Zolvar ימחק אותם בכל הרשת או ינסה להביא אותם מחדש?</translation>
     </message>
     <message>
         <source>{} versions were kept at &apos;{}&apos;; give the id of one of them.</source>
@@ -955,677 +965,662 @@ Do you want Zolvar to delete them on the network or try to re-get it?</source>
     </message>
     <message>
         <source>Shared by others on this network</source>
-        <translation type="unfinished"></translation>
+        <translation>משותפת על ידי אחרים ברשת זו</translation>
     </message>
     <message>
         <source>Progress of the fetch</source>
-        <translation type="unfinished"></translation>
+        <translation>התקדמות ההבאה</translation>
     </message>
     <message>
         <source>Filter</source>
-        <translation type="unfinished"></translation>
+        <translation>סינון</translation>
     </message>
     <message>
         <source>Filter folders</source>
-        <translation type="unfinished"></translation>
+        <translation>סינון תיקיות</translation>
     </message>
     <message>
         <source>Folders</source>
-        <translation type="unfinished"></translation>
+        <translation>תיקיות</translation>
     </message>
     <message>
         <source>My Folders</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקיות שלי</translation>
     </message>
     <message>
         <source>On the Network</source>
-        <translation type="unfinished"></translation>
+        <translation>ברשת</translation>
     </message>
     <message>
         <source>%1, %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1, %2</translation>
     </message>
     <message>
         <source>Show &amp;Details</source>
-        <translation type="unfinished"></translation>
+        <translation>הצגת &amp;פרטים</translation>
     </message>
     <message>
         <source>%1 (%2)</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 (%2)</translation>
     </message>
     <message>
         <source>Users</source>
-        <translation type="unfinished"></translation>
+        <translation>משתמשים</translation>
     </message>
     <message>
         <source>Missing</source>
-        <translation type="unfinished"></translation>
+        <translation>חסרים</translation>
     </message>
     <message>
         <source>Conflicts</source>
-        <translation type="unfinished"></translation>
+        <translation>התנגשויות</translation>
     </message>
     <message>
         <source>Files vanished from this folder. Shall they come back, or be deleted for everybody?</source>
-        <translation type="unfinished"></translation>
+        <translation>קבצים נעלמו מתיקייה זו. להחזיר אותם, או למחוק אותם אצל כולם?</translation>
     </message>
     <message>
         <source>&amp;Answer…</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;תשובה…</translation>
     </message>
     <message>
         <source>No folder yet</source>
-        <translation type="unfinished"></translation>
+        <translation>עדיין אין תיקייה</translation>
     </message>
     <message>
         <source>Share a folder with the button below the list, or drag one here. Folders that others share on this network appear by themselves.</source>
-        <translation type="unfinished"></translation>
+        <translation>שתפו תיקייה בלחצן שמתחת לרשימה, או גררו אחת לכאן. תיקיות שאחרים משתפים ברשת זו מופיעות מעצמן.</translation>
     </message>
     <message>
         <source>No sync was started.</source>
-        <translation type="unfinished"></translation>
+        <translation>לא החל סנכרון.</translation>
     </message>
     <message>
         <source>The folder cannot be paused.</source>
-        <translation type="unfinished"></translation>
+        <translation>אי אפשר להשהות את התיקייה.</translation>
     </message>
     <message>
         <source>Zolvar keeps running</source>
-        <translation type="unfinished"></translation>
+        <translation>Zolvar ממשיך לפעול</translation>
     </message>
     <message>
         <source>Your folders stay in step. The icon in the tray brings the window back and ends the program.</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקיות שלכם נשארות מעודכנות. הסמל במגש מחזיר את החלון ומסיים את התוכנה.</translation>
     </message>
     <message>
         <source>&amp;Share Folder…</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;שיתוף תיקייה…</translation>
     </message>
     <message>
         <source>Offer a folder to everybody on this network</source>
-        <translation type="unfinished"></translation>
+        <translation>הצעת תיקייה לכולם ברשת זו</translation>
     </message>
     <message>
         <source>&amp;Preferences…</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;העדפות…</translation>
     </message>
     <message>
         <source>&amp;Close Window</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;סגירת החלון</translation>
     </message>
     <message>
         <source>&amp;Quit Zolvar</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;יציאה מ־Zolvar</translation>
     </message>
     <message>
         <source>&amp;Subscribe…</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;הרשמה…</translation>
     </message>
     <message>
         <source>Have this folder on this computer too, and keep it in step</source>
-        <translation type="unfinished"></translation>
+        <translation>החזקת תיקייה זו גם במחשב זה, ועדכונה</translation>
     </message>
     <message>
         <source>&amp;Unsubscribe</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;ביטול הרשמה</translation>
     </message>
     <message>
         <source>Take no more part; the folder and its files stay here</source>
-        <translation type="unfinished"></translation>
+        <translation>הפסקת ההשתתפות; התיקייה והקבצים נשארים כאן</translation>
     </message>
     <message>
         <source>&amp;Open</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;פתיחה</translation>
     </message>
     <message>
         <source>Open the folder in the file browser</source>
-        <translation type="unfinished"></translation>
+        <translation>פתיחת התיקייה במנהל הקבצים</translation>
     </message>
     <message>
         <source>S&amp;ync Now</source>
-        <translation type="unfinished"></translation>
+        <translation>סנכרון &amp;עכשיו</translation>
     </message>
     <message>
         <source>Ask everybody for changes now</source>
-        <translation type="unfinished"></translation>
+        <translation>בקשת שינויים מכולם עכשיו</translation>
     </message>
     <message>
         <source>S&amp;ettings…</source>
-        <translation type="unfinished"></translation>
+        <translation>ה&amp;גדרות…</translation>
     </message>
     <message>
         <source>Password and notices of this folder</source>
-        <translation type="unfinished"></translation>
+        <translation>סיסמה והודעות של תיקייה זו</translation>
     </message>
     <message>
         <source>&amp;Remove…</source>
-        <translation type="unfinished"></translation>
+        <translation>ה&amp;סרה…</translation>
     </message>
     <message>
         <source>Take no more part, and put the folder into the Trash</source>
-        <translation type="unfinished"></translation>
+        <translation>הפסקת ההשתתפות והעברת התיקייה לאשפה</translation>
     </message>
     <message>
         <source>Pause for an &amp;Hour</source>
-        <translation type="unfinished"></translation>
+        <translation>השהיה ל&amp;שעה</translation>
     </message>
     <message>
         <source>&amp;Pause Until Resumed</source>
-        <translation type="unfinished"></translation>
+        <translation>ה&amp;שהיה עד חידוש</translation>
     </message>
     <message>
         <source>Res&amp;ume</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;חידוש</translation>
     </message>
     <message>
         <source>&amp;Find Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;חיפוש תיקייה</translation>
     </message>
     <message>
         <source>&amp;Users</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;משתמשים</translation>
     </message>
     <message>
         <source>&amp;Missing</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;חסרים</translation>
     </message>
     <message>
         <source>&amp;Conflicts</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;התנגשויות</translation>
     </message>
     <message>
         <source>Show &amp;Unsubscribed Folders</source>
-        <translation type="unfinished"></translation>
+        <translation>הצגת תיקיות ללא &amp;הרשמה</translation>
     </message>
     <message>
         <source>List the folders that others share as well</source>
-        <translation type="unfinished"></translation>
+        <translation>הצגת התיקיות שאחרים משתפים</translation>
     </message>
     <message>
         <source>&amp;First Steps</source>
-        <translation type="unfinished"></translation>
+        <translation>צעדים &amp;ראשונים</translation>
     </message>
     <message>
         <source>&amp;Release Notes</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;מה חדש</translation>
     </message>
     <message>
         <source>&amp;About Zolvar</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;אודות Zolvar</translation>
     </message>
     <message>
         <source>&amp;File</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;קובץ</translation>
     </message>
     <message>
         <source>&amp;Edit</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;עריכה</translation>
     </message>
     <message>
         <source>F&amp;older</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;תיקייה</translation>
     </message>
     <message>
         <source>&amp;Versions</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;גרסאות</translation>
     </message>
     <message>
         <source>&amp;View</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;תצוגה</translation>
     </message>
     <message>
         <source>&amp;Help</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;עזרה</translation>
     </message>
     <message>
         <source>Close this message</source>
-        <translation type="unfinished"></translation>
+        <translation>סגירת ההודעה</translation>
     </message>
     <message>
         <source>nobody seen yet</source>
-        <translation type="unfinished"></translation>
+        <translation>עדיין לא נראה אצל איש</translation>
     </message>
     <message>
         <source>%1
 Seen at: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1
+נראה אצל: %2</translation>
     </message>
     <message>
         <source>File</source>
-        <translation type="unfinished"></translation>
+        <translation>קובץ</translation>
     </message>
     <message>
         <source>Seen at</source>
-        <translation type="unfinished"></translation>
+        <translation>נראה אצל</translation>
     </message>
     <message>
         <source>Missing files</source>
-        <translation type="unfinished"></translation>
+        <translation>קבצים חסרים</translation>
     </message>
     <message>
         <source>&amp;Fetch Now</source>
-        <translation type="unfinished"></translation>
+        <translation>הבאה &amp;עכשיו</translation>
     </message>
     <message>
         <source>Ask everybody for the missing files now</source>
-        <translation type="unfinished"></translation>
+        <translation>בקשת הקבצים החסרים מכולם עכשיו</translation>
     </message>
     <message>
         <source>&amp;Delete Everywhere…</source>
-        <translation type="unfinished"></translation>
+        <translation>מחיקה &amp;בכל מקום…</translation>
     </message>
     <message>
         <source>Give the selected files up, here and at everybody</source>
-        <translation type="unfinished"></translation>
+        <translation>ויתור על הקבצים שנבחרו, כאן ואצל כולם</translation>
     </message>
     <message>
         <source>Nothing is missing</source>
-        <translation type="unfinished"></translation>
+        <translation>דבר לא חסר</translation>
     </message>
     <message>
         <source>Every file that the others have told of is here.</source>
-        <translation type="unfinished"></translation>
+        <translation>כל קובץ שהאחרים סיפרו עליו נמצא כאן.</translation>
     </message>
     <message>
         <source>The files cannot be deleted.</source>
-        <translation type="unfinished"></translation>
+        <translation>אי אפשר למחוק את הקבצים.</translation>
     </message>
     <message>
         <source>not yet</source>
-        <translation type="unfinished"></translation>
+        <translation>עדיין לא</translation>
     </message>
     <message>
         <source>This user&apos;s folder has a password.</source>
-        <translation type="unfinished"></translation>
+        <translation>לתיקייה של משתמש זה יש סיסמה.</translation>
     </message>
     <message>
         <source>%1, with password</source>
-        <translation type="unfinished"></translation>
+        <translation>%1, עם סיסמה</translation>
     </message>
     <message>
         <source>User</source>
-        <translation type="unfinished"></translation>
+        <translation>משתמש</translation>
     </message>
     <message>
         <source>Computer</source>
-        <translation type="unfinished"></translation>
+        <translation>מחשב</translation>
     </message>
     <message>
         <source>Last sync</source>
-        <translation type="unfinished"></translation>
+        <translation>סנכרון אחרון</translation>
     </message>
     <message>
         <source>Contact</source>
-        <translation type="unfinished"></translation>
+        <translation>קשר</translation>
     </message>
     <message>
         <source>OK</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Share a Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>אישור</translation>
     </message>
     <message>
         <source>The folder cannot be shared.</source>
-        <translation type="unfinished"></translation>
+        <translation>אי אפשר לשתף את התיקייה.</translation>
     </message>
     <message>
         <source>Subscribing failed.</source>
-        <translation type="unfinished"></translation>
+        <translation>ההרשמה נכשלה.</translation>
     </message>
     <message>
         <source>Unsubscribing failed.</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Remove the folder?</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Remove</source>
-        <translation type="unfinished"></translation>
+        <translation>ביטול ההרשמה נכשל.</translation>
     </message>
     <message>
         <source>Removing failed.</source>
-        <translation type="unfinished"></translation>
+        <translation>ההסרה נכשלה.</translation>
     </message>
     <message>
         <source>Use this version?</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Use This Version</source>
-        <translation type="unfinished"></translation>
+        <translation>להשתמש בגרסה זו?</translation>
     </message>
     <message>
         <source>Paused</source>
-        <translation type="unfinished"></translation>
+        <translation>בהשהיה</translation>
     </message>
     <message>
         <source>Paused until %1</source>
-        <translation type="unfinished"></translation>
+        <translation>בהשהיה עד %1</translation>
     </message>
     <message>
         <source>Not subscribed</source>
-        <translation type="unfinished"></translation>
+        <translation>ללא הרשמה</translation>
     </message>
     <message>
         <source>Waiting for the drive</source>
-        <translation type="unfinished"></translation>
+        <translation>ממתינה לכונן</translation>
     </message>
     <message>
         <source>Waiting for the password</source>
-        <translation type="unfinished"></translation>
+        <translation>ממתינה לסיסמה</translation>
     </message>
     <message>
         <source>Waiting for the clock</source>
-        <translation type="unfinished"></translation>
+        <translation>ממתינה לשעון</translation>
     </message>
     <message>
         <source>A question is open</source>
-        <translation type="unfinished"></translation>
+        <translation>יש שאלה פתוחה</translation>
     </message>
     <message numerus="yes">
         <source>Conflict in %n file(s)</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>התנגשות בקובץ אחד</numerusform>
+            <numerusform>התנגשות ב־%n קבצים</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Fetching %n file(s)</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>מביאה קובץ אחד</numerusform>
+            <numerusform>מביאה %n קבצים</numerusform>
         </translation>
     </message>
     <message>
         <source>Fetching %1 of %2</source>
-        <translation type="unfinished"></translation>
+        <translation>מביאה %1 מתוך %2</translation>
     </message>
     <message numerus="yes">
         <source>%n file(s) missing</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>קובץ אחד חסר</numerusform>
+            <numerusform>%n קבצים חסרים</numerusform>
         </translation>
     </message>
     <message>
         <source>Nobody else is here</source>
-        <translation type="unfinished"></translation>
+        <translation>אין כאן איש מלבדכם</translation>
     </message>
     <message>
         <source>Checking</source>
-        <translation type="unfinished"></translation>
+        <translation>בבדיקה</translation>
     </message>
     <message>
         <source>In step</source>
-        <translation type="unfinished"></translation>
+        <translation>מעודכנת</translation>
     </message>
     <message>
         <source>Subscribe, and its files come to this computer and stay in step.</source>
-        <translation type="unfinished"></translation>
+        <translation>הירשמו, והקבצים יגיעו למחשב זה ויישארו מעודכנים.</translation>
     </message>
     <message>
         <source>Nothing is fetched or sent. Changes here are noted and travel later.</source>
-        <translation type="unfinished"></translation>
+        <translation>דבר אינו מובא או נשלח. שינויים כאן נרשמים ויגיעו מאוחר יותר.</translation>
     </message>
     <message>
         <source>The folder cannot be reached. Nothing happens until it is back.</source>
-        <translation type="unfinished"></translation>
+        <translation>אי אפשר להגיע לתיקייה. דבר לא קורה עד שתחזור.</translation>
     </message>
     <message>
         <source>Nobody here has the same password for this folder.</source>
-        <translation type="unfinished"></translation>
+        <translation>לאיש כאן אין אותה סיסמה לתיקייה זו.</translation>
     </message>
     <message>
         <source>This computer&apos;s clock is off. Set it, and the folder goes on.</source>
-        <translation type="unfinished"></translation>
+        <translation>שעון המחשב אינו מדויק. כוונו אותו, והתיקייה תמשיך.</translation>
     </message>
     <message>
         <source>Files vanished here. Shall they come back, or be deleted for everybody?</source>
-        <translation type="unfinished"></translation>
+        <translation>קבצים נעלמו כאן. להחזיר אותם, או למחוק אותם אצל כולם?</translation>
     </message>
     <message>
         <source>Two people changed a file at once. Both versions are kept; choose one.</source>
-        <translation type="unfinished"></translation>
+        <translation>שניים שינו קובץ בו־זמנית. שתי הגרסאות נשמרו; בחרו אחת.</translation>
     </message>
     <message>
         <source>Nobody who is here now has them. They come when somebody who does is.</source>
-        <translation type="unfinished"></translation>
+        <translation>לאיש מהנמצאים כאן אין אותם. הם יגיעו כשיהיה כאן מי שמחזיק בהם.</translation>
     </message>
     <message>
         <source>Changes reach the others as soon as they are on the network.</source>
-        <translation type="unfinished"></translation>
+        <translation>השינויים יגיעו לאחרים ברגע שיהיו ברשת.</translation>
     </message>
     <message numerus="yes">
         <source>%n user(s)</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>משתמש אחד</numerusform>
+            <numerusform>%n משתמשים</numerusform>
         </translation>
     </message>
     <message>
         <source>Not on the network</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ברשת</translation>
     </message>
     <message numerus="yes">
         <source>In step with %n user(s)</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>מעודכנת עם משתמש אחד</numerusform>
+            <numerusform>מעודכנת עם %n משתמשים</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n missing</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>אחד חסר</numerusform>
+            <numerusform>%n חסרים</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%1 of %n file(s)</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%1 מתוך קובץ אחד</numerusform>
+            <numerusform>%1 מתוך %n קבצים</numerusform>
         </translation>
     </message>
     <message>
         <source>%1 of %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 מתוך %2</translation>
     </message>
     <message>
         <source>%1/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1/שנ׳</translation>
     </message>
     <message>
         <source>Ignored</source>
-        <translation type="unfinished"></translation>
+        <translation>בהתעלמות</translation>
     </message>
     <message>
         <source>Has another password</source>
-        <translation type="unfinished"></translation>
+        <translation>סיסמה שונה</translation>
     </message>
     <message>
         <source>Seen</source>
-        <translation type="unfinished"></translation>
+        <translation>נראה</translation>
     </message>
     <message>
         <source>Connected</source>
-        <translation type="unfinished"></translation>
+        <translation>מחובר</translation>
     </message>
     <message>
         <source>Not reachable</source>
-        <translation type="unfinished"></translation>
+        <translation>לא נגיש</translation>
     </message>
     <message>
         <source>just now</source>
-        <translation type="unfinished"></translation>
+        <translation>ממש עכשיו</translation>
     </message>
     <message numerus="yes">
         <source>%n minute(s) ago</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>לפני דקה</numerusform>
+            <numerusform>לפני %n דקות</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n hour(s) ago</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>לפני שעה</numerusform>
+            <numerusform>לפני %n שעות</numerusform>
         </translation>
     </message>
     <message>
         <source>yesterday, %1</source>
-        <translation type="unfinished"></translation>
+        <translation>אתמול, %1</translation>
     </message>
     <message>
         <source>less than a minute left</source>
-        <translation type="unfinished"></translation>
+        <translation>נותרה פחות מדקה</translation>
     </message>
     <message numerus="yes">
         <source>about %n minute(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>נותרה כדקה</numerusform>
+            <numerusform>נותרו כ־%n דקות</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>about %n hour(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>נותרה כשעה</numerusform>
+            <numerusform>נותרו כ־%n שעות</numerusform>
         </translation>
     </message>
     <message>
         <source>Zolvar: no folder yet</source>
-        <translation type="unfinished"></translation>
+        <translation>Zolvar: עדיין אין תיקייה</translation>
     </message>
     <message>
         <source>Zolvar: everything is in step</source>
-        <translation type="unfinished"></translation>
+        <translation>Zolvar: הכול מעודכן</translation>
     </message>
     <message>
         <source>%1: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: %2</translation>
     </message>
     <message>
         <source>&amp;Open Zolvar</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;פתיחת Zolvar</translation>
     </message>
     <message>
         <source>&amp;Resume</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;חידוש</translation>
     </message>
     <message>
         <source>&amp;Resume (paused until %1)</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;חידוש (בהשהיה עד %1)</translation>
     </message>
     <message>
         <source>&amp;Pause</source>
-        <translation type="unfinished"></translation>
+        <translation>ה&amp;שהיה</translation>
     </message>
     <message>
         <source>For an &amp;Hour</source>
-        <translation type="unfinished"></translation>
+        <translation>ל&amp;שעה</translation>
     </message>
     <message>
         <source>Until &amp;Resumed</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;עד חידוש</translation>
     </message>
     <message>
         <source>S&amp;ync With</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;סנכרון עם</translation>
     </message>
     <message>
         <source>Fetch this user&apos;s changes now</source>
-        <translation type="unfinished"></translation>
+        <translation>הבאת השינויים של משתמש זה עכשיו</translation>
     </message>
     <message>
         <source>&amp;Ignore</source>
-        <translation type="unfinished"></translation>
+        <translation>ה&amp;תעלמות</translation>
     </message>
     <message>
         <source>Say no more about this user&apos;s different password</source>
-        <translation type="unfinished"></translation>
+        <translation>לא לדווח עוד על הסיסמה השונה של משתמש זה</translation>
     </message>
     <message>
         <source>Whoever runs Zolvar on this network sees “%1” in the list and can subscribe to it.</source>
-        <translation type="unfinished"></translation>
+        <translation>כל מי שמפעיל את Zolvar ברשת זו רואה את „%1” ברשימה ויכול להירשם.</translation>
     </message>
     <message>
         <source>Stop &amp;Ignoring</source>
-        <translation type="unfinished"></translation>
+        <translation>הפסקת ה&amp;תעלמות</translation>
     </message>
     <message>
         <source>The user cannot be ignored.</source>
-        <translation type="unfinished"></translation>
+        <translation>אי אפשר להתעלם מהמשתמש.</translation>
     </message>
     <message>
         <source>Fetching the version from %1…</source>
-        <translation type="unfinished"></translation>
+        <translation>מביא את הגרסה של %1…</translation>
     </message>
     <message>
         <source>The version could not be fetched.</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להביא את הגרסה.</translation>
     </message>
     <message>
         <source>Version tree</source>
-        <translation type="unfinished"></translation>
+        <translation>עץ הגרסאות</translation>
     </message>
     <message>
         <source>deleted it, %1</source>
-        <translation type="unfinished"></translation>
+        <translation>מחיקה, %1</translation>
     </message>
     <message>
         <source>added it, %1</source>
-        <translation type="unfinished"></translation>
+        <translation>הוספה, %1</translation>
     </message>
     <message>
         <source>changed it, %1</source>
-        <translation type="unfinished"></translation>
+        <translation>שינוי, %1</translation>
     </message>
     <message>
         <source>%1 %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: %2</translation>
     </message>
     <message>
         <source>Logged %1</source>
-        <translation type="unfinished"></translation>
+        <translation>נרשם %1</translation>
     </message>
     <message>
         <source>Size %1</source>
-        <translation type="unfinished"></translation>
+        <translation>גודל %1</translation>
     </message>
     <message>
         <source>This one is here.</source>
-        <translation type="unfinished"></translation>
+        <translation>זו שכאן.</translation>
     </message>
     <message>
         <source>Chosen by %1</source>
-        <translation type="unfinished"></translation>
+        <translation>נבחר על ידי %1</translation>
     </message>
     <message>
         <source>A current version: it can be used instead of the one here.</source>
-        <translation type="unfinished"></translation>
+        <translation>גרסה נוכחית: אפשר להשתמש בה במקום זו שכאן.</translation>
     </message>
     <message>
         <source>An earlier version: somebody went on from it.</source>
-        <translation type="unfinished"></translation>
+        <translation>גרסה קודמת: מישהו המשיך ממנה.</translation>
     </message>
     <message>
         <source>here</source>
-        <translation type="unfinished"></translation>
+        <translation>כאן</translation>
     </message>
     <message>
         <source>chosen by %1</source>
-        <translation type="unfinished"></translation>
+        <translation>נבחר על ידי %1</translation>
     </message>
     <message>
         <source>Deleted {} in &apos;{}&apos;:</source>
-        <translation type="unfinished"></translation>
+        <translation>נמחקו {} ב־&apos;{}&apos;:</translation>
     </message>
     <message>
         <source>Error syncing folder &apos;{}&apos; with {} while {}: {}</source>
@@ -1645,7 +1640,7 @@ Seen at: %2</source>
     </message>
     <message>
         <source>Trashed {} in &apos;{}&apos;:</source>
-        <translation type="unfinished"></translation>
+        <translation>הועברו לאשפה {} ב־&apos;{}&apos;:</translation>
     </message>
     <message>
         <source>another process holds it</source>
@@ -1725,255 +1720,255 @@ Seen at: %2</source>
     </message>
     <message>
         <source>About Zolvar</source>
-        <translation type="unfinished"></translation>
+        <translation>אודות Zolvar</translation>
     </message>
     <message>
         <source>Keeps folders in step between the computers of one local network, with no server and no account.</source>
-        <translation type="unfinished"></translation>
+        <translation>מעדכן תיקיות בין המחשבים של רשת מקומית אחת, ללא שרת וללא חשבון.</translation>
     </message>
     <message>
         <source>Version:</source>
-        <translation type="unfinished"></translation>
+        <translation>גרסה:</translation>
     </message>
     <message>
         <source>You are:</source>
-        <translation type="unfinished"></translation>
+        <translation>אתם:</translation>
     </message>
     <message>
         <source>Reached at port:</source>
-        <translation type="unfinished"></translation>
+        <translation>נגיש ביציאה:</translation>
     </message>
     <message>
         <source>nobody reaches you now</source>
-        <translation type="unfinished"></translation>
+        <translation>איש אינו מגיע אליכם כעת</translation>
     </message>
     <message>
         <source>License:</source>
-        <translation type="unfinished"></translation>
+        <translation>רישיון:</translation>
     </message>
     <message>
         <source>GNU General Public License, version 3. It comes without any warranty.</source>
-        <translation type="unfinished"></translation>
+        <translation>GNU General Public License, גרסה 3. ללא כל אחריות.</translation>
     </message>
     <message>
         <source>Close</source>
-        <translation type="unfinished"></translation>
+        <translation>סגירה</translation>
     </message>
     <message>
         <source>About &amp;Qt</source>
-        <translation type="unfinished"></translation>
+        <translation>אודות &amp;Qt</translation>
     </message>
     <message>
         <source>Unit</source>
-        <translation type="unfinished"></translation>
+        <translation>יחידה</translation>
     </message>
     <message>
         <source>&amp;Later</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;אחר כך</translation>
     </message>
     <message>
         <source>The &amp;files:</source>
-        <translation type="unfinished"></translation>
+        <translation>ה&amp;קבצים:</translation>
     </message>
     <message>
         <source>Re-Get brings the files back here from the others. Delete Everywhere moves them to the Trash of everybody who has them.</source>
-        <translation type="unfinished"></translation>
+        <translation>״הבאה מחדש״ מחזירה את הקבצים לכאן מהאחרים. ״מחיקה בכל מקום״ מעבירה אותם לאשפה אצל כל מי שמחזיק בהם.</translation>
     </message>
     <message>
         <source>Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>תיקייה</translation>
     </message>
     <message>
         <source>&amp;Choose…</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;בחירה…</translation>
     </message>
     <message>
         <source>Choose the folder</source>
-        <translation type="unfinished"></translation>
+        <translation>בחירת התיקייה</translation>
     </message>
     <message>
         <source>Select Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>בחירת תיקייה</translation>
     </message>
     <message>
         <source>Password</source>
-        <translation type="unfinished"></translation>
+        <translation>סיסמה</translation>
     </message>
     <message>
         <source>Show the password</source>
-        <translation type="unfinished"></translation>
+        <translation>הצגת הסיסמה</translation>
     </message>
     <message>
         <source>Preferences</source>
-        <translation type="unfinished"></translation>
+        <translation>העדפות</translation>
     </message>
     <message>
         <source>&amp;General</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;כללי</translation>
     </message>
     <message>
         <source>&amp;Transfers</source>
-        <translation type="unfinished"></translation>
+        <translation>ה&amp;עברה</translation>
     </message>
     <message>
         <source>&amp;Notices</source>
-        <translation type="unfinished"></translation>
+        <translation>הו&amp;דעות</translation>
     </message>
     <message>
         <source>&amp;Save</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;שמירה</translation>
     </message>
     <message>
         <source>As the system</source>
-        <translation type="unfinished"></translation>
+        <translation>כמו המערכת</translation>
     </message>
     <message>
         <source>Start Zolvar at &amp;login</source>
-        <translation type="unfinished"></translation>
+        <translation>הפעלת Zolvar עם ה&amp;כניסה</translation>
     </message>
     <message>
         <source>&amp;Keep folders in step by themselves</source>
-        <translation type="unfinished"></translation>
+        <translation>עדכון תיקיות &amp;מעצמן</translation>
     </message>
     <message>
         <source>&amp;Quick pace</source>
-        <translation type="unfinished"></translation>
+        <translation>קצב &amp;מהיר</translation>
     </message>
     <message>
         <source>L&amp;anguage:</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;שפה:</translation>
     </message>
     <message>
         <source>Takes effect at the next start.</source>
-        <translation type="unfinished"></translation>
+        <translation>ייכנס לתוקף בהפעלה הבאה.</translation>
     </message>
     <message>
         <source>While this is off, all folders are paused: nothing is fetched, and nothing is given to others.</source>
-        <translation type="unfinished"></translation>
+        <translation>כשזה כבוי, כל התיקיות בהשהיה: דבר אינו מובא, ודבר אינו ניתן לאחרים.</translation>
     </message>
     <message>
         <source>Changes travel within seconds instead of a minute or two, for a little more work. Takes effect at the next start.</source>
-        <translation type="unfinished"></translation>
+        <translation>שינויים מגיעים תוך שניות במקום דקה או שתיים, במעט יותר עבודה. ייכנס לתוקף בהפעלה הבאה.</translation>
     </message>
     <message>
         <source>KB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>KB/s</translation>
     </message>
     <message>
         <source>MB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>MB/s</translation>
     </message>
     <message>
         <source>No limit</source>
-        <translation type="unfinished"></translation>
+        <translation>ללא הגבלה</translation>
     </message>
     <message>
         <source>Most that is sent</source>
-        <translation type="unfinished"></translation>
+        <translation>המרב שנשלח</translation>
     </message>
     <message>
         <source>Most that is fetched</source>
-        <translation type="unfinished"></translation>
+        <translation>המרב שמובא</translation>
     </message>
     <message>
         <source>Keep nothing</source>
-        <translation type="unfinished"></translation>
+        <translation>לא לשמור דבר</translation>
     </message>
     <message>
         <source> days</source>
-        <translation type="unfinished"></translation>
+        <translation> ימים</translation>
     </message>
     <message>
         <source>Most that is kept</source>
-        <translation type="unfinished"></translation>
+        <translation>המרב שנשמר</translation>
     </message>
     <message>
         <source>MB</source>
-        <translation type="unfinished"></translation>
+        <translation>MB</translation>
     </message>
     <message>
         <source>GB</source>
-        <translation type="unfinished"></translation>
+        <translation>GB</translation>
     </message>
     <message>
         <source>&amp;Send at most:</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;שליחה לכל היותר:</translation>
     </message>
     <message>
         <source>&amp;Fetch at most:</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;הבאה לכל היותר:</translation>
     </message>
     <message>
         <source>For each user who fetches or is fetched from.</source>
-        <translation type="unfinished"></translation>
+        <translation>לכל משתמש שמביא או שמביאים ממנו.</translation>
     </message>
     <message>
         <source>Keep &amp;versions for:</source>
-        <translation type="unfinished"></translation>
+        <translation>שמירת &amp;גרסאות למשך:</translation>
     </message>
     <message>
         <source>For each folder at &amp;most:</source>
-        <translation type="unfinished"></translation>
+        <translation>לכל תיקייה לכל ה&amp;יותר:</translation>
     </message>
     <message>
         <source>What others&apos; changes replace in your folders is kept so that you can have it back.</source>
-        <translation type="unfinished"></translation>
+        <translation>מה ששינויים של אחרים מחליפים בתיקיות שלכם נשמר כדי שתוכלו להחזיר אותו.</translation>
     </message>
     <message>
         <source>Show all &amp;warnings again</source>
-        <translation type="unfinished"></translation>
+        <translation>הצגת כל ה&amp;אזהרות מחדש</translation>
     </message>
     <message>
         <source>Show notices about these &amp;folders:</source>
-        <translation type="unfinished"></translation>
+        <translation>הצגת הודעות על &amp;תיקיות אלה:</translation>
     </message>
     <message>
         <source>Conflicts are told either way.</source>
-        <translation type="unfinished"></translation>
+        <translation>על התנגשויות מודיעים בכל מקרה.</translation>
     </message>
     <message>
         <source>Do &amp;not ask again</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ל&amp;שאול שוב</translation>
     </message>
     <message>
         <source>First Steps</source>
-        <translation type="unfinished"></translation>
+        <translation>צעדים ראשונים</translation>
     </message>
     <message>
         <source>Folders in step, in three steps</source>
-        <translation type="unfinished"></translation>
+        <translation>תיקיות מעודכנות, בשלושה צעדים</translation>
     </message>
     <message>
         <source>Share</source>
-        <translation type="unfinished"></translation>
+        <translation>שיתוף</translation>
     </message>
     <message>
         <source>Choose a folder, or drag it onto the window. Everybody on this network who runs Zolvar sees it by its name.</source>
-        <translation type="unfinished"></translation>
+        <translation>בחרו תיקייה, או גררו אותה אל החלון. כל מי שמפעיל את Zolvar ברשת זו רואה אותה בשמה.</translation>
     </message>
     <message>
         <source>Subscribe</source>
-        <translation type="unfinished"></translation>
+        <translation>הרשמה</translation>
     </message>
     <message>
         <source>On the other computers, select the folder in the list and subscribe to it. Its files arrive.</source>
-        <translation type="unfinished"></translation>
+        <translation>במחשבים האחרים, בחרו את התיקייה ברשימה והירשמו. הקבצים מגיעים.</translation>
     </message>
     <message>
         <source>Work together</source>
-        <translation type="unfinished"></translation>
+        <translation>עבודה משותפת</translation>
     </message>
     <message>
         <source>Everybody&apos;s changes travel by themselves. When two people change one file at once, both versions are kept and you choose.</source>
-        <translation type="unfinished"></translation>
+        <translation>השינויים של כולם עוברים מעצמם. כששניים משנים קובץ אחד בו־זמנית, שתי הגרסאות נשמרות ואתם בוחרים.</translation>
     </message>
     <message>
         <source>%1. %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1. %2</translation>
     </message>
     <message>
         <source>&amp;Share a Folder…</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;שיתוף תיקייה…</translation>
     </message>
     <message>
         <source>The window shows every folder, who has it, what is missing and what conflicts, and settles conflicts for several files at once. A choice can be undone.</source>
@@ -1997,150 +1992,150 @@ Seen at: %2</source>
     </message>
     <message>
         <source>Release Notes</source>
-        <translation type="unfinished"></translation>
+        <translation>מה חדש</translation>
     </message>
     <message>
         <source>New in Zolvar %1</source>
-        <translation type="unfinished"></translation>
+        <translation>מה חדש ב־Zolvar %1</translation>
     </message>
     <message>
         <source>Folder Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>הגדרות תיקייה</translation>
     </message>
     <message>
         <source>Settings of &apos;%1&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>ההגדרות של &apos;%1&apos;</translation>
     </message>
     <message>
         <source>It has no folder on this computer.</source>
-        <translation type="unfinished"></translation>
+        <translation>אין לה תיקייה במחשב זה.</translation>
     </message>
     <message>
         <source>&amp;Password:</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;סיסמה:</translation>
     </message>
     <message>
         <source>The folder has a password</source>
-        <translation type="unfinished"></translation>
+        <translation>לתיקייה יש סיסמה</translation>
     </message>
     <message>
         <source>Unchanged</source>
-        <translation type="unfinished"></translation>
+        <translation>ללא שינוי</translation>
     </message>
     <message>
         <source>New password</source>
-        <translation type="unfinished"></translation>
+        <translation>סיסמה חדשה</translation>
     </message>
     <message>
         <source>Show &amp;notices about this folder</source>
-        <translation type="unfinished"></translation>
+        <translation>הצגת הו&amp;דעות על תיקייה זו</translation>
     </message>
     <message>
         <source>The keyring does not give the password. Unlock it, or type the password again.</source>
-        <translation type="unfinished"></translation>
+        <translation>מחזיק המפתחות אינו מוסר את הסיסמה. פתחו אותו, או הקלידו את הסיסמה שוב.</translation>
     </message>
     <message>
         <source>Everybody on the network can have the files then.</source>
-        <translation type="unfinished"></translation>
+        <translation>כולם ברשת יוכלו לקבל את הקבצים.</translation>
     </message>
     <message>
         <source>Each user sets the password on the own computer. Files travel between those who have the same one.</source>
-        <translation type="unfinished"></translation>
+        <translation>כל משתמש קובע את הסיסמה במחשבו. קבצים עוברים בין מי שיש להם אותה סיסמה.</translation>
     </message>
     <message>
         <source>The settings could not be saved.</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לשמור את ההגדרות.</translation>
     </message>
     <message>
         <source>Share Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>שיתוף תיקייה</translation>
     </message>
     <message>
         <source>Share a folder</source>
-        <translation type="unfinished"></translation>
+        <translation>שיתוף תיקייה</translation>
     </message>
     <message>
         <source>Everybody on this network who runs Zolvar sees it by its name and can subscribe to it. The files stay where they are.</source>
-        <translation type="unfinished"></translation>
+        <translation>כל מי שמפעיל את Zolvar ברשת זו רואה אותה בשמה ויכול להירשם. הקבצים נשארים במקומם.</translation>
     </message>
     <message>
         <source>None: everybody can subscribe</source>
-        <translation type="unfinished"></translation>
+        <translation>ללא: כולם יכולים להירשם</translation>
     </message>
     <message>
         <source>Who gives the same password gets the files.</source>
-        <translation type="unfinished"></translation>
+        <translation>מי שנותן אותה סיסמה מקבל את הקבצים.</translation>
     </message>
     <message>
         <source>&amp;Folder:</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;תיקייה:</translation>
     </message>
     <message>
         <source>&amp;Share</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;שיתוף</translation>
     </message>
     <message>
         <source>Subscribe to &apos;%1&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>הרשמה אל &apos;%1&apos;</translation>
     </message>
     <message>
         <source>Required</source>
-        <translation type="unfinished"></translation>
+        <translation>נדרשת</translation>
     </message>
     <message>
         <source>None</source>
-        <translation type="unfinished"></translation>
+        <translation>ללא</translation>
     </message>
     <message>
         <source>Ask the others for it: files come from those who have the same one.</source>
-        <translation type="unfinished"></translation>
+        <translation>שאלו את האחרים: קבצים מגיעים ממי שיש לו אותה סיסמה.</translation>
     </message>
     <message>
         <source>&amp;Subscribe</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;הרשמה</translation>
     </message>
     <message numerus="yes">
         <source>Shared by %n user(s).</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>משותפת על ידי משתמש אחד.</numerusform>
+            <numerusform>משותפת על ידי %n משתמשים.</numerusform>
         </translation>
     </message>
     <message>
         <source>Shared by %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>משותפת על ידי %1.</translation>
     </message>
     <message>
         <source>The files arrive in a folder on this computer and stay in step.</source>
-        <translation type="unfinished"></translation>
+        <translation>הקבצים מגיעים לתיקייה במחשב זה ונשארים מעודכנים.</translation>
     </message>
     <message>
         <source>The folder is not there.</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה אינה כאן.</translation>
     </message>
     <message>
         <source>Its drive is not connected. Connect it, and try again.</source>
-        <translation type="unfinished"></translation>
+        <translation>הכונן שלה אינו מחובר. חברו אותו ונסו שוב.</translation>
     </message>
     <message>
         <source>Unsubscribe from &apos;%1&apos;?</source>
-        <translation type="unfinished"></translation>
+        <translation>לבטל את ההרשמה אל &apos;%1&apos;?</translation>
     </message>
     <message>
         <source>The files stay on this computer, but changes no longer come here or go to the others. You can subscribe again at any time.</source>
-        <translation type="unfinished"></translation>
+        <translation>הקבצים נשארים במחשב זה, אך שינויים לא יגיעו לכאן ולא יעברו לאחרים. תוכלו להירשם שוב בכל עת.</translation>
     </message>
     <message>
         <source>Remove &apos;%1&apos;?</source>
-        <translation type="unfinished"></translation>
+        <translation>להסיר את &apos;%1&apos;?</translation>
     </message>
     <message>
         <source>&amp;Move to Trash</source>
-        <translation type="unfinished"></translation>
+        <translation>ה&amp;עברה לאשפה</translation>
     </message>
     <message>
         <source>There is no address book.</source>
-        <translation type="unfinished"></translation>
+        <translation>אין ספר כתובות.</translation>
     </message>
     <message>
         <source>There is no group named &apos;{}&apos; in the address book.</source>
@@ -2149,6 +2144,10 @@ Seen at: %2</source>
     <message>
         <source>There is no group named &apos;{}&apos; in the address book. There are: {}.</source>
         <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>You are not subscribed to any folder yet.</source>
+        <translation>עדיין אינכם מנויים על אף תיקייה.</translation>
     </message>
 </context>
 </TS>
