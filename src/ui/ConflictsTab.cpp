@@ -84,6 +84,7 @@ ConflictsTab::ConflictsTab(WindowContext& context, WindowMemory& memory, QWidget
   none_->say(Zolvar::tr("No conflicts"),
              Zolvar::tr("When two people change one file at once, both versions are kept, and you "
                         "choose here."));
+  setFocusProxy(view_);
   stack_ = new QStackedWidget(this);
   stack_->addWidget(none_);
   stack_->addWidget(page);

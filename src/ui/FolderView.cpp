@@ -94,6 +94,11 @@ FolderView::Tab FolderView::tab() const { return static_cast<Tab>(tabs_->current
 
 void FolderView::showTab(Tab tab) { tabs_->setCurrentIndex(tab); }
 
+void FolderView::openTab(Tab tab) {
+  showTab(tab);
+  tabs_->currentWidget()->setFocus(Qt::ShortcutFocusReason);
+}
+
 void FolderView::titleTabs() {
   const auto title = [](const QString& words, std::size_t count) {
     if (count == 0) return words;

@@ -39,6 +39,8 @@ class FolderView : public QWidget {
   /// Shows the folder as it is now, also when it is shown already.
   void show(const PoolInfo& info, const std::optional<TransferProgress>& progress);
   void showTab(Tab tab);
+  /// As a person who asks for it: the keyboard goes there as well.
+  void openTab(Tab tab);
   [[nodiscard]] Tab tab() const;
   /// Opens the conflicts and selects the file there.
   void showConflict(const std::string& path);

@@ -191,9 +191,9 @@ void MainWindow::connectActions() {
   on(actions_->find, [this] { list_->focusFilter(); });
   on(actions_->close, [this] { close(); });
   on(actions_->quit, [this] { Q_EMIT quitWanted(); });
-  on(actions_->users, [this] { view_->showTab(FolderView::Users); });
-  on(actions_->missing, [this] { view_->showTab(FolderView::Missing); });
-  on(actions_->conflicts, [this] { view_->showTab(FolderView::Conflicts); });
+  on(actions_->users, [this] { view_->openTab(FolderView::Users); });
+  on(actions_->missing, [this] { view_->openTab(FolderView::Missing); });
+  on(actions_->conflicts, [this] { view_->openTab(FolderView::Conflicts); });
   connect(list_, &FolderList::menuWanted, this,
           [this](const QPoint& place) { actions_->folderMenu->popup(place); });
 }

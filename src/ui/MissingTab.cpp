@@ -38,6 +38,7 @@ MissingTab::MissingTab(WindowContext& context, WindowMemory& memory, QWidget* pa
   nothing_ = new EmptyState("state-instep", this);
   nothing_->say(Zolvar::tr("Nothing is missing"),
                 Zolvar::tr("Every file that the others have told of is here."));
+  setFocusProxy(view_);
   stack_ = new QStackedWidget(this);
   stack_->addWidget(nothing_);
   stack_->addWidget(view_);

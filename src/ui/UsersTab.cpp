@@ -32,6 +32,7 @@ UsersTab::UsersTab(WindowContext& context, WindowMemory& memory, QWidget* parent
   ignore_ = makeAction(*view_, "action-unavailable", "ignore", Zolvar::tr("&Ignore"),
                        Zolvar::tr("Say no more about this user's different password"));
   nobody_ = new EmptyState("user", this);
+  setFocusProxy(view_);
   stack_ = new QStackedWidget(this);
   stack_->addWidget(nobody_);
   stack_->addWidget(view_);

@@ -70,7 +70,15 @@ struct RecordingSheets : Sheets {
 /// Ann's window in a simulated network with Bob and Carol, on virtual time.
 class WindowStage : public testing::Test {
  protected:
-  WindowStage() {
+  struct Machine {
+    const char* host;
+    const char* user;
+  };
+  WindowStage() : WindowStage({"alpha", "ann"}, {"beta", "bob"}, {"gamma", "carol"}) {}
+  WindowStage(Machine first, Machine second, Machine third)
+      : ann(world, first.host, first.user),
+        bob(world, second.host, second.user),
+        carol(world, third.host, third.user) {
     ann.start();
     bob.start();
     carol.start();
@@ -132,17 +140,11 @@ class WindowStage : public testing::Test {
     ASSERT_TRUE(until([&] { return ann.operations->conflicts(name)->size() >= paths.size(); }, 600))
         << ann.platform.log.text();
   }
-  /// Where ZOLVAR_PICTURES names a folder, the window's picture is put there for people to look at.
-  void look(const std::string& picture) {
-    const QString folder = qEnvironmentVariable("ZOLVAR_PICTURES");
-    settle(0.5);
-    if (!folder.isEmpty()) window->grab().save(folder + "/" + picture.c_str() + ".png");
-  }
 
   SimulatedWorld world;
-  AppHost ann{world, "alpha", "ann"};
-  AppHost bob{world, "beta", "bob"};
-  AppHost carol{world, "gamma", "carol"};
+  AppHost ann;
+  AppHost bob;
+  AppHost carol;
   RecordingSheets sheets;
   std::unique_ptr<FolderNews> news;
   std::unique_ptr<SheetsController> controller;

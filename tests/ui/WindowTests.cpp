@@ -131,7 +131,6 @@ TEST_F(WindowTest, showsAConflictAndItsTree) {
   settle(2);
   ASSERT_NE(window->folderView().details().tree().current(), nullptr);
   EXPECT_EQ(window->folderView().details().tree().current()->id.userId, "bob@beta.local");
-  look("conflict");
 }
 
 TEST_F(WindowTest, settlesManyConflictsWithOneConfirmation) {
