@@ -49,6 +49,7 @@ struct AppHost {
     Application::Settings settings;
     settings.version = "1.2";
     settings.resourceFolder = resourceFolder;
+    settings.addressBook = addressBook;
     auto made = Application::make(std::move(settings), platform);
     if (!made) throw std::runtime_error(refusalText(made.error()));
     app = std::move(*made);
@@ -105,6 +106,7 @@ struct AppHost {
   SimulatedPlatform platform;
   RecordingObserver observer;
   std::string resourceFolder;
+  AddressBookMaker addressBook;
   std::unique_ptr<Application> app;
   std::unique_ptr<Operations> operations;
 };
