@@ -2,7 +2,10 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <cstdlib>
+#include <stdexcept>
 
+#include "addressbook/AddressBookChoice.h"
 #include "addressbook/CardBook.h"
 #include "addressbook/CardFolder.h"
 #include "platform/PlatformFixture.h"
@@ -80,11 +83,41 @@ class FolderUnderTest : public RealUnderTest {
   const TemporaryFolder folder_;
 };
 
+/// The desktop's address book, which with-eds.sh has started for us. It is emptied first.
+class ServerUnderTest : public RealUnderTest {
+ public:
+  ServerUnderTest() {
+    NotificationCenter center;
+    const auto book = open(center);
+    (void)book->groups();
+    if (!runUntil([&] { return book->people().has_value(); })) return;
+    for (const auto& person : *book->people()) (void)book->removePerson(person.uniqueId);
+    (void)book->save();
+    const auto after = open(center);
+    runUntil([&] { return after->people().has_value() && after->people()->empty(); });
+  }
+  std::unique_ptr<AddressBook> open(NotificationCenter& center) override {
+    auto cards = loadServerCards(platform(), moduleFolder());
+    if (!cards) throw std::runtime_error(cards.error().message());
+    return std::make_unique<CardBook>(std::move(*cards), platform(), center);
+  }
+  static std::string moduleFolder() {
+    return (QCoreApplication::applicationDirPath() + "/../libexec/zolvar").toStdString();
+  }
+};
+
 }  // namespace
 
 std::vector<BookKind> bookKinds() {
   return {{"SimulatedFolder", [](auto&) { return std::make_unique<SimulatedFolderUnderTest>(); }},
-          {"Folder", [](auto&) { return std::make_unique<FolderUnderTest>(); }}};
+          {"Folder", [](auto&) { return std::make_unique<FolderUnderTest>(); }},
+          {"Server", [](auto& whyNot) -> std::unique_ptr<BookUnderTest> {
+             if (std::getenv("ZOLVAR_TEST_EDS") != nullptr) {
+               return std::make_unique<ServerUnderTest>();
+             }
+             whyNot = "needs the server of tests/addressbook/with-eds.sh";
+             return nullptr;
+           }}};
 }
 
 }  // namespace zolvar
