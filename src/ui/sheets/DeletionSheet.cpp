@@ -16,7 +16,8 @@ constexpr int Few = 3;  // files that a sentence can name
 constexpr int Rows = 8;
 
 QuestionSheet::Words wordsOf(const Alert& alert) {
-  QuestionSheet::Words words{said(alert.title), said(alert.text), {}, Zolvar::tr("&Later"), true};
+  QuestionSheet::Words words{
+      said(alert.title), said(alert.text), {}, Zolvar::tr("&Later"), true, false};
   for (const auto& button : alert.buttons) words.buttons += said(button);
   return words;
 }

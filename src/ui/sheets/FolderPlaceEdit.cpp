@@ -21,7 +21,6 @@ FolderPlaceEdit::FolderPlaceEdit(SheetsController& controller, std::string homeF
   edit_->setValidator(new FormatterValidator(std::make_unique<QMCharFilterFormatter>(), edit_));
   edit_->setLayoutDirection(Qt::LeftToRight);  // paths read so in every language
   auto* choose = new QPushButton(Zolvar::tr("&Choose…"), this);
-  choose->setAutoDefault(false);
   choose->setAccessibleName(Zolvar::tr("Choose the folder"));
   note_ = new NoteLabel(this);
   auto* layout = new QGridLayout(this);

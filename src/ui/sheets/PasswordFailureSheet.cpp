@@ -14,7 +14,7 @@ namespace zolvar {
 PasswordFailureSheet::PasswordFailureSheet(const PasswordFailureText& text, Answered answered,
                                            QWidget* window)
     : Sheet(window), answered_(std::move(answered)) {
-  introduce(ownIcon("lock"), {}, said(text.message), said(text.informative));
+  introduce(ownIcon("lock"), "Zolvar", said(text.message), said(text.informative));
   answers_ = new QButtonGroup(this);
   body().addSpacing(fontMetrics().height() / 2);
   for (const auto& resolution : text.resolutions) {

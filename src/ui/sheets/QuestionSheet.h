@@ -19,6 +19,7 @@ class QuestionSheet : public Sheet {
     QStringList buttons;  ///< the answers, the first is the default
     QString close;        ///< the button that answers nothing; empty: there is none
     bool isWarning = false;
+    bool isDestructive = false;  ///< then the one that answers nothing is the default
   };
   /// Told the answer's place among the buttons; not called when the sheet is closed otherwise.
   using Answered = std::function<void(int index)>;

@@ -25,7 +25,7 @@ namespace {
 QString keyOf(const char* kind, const std::string& about) { return kind + ('/' + toQt(about)); }
 
 QuestionSheet::Words wordsOf(const Alert& alert) {
-  QuestionSheet::Words words{said(alert.title), said(alert.text), {}, {}, true};
+  QuestionSheet::Words words{said(alert.title), said(alert.text), {}, {}, true, false};
   for (const auto& button : alert.buttons) words.buttons += said(button);
   return words;
 }
@@ -137,8 +137,13 @@ void WindowSheets::remove(const std::string& poolName) {
   };
   const auto warning = context_.sheetsController.removePool(poolName);
   if (!warning) return act();
-  confirm(Zolvar::tr("Remove '%1'?").arg(toQt(poolName)), said(*warning),
-          Zolvar::tr("&Move to Trash"), act);
+  ask({Zolvar::tr("Remove '%1'?").arg(toQt(poolName)),
+       said(*warning),
+       {Zolvar::tr("&Move to Trash")},
+       Zolvar::tr("Cancel"),
+       true,
+       true},
+      [act](int /*index*/) { act(); });
 }
 
 void WindowSheets::openFolder(const std::string& poolName) {
@@ -174,12 +179,12 @@ void WindowSheets::confirmSwitch(const std::string& path, const std::string& use
 
 void WindowSheets::confirm(const QString& title, const QString& text, const QString& button,
                            std::function<void()> proceed) {
-  ask({title, text, {button}, Zolvar::tr("Cancel"), true},
+  ask({title, text, {button}, Zolvar::tr("Cancel"), true, false},
       [proceed = std::move(proceed)](int /*index*/) { proceed(); });
 }
 
 void WindowSheets::showProblem(const QString& title, const QString& sentence) {
-  ask({title, sentence, {Zolvar::tr("Continue")}, {}, true}, {});
+  ask({title, sentence, {Zolvar::tr("Continue")}, {}, true, false}, {});
 }
 
 // Panels.
