@@ -1,17 +1,23 @@
 #include <QAbstractItemModelTester>
 #include <QAction>
 #include <QDropEvent>
+#include <QLineEdit>
+#include <QMenu>
 #include <QMimeData>
 #include <QTableView>
+#include <QTest>
 #include <QTreeView>
 #include <QUrl>
 
+#include "app/Outcomes.h"
 #include "ui/ConflictsTab.h"
 #include "ui/DetailsPane.h"
+#include "ui/DifferenceDialog.h"
 #include "ui/FolderList.h"
 #include "ui/FolderListModel.h"
 #include "ui/FolderView.h"
 #include "ui/MissingTab.h"
+#include "ui/PersonColors.h"
 #include "ui/StateTexts.h"
 #include "ui/TrayIcon.h"
 #include "ui/UsersTab.h"
@@ -215,6 +221,108 @@ TEST_F(WindowTest, remembersHowItWasLeft) {
   EXPECT_EQ(window->folderView().tab(), FolderView::Missing);
   EXPECT_FALSE(window->folderView().details().isVisible());
   EXPECT_EQ(window->folderView().users().view().columnWidth(0), 77);
+}
+
+TEST_F(WindowTest, comparesTextsLineByLine) {
+  openWithConflicts({"bread.txt"});
+  select("bread.txt", true);
+  actionOf(tab(), "Compare")->trigger();
+  const auto dialog = [this] { return window->findChild<DifferenceDialog*>(); };
+  ASSERT_TRUE(until([&] { return dialog() != nullptr; }, 600)) << ann.platform.log.text();
+  dialog()->reject();
+  EXPECT_TRUE(ann.platform.workspace.opened.empty()) << "shown here, in no other program";
+}
+
+TEST_F(WindowTest, givesUpMissingFilesForEverybody) {
+  shareAmongAll("Recipes", {"bread.txt"});
+  openWindow();
+  WindowFrontEnd frontEnd(*window, sheets);
+  ann.app->outcomes().setFrontEnd(&frontEnd);
+  ann.platform.processes.troubles.secondsPerFile = 1000;
+  bob.platform.files.write("/home/user/Recipes/cake.txt", "cake");
+  ASSERT_TRUE(until([&] { return !ann.operations->missing("Recipes")->empty(); }, 600));
+  window->folderView().showTab(FolderView::Missing);
+  settle(1);
+  auto& missing = window->folderView().missing();
+  EXPECT_EQ(missing.model().rowCount(), 1);
+  missing.view().selectAll();
+  actionOf(missing, "Delete Everywhere")->trigger();
+  ASSERT_TRUE(until([&] { return sheets.has("deletion Recipes"); })) << ann.platform.log.text();
+  EXPECT_EQ(ann.operations->missing("Recipes")->size(), 1U) << "not before the answer";
+  sheets.answerDeletion(SecondButton);
+  ASSERT_TRUE(until([&] { return ann.operations->missing("Recipes")->empty(); }, 600));
+  EXPECT_TRUE(until([&] { return bob.platform.files.wasTrashed("cake"); }, 6000));
+  ann.app->outcomes().setFrontEnd(nullptr);
+}
+
+TEST_F(WindowTest, filtersTheFolders) {
+  shareAmongAll("Recipes", {"bread.txt"});
+  shareAmongAll("Plans", {"garden.txt"});
+  openWindow();
+  auto* field = window->folderList().findChild<QLineEdit*>();
+  const auto shown = [this] {
+    const auto* rows = window->folderList().view().model();
+    QStringList names;
+    for (int row = 0; row < rows->rowCount(rows->index(0, 0)); ++row) {
+      names += rows->index(row, 0, rows->index(0, 0)).data().toString();
+    }
+    return names.join(" ").toStdString();
+  };
+  EXPECT_EQ(shown(), "Plans Recipes");
+  QTest::keyClicks(field, "reci");
+  EXPECT_EQ(shown(), "Recipes");
+  QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+  QTest::keyClick(field, Qt::Key_Delete);
+  EXPECT_EQ(shown(), "Plans Recipes");
+}
+
+TEST_F(WindowTest, hasAllInTheTraysMenu) {
+  shareAmongAll("Recipes", {"bread.txt"});
+  openWindow();
+  TrayIcon tray(*context, *window);
+  const auto texts = [&] {
+    Q_EMIT tray.menu().aboutToShow();
+    QStringList words;
+    for (const QAction* action : tray.menu().actions()) words += action->text().remove('&');
+    return words.join("|").toStdString();
+  };
+  EXPECT_EQ(texts(), "Open Zolvar||Recipes — In step||Pause||Quit Zolvar");
+  actionOf(tray.menu(), "Pause")->menu()->actions().front()->trigger();
+  settle(1);
+  EXPECT_THAT(texts(), HasSubstr("Recipes — Paused"));
+  EXPECT_THAT(texts(), HasSubstr("|Resume (paused until "));
+  actionOf(tray.menu(), "Resume")->trigger();
+  settle(1);
+  EXPECT_THAT(texts(), HasSubstr("|Pause|"));
+  int quits = 0;
+  QObject::connect(window.get(), &MainWindow::quitWanted, [&] { ++quits; });
+  tray.menu().actions().back()->trigger();
+  EXPECT_EQ(quits, 1);
+}
+
+TEST(TrayIcon, showsWhatNeedsAPersonFirst) {
+  using enum FolderStateKind;
+  const auto of = [](std::vector<FolderStateKind> kinds) {
+    std::vector<FolderState> states(kinds.size());
+    for (std::size_t each = 0; each < kinds.size(); ++each) states[each].kind = kinds[each];
+    return overallState(states);
+  };
+  EXPECT_EQ(of({}), NotSubscribed);
+  EXPECT_EQ(of({InStep, Alone}), InStep);
+  EXPECT_EQ(of({InStep, Fetching, Paused}), Fetching);
+  EXPECT_EQ(of({Fetching, Conflict, InStep}), Conflict);
+  EXPECT_EQ(of({Conflict, WaitingForDrive}), WaitingForDrive);
+}
+
+TEST(PersonColors, differWithinAFolder) {
+  PersonColors colors;
+  std::set<QRgb> seen;
+  for (const char* person : {"ann@alpha.local", "bob@beta.local", "carol@gamma.local", "d@e.local",
+                             "f@g.local", "h@i.local", "j@k.local", "l@m.local"}) {
+    seen.insert(colors.of(person).rgb());
+  }
+  EXPECT_EQ(seen.size(), 8U);
+  EXPECT_EQ(colors.of("bob@beta.local"), colors.of("bob@beta.local"));
 }
 
 TEST(StateTexts, sayTheStateInAFewWords) {
