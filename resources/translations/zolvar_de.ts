@@ -107,10 +107,6 @@ Vermerkt %3</translation>
         <translation>Wahl &amp;rückgängig machen</translation>
     </message>
     <message>
-        <source>These files were changed in two places at once. Nothing is lost: every version is kept until you choose the one to go on with.</source>
-        <translation>Diese Dateien wurden an zwei Orten zugleich geändert. Nichts ist verloren: Jede Version bleibt erhalten, bis Sie die wählen, mit der es weitergeht.</translation>
-    </message>
-    <message>
         <source>No conflicts</source>
         <translation>Keine Konflikte</translation>
     </message>
@@ -2158,6 +2154,10 @@ Gesehen bei: %2</translation>
     <message>
         <source>You are not subscribed to any folder yet.</source>
         <translation>Sie haben noch keinen Ordner abonniert.</translation>
+    </message>
+    <message>
+        <source>Changed in two places at once. Nothing is lost: every version is kept until you choose.</source>
+        <translation>An zwei Orten zugleich geändert. Nichts ist verloren: Jede Version bleibt, bis Sie wählen.</translation>
     </message>
 </context>
 </TS>

@@ -107,10 +107,6 @@ Logged %3</source>
         <translation>&amp;ביטול הבחירה</translation>
     </message>
     <message>
-        <source>These files were changed in two places at once. Nothing is lost: every version is kept until you choose the one to go on with.</source>
-        <translation>קבצים אלה שונו בשני מקומות בו־זמנית. דבר לא אבד: כל גרסה נשמרת עד שתבחרו באיזו להמשיך.</translation>
-    </message>
-    <message>
         <source>No conflicts</source>
         <translation>אין התנגשויות</translation>
     </message>
@@ -2148,6 +2144,10 @@ Seen at: %2</source>
     <message>
         <source>You are not subscribed to any folder yet.</source>
         <translation>עדיין אינכם מנויים על אף תיקייה.</translation>
+    </message>
+    <message>
+        <source>Changed in two places at once. Nothing is lost: every version is kept until you choose.</source>
+        <translation>שונו בשני מקומות בו־זמנית. דבר לא אבד: כל גרסה נשמרת עד שתבחרו.</translation>
     </message>
 </context>
 </TS>

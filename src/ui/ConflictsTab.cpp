@@ -68,8 +68,8 @@ ConflictsTab::ConflictsTab(WindowContext& context, WindowMemory& memory, QWidget
   undo_->setEnabled(false);
 
   auto* hint = new QLabel(
-      Zolvar::tr("These files were changed in two places at once. Nothing is lost: every version "
-                 "is kept until you choose the one to go on with."),
+      Zolvar::tr("Changed in two places at once. Nothing is lost: every version is kept until you "
+                 "choose."),
       this);
   hint->setWordWrap(true);
   bar_ = new MessageBar(this);
