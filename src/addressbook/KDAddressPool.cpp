@@ -241,9 +241,15 @@ void KDAddressPool::exportGroup(const Contents& contents) {
     if (std::exchange(pool->exportsAgain_, false)) pool->copyVCardsFromAddressBook();
   };
   const auto group = syncGroup();
-  const auto members = group ? book_.members(group->uniqueId) : tl::unexpected(group.error());
+  auto members = group ? book_.members(group->uniqueId) : tl::unexpected(group.error());
+  if (group && !members && members.error().kind == FailureKind::Absent) {
+    // In many books a group is gone with its last member; while we run that is seen for what it is.
+    if (auto again = book_.addGroup(displayName())) {
+      group_ = *again;
+      members = std::vector<ABPerson>();
+    }
+  }
   if (!members) {
-    if (members.error().kind == FailureKind::Absent) group_.reset();  // it is made again
     note(members.error());
     return finish();
   }

@@ -40,6 +40,7 @@ struct Contacts {
   }
   void removeFromGroup(const std::string& id) {
     content.groups["Friends"].erase(id);
+    if (content.groups["Friends"].empty()) content.groups.erase("Friends");
     book->tell({id});
   }
   /// "Ann Lee (Acme)", sorted.
@@ -150,6 +151,7 @@ TEST_F(KDAddressPoolTest, writesNothingWhenNothingChanged) {
   pair();
   ASSERT_TRUE(untilMembers(bob, {"Lee Young"})) << bob.host.platform.log.text();
   world.loop.advance(120);
+  EXPECT_EQ(ann.members(), std::vector<std::string>{"Lee Young, Jr"}) << "written back";
   const auto before = std::make_pair(ann.logLines(), bob.logLines());
   for (int minute = 0; minute < 60; ++minute) {
     world.loop.advance(60);
