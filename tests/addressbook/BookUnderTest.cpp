@@ -91,7 +91,8 @@ class ServerUnderTest : public RealUnderTest {
     const auto book = open(center);
     (void)book->groups();
     if (!runUntil([&] { return book->people().has_value(); })) return;
-    for (const auto& person : *book->people()) (void)book->removePerson(person.uniqueId);
+    const auto people = book->people();
+    for (const auto& person : *people) (void)book->removePerson(person.uniqueId);
     (void)book->save();
     const auto after = open(center);
     runUntil([&] { return after->people().has_value() && after->people()->empty(); });
