@@ -8,6 +8,7 @@
 #include <iostream>
 #include <utility>
 
+#include "addressbook/AddressBookChoice.h"
 #include "app/LogReporter.h"
 #include "app/Operations.h"
 #include "cli/ControlServer.h"
@@ -15,8 +16,10 @@
 #include "cli/SignalPipe.h"
 #include "net/NetworkTime.h"
 #include "platform/Log.h"
+#include "platform/ProcessLauncher.h"
 #include "platform/Workspace.h"
 #include "platform/qt/SystemPlatform.h"
+#include "util/PathRules.h"
 
 namespace zolvar {
 namespace {
@@ -71,6 +74,11 @@ Result<> EngineProgram::make(const Options& options) {
   settings.resourceFolder =
       (QCoreApplication::applicationDirPath() + "/../share/zolvar").toStdString();
   settings.ownProgram = QCoreApplication::applicationFilePath().toStdString();
+  settings.addressBook = [](Platform& platform, NotificationCenter& center) {
+    // Modules lie where the transfer tool does.
+    const auto tool = platform.processes.clientToolPath();
+    return makeAddressBook(platform, center, tool ? std::string(parentPath(*tool)) : "");
+  };
   auto made = Application::make(std::move(settings), *platform_);
   if (!made) return tl::unexpected(made.error());
   application_ = std::move(*made);
