@@ -2,7 +2,7 @@
 
 import os
 
-from lab import check, converge, wait_until
+from lab import always, check, converge, wait_until
 
 NAMES = [
     " leading blank", "trailing blank ", "two  blanks", 'a "quoted" name', "it's", "comma, semi; colon:",
@@ -100,7 +100,8 @@ def scenario_question(lab):
         converge(here, there)
         here.remove("asked")
         wait_until(lambda: "asked" in str(ann.cli("question")), 60, "nobody asked")
-        check(there.read("asked") == "precious", "deleted before anyone had answered")
+        always(lambda: there.read("asked") == "precious", 6, "deleted before anyone had answered")
+        check(ann.pool("Question")["state"] == "question open", f"it says {ann.pool('Question')}")
         ann.command("answer", "Question", "reget")
         wait_until(lambda: here.read("asked") == "precious", 60, "not fetched again")
         converge(here, there)  # gone before its arrival was noted, it would just be fetched again
