@@ -69,12 +69,13 @@ _zolvar() {
     restore:3) _zolvar_offer < <(_zolvar_kept "$name" "${COMP_WORDS[3]}") ;;
     answer:2) COMPREPLY=($(compgen -W "reget delete" -- "$cur")) ;;
     get:1 | set:1)
-      COMPREPLY=($(compgen -W "AutosyncingEnabled BWLimitIn BWLimitOut DontUseGrowl-
-        HeadlessDeleteAnswer KnownVersion NSShowNonLocalizedStrings Pace QMPool- ShowOnlyActivePools
+      COMPREPLY=($(compgen -W "AddressBook AddressBookFolder AutosyncingEnabled BWLimitIn BWLimitOut DontUseGrowl-
+        HeadlessDeleteAnswer KnownVersion NSShowNonLocalizedStrings OwnCard Pace QMPool- ShowOnlyActivePools
         SuppressPoolDeactivationWarning SuppressPoolDeletionWarning SuppressSwitchBranchWarning
         TimeServer1 TimeServer2 VersionsDays VersionsMegabytes activePools" -- "$cur")) ;;
     set:2)
       case $name in
+        AddressBook) COMPREPLY=($(compgen -W "auto eds folder" -- "$cur")) ;;
         Pace) COMPREPLY=($(compgen -W "normal quick" -- "$cur")) ;;
         Suppress* | ShowOnlyActivePools | DontUseGrowl-* | AutosyncingEnabled)
           COMPREPLY=($(compgen -W "yes no" -- "$cur")) ;;

@@ -11,16 +11,15 @@
 namespace zolvar {
 namespace {
 
-constexpr std::string_view OwnKeys[] = {"QMPoolIdentity-", "HasPassword-", "PausedUntil",
-                                        "pausedFolders"};
+constexpr std::string_view OwnKeys[] = {"QMPoolIdentity-",  "HasPassword-",
+                                        "PausedUntil",      "pausedFolders",
+                                        "AddressBookInUse", "KnownAddressBookFolder"};
 
-constexpr std::string_view Switches[] = {"AutosyncingEnabled",
-                                         "NSShowNonLocalizedStrings",
-                                         "ShowOnlyActivePools",
-                                         "StartAtLogin",
-                                         "SuppressPoolDeletionWarning",
-                                         "SuppressPoolDeactivationWarning",
-                                         "SuppressSwitchBranchWarning"};
+constexpr std::string_view Switches[] = {
+    "AutosyncingEnabled",          "NSShowNonLocalizedStrings",
+    "ShowOnlyActivePools",         "StartAtLogin",
+    "SuppressPoolDeletionWarning", "SuppressPoolDeactivationWarning",
+    "SuppressSwitchBranchWarning"};
 constexpr std::string_view SwitchPrefix = "DontUseGrowl-";  // a pool's name follows
 constexpr std::string_view SwitchValues[] = {"0", "1", "false", "true", "no", "yes"};
 
@@ -31,6 +30,7 @@ struct Choice {
 
 const std::vector<Choice>& choices() {
   static const std::vector<Choice> known = {
+      {"AddressBook", {"auto", "eds", "folder"}},
       {"Pace", {"normal", "quick"}},
       {"HeadlessDeleteAnswer", {"ask", "reget", "delete"}},
   };
@@ -41,7 +41,8 @@ constexpr std::string_view Numbers[] = {"BWLimitIn", "BWLimitOut", "VersionsDays
                                         "VersionsMegabytes"};
 
 /// Checked where they are used, if anywhere.
-constexpr std::string_view Others[] = {"KnownVersion", "Language", "activePools"};
+constexpr std::string_view Others[] = {"AddressBookFolder", "KnownVersion", "OwnCard", "Language",
+                                       "activePools"};
 constexpr std::string_view OtherPrefix = "QMPool-";
 
 constexpr std::string_view Servers[] = {"TimeServer1", "TimeServer2"};
