@@ -24,7 +24,8 @@ void changeParts(CardText& card, const std::string& name, std::size_t leastParts
                  const std::vector<const char*>& properties, const ABChanges& changes) {
   const VCardLine* line = card.first(name);
   std::vector<std::string> raw;
-  for (const auto part : rawPartsOfValue(line ? line->value : "", ';')) raw.emplace_back(part);
+  const std::string_view before = line ? std::string_view(line->value) : std::string_view();
+  for (const auto part : rawPartsOfValue(before, ';')) raw.emplace_back(part);
   raw.resize(std::max(raw.size(), leastParts));
   bool isChanged = false;
   for (std::size_t index = 0; index < properties.size(); ++index) {
@@ -72,20 +73,25 @@ void changeNames(CardText& card, std::string_view text, const ABChanges& changes
                                           ABProperty::Suffix};
   ABPerson person = personOfCard(text);
   const std::string before = wholeName(person);
+  bool isRenamed = false;
   for (const auto& [property, value] : changes) {
+    const ABValue* old = person.value(property);
+    const bool isPart =
+        std::find_if(parts.begin(), parts.end(),
+                     [&name = property](const char* part) { return part == name; }) != parts.end();
+    isRenamed = isRenamed ||
+                (isPart && plainText(value) != plainText(old ? std::optional(*old) : std::nullopt));
     if (value) {
       person.values.insert_or_assign(property, *value);
     } else {
       person.values.erase(property);
     }
   }
-  if (card.first("N")) {
-    changeParts(card, "N", parts.size(), parts, changes);
-  } else if (std::any_of(parts.begin(), parts.end(),
-                         [&](const char* part) { return changes.contains(part); })) {
-    ABChanges all;  // what stood in the whole name alone so far
+  if (isRenamed) {
+    ABChanges all;  // without the line, what stood in the whole name alone so far
     for (const char* part : parts) {
-      if (const ABValue* value = person.value(part)) all[part] = *value;
+      const ABValue* value = person.value(part);
+      all[part] = value ? std::optional(*value) : std::nullopt;
     }
     changeParts(card, "N", parts.size(), parts, all);
   }
@@ -187,7 +193,13 @@ void changeEntries(CardText& card, const std::string& property,
   for (const auto& line : card.lines()) {
     const char* ofLine = multiPropertyOfLine(line);
     if (!ofLine || ofLine != std::string_view(property)) continue;
-    if (auto entry = entryOfLine(line, card.lines())) known.push_back({&line, *entry});
+    auto entry = entryOfLine(line, card.lines());
+    if (!entry) continue;
+    entry->isPrimary =
+        entry->isPrimary && std::none_of(known.begin(), known.end(), [](const Known& k) {
+          return k.entry.isPrimary;  // there is one
+        });
+    known.push_back({&line, std::move(*entry)});
   }
   const auto* list = value ? std::get_if<ABMultiValue>(&*value) : nullptr;
   const ABMultiValue wanted = list ? *list : ABMultiValue();

@@ -6,6 +6,7 @@
 #include <array>
 #include <charconv>
 #include <iterator>
+#include <set>
 
 namespace zolvar {
 namespace {
@@ -286,6 +287,7 @@ bool isPersonsCard(const std::vector<VCardLine>& lines) {
 ABPerson personOfCard(std::string_view card) {
   const auto lines = linesOfCard(card);
   ABPerson person;
+  std::set<std::string> seen;
   person.vCardData = card;
   for (const auto& line : lines) {
     if (const char* property = multiPropertyOfLine(line)) {
@@ -297,7 +299,8 @@ ABPerson personOfCard(std::string_view card) {
           entry->isPrimary &&
           std::none_of(entries.begin(), entries.end(), [](const auto& e) { return e.isPrimary; });
       entries.push_back(std::move(*entry));
-    } else {
+    } else if (seen.insert(line.name).second ||
+               line.name == "PHOTO") {  // a second one is a mistake
       readLine(line, person);
     }
   }
