@@ -285,8 +285,11 @@ std::string cardInCategory(std::string_view text, std::string_view category) {
     return std::string(text);
   }
   const VCardLine* line = card.first("CATEGORIES");
-  const std::string before = line && !line->value.empty() ? line->value + "," : "";
-  card.replace(line, "CATEGORIES", "", before + escapedValue(category));
+  std::string value;
+  for (const auto part : rawPartsOfValue(line ? std::string_view(line->value) : "", ',')) {
+    if (!part.empty()) value.append(part).append(",");
+  }
+  card.replace(line, "CATEGORIES", "", value + escapedValue(category));
   return card.written();
 }
 

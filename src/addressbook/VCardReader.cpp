@@ -340,7 +340,7 @@ std::vector<std::string_view> rawPartsOfValue(std::string_view value, char separ
   std::size_t begin = 0;
   for (std::size_t index = 0; index < value.size(); ++index) {
     if (value[index] == '\\') {
-      ++index;
+      if (++index == value.size()) value.remove_suffix(1);  // it escapes nothing
     } else if (value[index] == separator) {
       parts.push_back(value.substr(begin, index - begin));
       begin = index + 1;

@@ -42,7 +42,7 @@ std::vector<std::string_view> cardsIn(std::string_view text);
 std::vector<VCardLine> linesOfCard(std::string_view card);
 
 /// Splits a value at the separators that no backslash stands before. A value without separators,
-/// and an empty one, is one part.
+/// and an empty one, is one part. A backslash at the very end is left out.
 std::vector<std::string_view> rawPartsOfValue(std::string_view value, char separator);
 /// The same, unescaped.
 std::vector<std::string> partsOfValue(std::string_view value, char separator);
