@@ -98,16 +98,17 @@ class ServerUnderTest : public RealUnderTest {
     runUntil([&] { return after->people().has_value() && after->people()->empty(); });
   }
   std::unique_ptr<AddressBook> open(NotificationCenter& center) override {
-    auto cards = loadServerCards(platform(), moduleFolder());
+    auto cards = loadServerCards(platform(), serverModuleFolder());
     if (!cards) throw std::runtime_error(cards.error().message());
     return std::make_unique<CardBook>(std::move(*cards), platform(), center);
-  }
-  static std::string moduleFolder() {
-    return (QCoreApplication::applicationDirPath() + "/../libexec/zolvar").toStdString();
   }
 };
 
 }  // namespace
+
+std::string serverModuleFolder() {
+  return (QCoreApplication::applicationDirPath() + "/../libexec/zolvar").toStdString();
+}
 
 std::vector<BookKind> bookKinds() {
   return {{"SimulatedFolder", [](auto&) { return std::make_unique<SimulatedFolderUnderTest>(); }},

@@ -29,4 +29,7 @@ struct BookKind {
 };
 std::vector<BookKind> bookKinds();
 
+/// Where the build leaves the server's module.
+std::string serverModuleFolder();
+
 }  // namespace zolvar
