@@ -70,7 +70,7 @@ def sentences_of(source):
                                statement)
         if is_failure:
             for attempt in found[:1]:
-                if re.match(r"(another|it|its|the|this|no) ", attempt):
+                if re.match(r"(a|an|another|it|its|the|this|no) ", attempt):
                     yield attempt
                 elif re.match(r"[a-z]+( |$)", attempt):
                     yield f"Could not {attempt.strip()} '{{}}'"

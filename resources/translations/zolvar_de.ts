@@ -2159,5 +2159,41 @@ Gesehen bei: %2</translation>
         <source>Changed in two places at once. Nothing is lost: every version is kept until you choose.</source>
         <translation>An zwei Orten zugleich geändert. Nichts ist verloren: Jede Version bleibt, bis Sie wählen.</translation>
     </message>
+    <message>
+        <source>Share C&amp;ontacts…</source>
+        <translation>K&amp;ontakte teilen …</translation>
+    </message>
+    <message>
+        <source>Offer a group of the address book to everybody here</source>
+        <translation>Allen hier eine Gruppe des Adressbuchs anbieten</translation>
+    </message>
+    <message>
+        <source>Share Contacts</source>
+        <translation>Kontakte teilen</translation>
+    </message>
+    <message>
+        <source>Share a group of contacts</source>
+        <translation>Eine Gruppe von Kontakten teilen</translation>
+    </message>
+    <message>
+        <source>Who subscribes to it has these contacts in the own address book, and changes travel both ways. Notes stay where they are.</source>
+        <translation>Wer sie abonniert, hat diese Kontakte im eigenen Adressbuch, und Änderungen reisen in beide Richtungen. Notizen bleiben, wo sie sind.</translation>
+    </message>
+    <message>
+        <source>&amp;Group:</source>
+        <translation>&amp;Gruppe:</translation>
+    </message>
+    <message>
+        <source>There are no groups in the address book.</source>
+        <translation>Im Adressbuch gibt es keine Gruppen.</translation>
+    </message>
+    <message>
+        <source>The contacts cannot be shared.</source>
+        <translation>Die Kontakte können nicht geteilt werden.</translation>
+    </message>
+    <message>
+        <source>a folder with files in it lies there; move these away first</source>
+        <translation>dort liegt ein Ordner mit Dateien; bringen Sie diese zuerst weg</translation>
+    </message>
 </context>
 </TS>

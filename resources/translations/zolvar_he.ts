@@ -2149,5 +2149,41 @@ Seen at: %2</source>
         <source>Changed in two places at once. Nothing is lost: every version is kept until you choose.</source>
         <translation>שונו בשני מקומות בו־זמנית. דבר לא אבד: כל גרסה נשמרת עד שתבחרו.</translation>
     </message>
+    <message>
+        <source>Share C&amp;ontacts…</source>
+        <translation>שיתוף &amp;אנשי קשר…</translation>
+    </message>
+    <message>
+        <source>Offer a group of the address book to everybody here</source>
+        <translation>הצעת קבוצה מספר הכתובות לכולם כאן</translation>
+    </message>
+    <message>
+        <source>Share Contacts</source>
+        <translation>שיתוף אנשי קשר</translation>
+    </message>
+    <message>
+        <source>Share a group of contacts</source>
+        <translation>שיתוף קבוצת אנשי קשר</translation>
+    </message>
+    <message>
+        <source>Who subscribes to it has these contacts in the own address book, and changes travel both ways. Notes stay where they are.</source>
+        <translation>מי שנרשם מקבל את אנשי הקשר בספר הכתובות שלו, ושינויים עוברים בשני הכיוונים. הערות נשארות במקומן.</translation>
+    </message>
+    <message>
+        <source>&amp;Group:</source>
+        <translation>&amp;קבוצה:</translation>
+    </message>
+    <message>
+        <source>There are no groups in the address book.</source>
+        <translation>אין קבוצות בספר הכתובות.</translation>
+    </message>
+    <message>
+        <source>The contacts cannot be shared.</source>
+        <translation>אי אפשר לשתף את אנשי הקשר.</translation>
+    </message>
+    <message>
+        <source>a folder with files in it lies there; move these away first</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>
