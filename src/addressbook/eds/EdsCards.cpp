@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 #include <libebook/libebook.h>
 
+#include <chrono>
 #include <deque>
+#include <future>
 #include <optional>
 
 #include "addressbook/eds/GlibThread.h"
@@ -13,6 +15,7 @@ namespace zolvar {
 namespace {
 
 constexpr unsigned BetweenTries = 30;  // seconds
+constexpr std::chrono::seconds LongestEnd{3};
 constexpr guint32 DoNotWait = static_cast<guint32>(-1);
 constexpr const char* Everything = "(contains \"x-evolution-any-field\" \"\")";
 constexpr const char* SettingsSchema = "org.gnome.evolution-data-server.addressbook";
@@ -87,7 +90,14 @@ class EdsCards::Session {
  public:
   Session(RunLoop& runLoop, Log& log, std::shared_ptr<Front> front)
       : runLoop_(runLoop), log_(log), front_(std::move(front)), cancellable_(g_cancellable_new()) {}
+  /// What was asked for last is still written, if the server is quick about it.
   ~Session() {
+    const auto isWritten = std::make_shared<std::promise<void>>();
+    thread_.post([this, isWritten] {
+      writeQueued();
+      isWritten->set_value();
+    });
+    isWritten->get_future().wait_for(LongestEnd);
     g_cancellable_cancel(cancellable_.get());
     thread_.post([this] {
       disconnect();
@@ -186,8 +196,9 @@ class EdsCards::Session {
     }
     session.tell([removed](Front& front) { front.events.changed({}, removed); });
   }
-  static void onComplete(EBookClientView*, const GError*, gpointer self) {
+  static void onComplete(EBookClientView*, const GError* error, gpointer self) {
     auto& session = *static_cast<Session*>(self);
+    if (error) return session.failLater(error->message);
     if (!session.initial_) return;
     const std::string identity = fmt::format("eds {}", e_source_get_uid(session.source_.get()));
     session.tell([identity, own = ownContact(), cards = *session.initial_](Front& front) {
@@ -199,11 +210,13 @@ class EdsCards::Session {
     session.writeQueued();
   }
   static void onDied(EBookClient*, gpointer self) {
-    auto& session = *static_cast<Session*>(self);
-    session.thread_.post([&session] {  // not while the client tells of its end
-      if (session.client_)
-        session.fail(Error(g_error_new_literal(E_CLIENT_ERROR, E_CLIENT_ERROR_DBUS_ERROR,
-                                               "the address book's server has ended")));
+    static_cast<Session*>(self)->failLater("the address book's server has ended");
+  }
+  /// Not while the one that fails is telling of it.
+  void failLater(const char* reason) {
+    thread_.post([this, reason = std::string(reason)] {
+      if (!client_) return;
+      fail(Error(g_error_new_literal(E_CLIENT_ERROR, E_CLIENT_ERROR_DBUS_ERROR, reason.c_str())));
     });
   }
 
