@@ -205,8 +205,12 @@ int ConflictsModel::rowCount(const QModelIndex& parent) const {
 
 int ConflictsModel::columnCount(const QModelIndex& /*parent*/) const { return ColumnCount; }
 
+QString ConflictsModel::described(const std::string& path) const {
+  return toQt(describe_ ? describe_(path) : path);
+}
+
 QVariant ConflictsModel::fileText(const Conflict& conflict, Column column) const {
-  if (column == Name) return toQt(conflict.path);
+  if (column == Name) return described(conflict.path);
   if (column == Changed) {
     return Zolvar::tr("%n version(s)", nullptr, static_cast<int>(conflict.versions.size()));
   }

@@ -2,6 +2,7 @@
 
 #include <QAbstractItemModel>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -27,6 +28,10 @@ class ConflictsModel : public QAbstractItemModel {
   ConflictsModel(std::string localUserId, PersonColors& colors);
   ~ConflictsModel() override;
 
+  /// Files as people know them; their paths unless set.
+  void setDescription(std::function<std::string(const std::string& path)> describe) {
+    describe_ = std::move(describe);
+  }
   /// Null shows nothing.
   void setSnapshot(std::shared_ptr<const PoolSnapshot> snapshot);
   /// The size of a version has become known.
@@ -63,6 +68,9 @@ class ConflictsModel : public QAbstractItemModel {
 
   std::string localUserId_;
   PersonColors& colors_;
+  [[nodiscard]] QString described(const std::string& path) const;
+
+  std::function<std::string(const std::string&)> describe_;
   std::shared_ptr<const PoolSnapshot> snapshot_;
   std::vector<std::unique_ptr<File>> files_;  ///< by path
   std::map<std::string, std::map<VersionId, std::uint64_t>> sizes_;

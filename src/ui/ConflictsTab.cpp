@@ -35,6 +35,8 @@ ConflictsTab::ConflictsTab(WindowContext& context, WindowMemory& memory, QWidget
       model_(context.application.peer().userId(), context.colors),
       decisions_(context.operations) {
   view_ = new QTreeView(this);
+  model_.setDescription(
+      [this](const std::string& path) { return context_.operations.describe(poolName_, path); });
   view_->setModel(&model_);
   view_->setUniformRowHeights(true);
   view_->setAllColumnsShowFocus(true);

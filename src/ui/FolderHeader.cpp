@@ -78,7 +78,8 @@ FolderHeader::FolderHeader(const QList<QAction*>& actions, std::string homeFolde
 
 void FolderHeader::faint() {
   const double ratio = devicePixelRatioF();
-  icon_->setPixmap(ownIcon("zolvar").pixmap(QSize(IconSide, IconSide), ratio));
+  const char* const icon = isAddressFolder_ ? "contacts" : "zolvar";
+  icon_->setPixmap(ownIcon(icon).pixmap(QSize(IconSide, IconSide), ratio));
   stateIcon_->setPixmap(stateIcon(kind_).pixmap(QSize(StateIconSide, StateIconSide), ratio));
   QPalette palette = this->palette();
   palette.setColor(QPalette::WindowText,
@@ -87,10 +88,11 @@ void FolderHeader::faint() {
 }
 
 void FolderHeader::show(const PoolInfo& info, const std::optional<TransferProgress>& progress) {
-  name_->setText(toQt(info.name));
+  name_->setText(toQt(info.displayName));
   place_->setText(placeText(info, homeFolder_));
-  if (kind_ != info.state.kind) {
+  if (kind_ != info.state.kind || isAddressFolder_ != info.isAddressFolder) {
     kind_ = info.state.kind;
+    isAddressFolder_ = info.isAddressFolder;
     faint();
   }
   state_->setText(stateText(info, progress));

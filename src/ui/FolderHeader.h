@@ -40,6 +40,7 @@ class FolderHeader : public QWidget {
   QProgressBar* bar_;
   QLabel* figures_;
   FolderStateKind kind_ = FolderStateKind::NotSubscribed;
+  bool isAddressFolder_ = false;
 };
 
 }  // namespace zolvar

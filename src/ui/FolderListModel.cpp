@@ -140,6 +140,7 @@ QVariant FolderListModel::data(const QModelIndex& index, int role) const {
   }
   switch (role) {
     case Qt::DisplayRole:
+      return toQt(folder->info.displayName);
     case NameRole:
       return toQt(folder->info.name);
     case Qt::DecorationRole:
@@ -151,7 +152,7 @@ QVariant FolderListModel::data(const QModelIndex& index, int role) const {
     case Qt::ToolTipRole:
       return folder->info.folder.empty() ? QVariant() : toQt(folder->info.folder);
     case Qt::AccessibleTextRole:
-      return Zolvar::tr("%1, %2").arg(toQt(folder->info.name),
+      return Zolvar::tr("%1, %2").arg(toQt(folder->info.displayName),
                                       summaryText(folder->info, folder->progress));
     default:
       return {};

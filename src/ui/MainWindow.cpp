@@ -132,7 +132,7 @@ void MainWindow::showSelected() {
   const auto* row = model_->row(selectedFolder());
   updateActions(row != nullptr ? &row->info : nullptr);
   stack_->setCurrentIndex(row == nullptr ? 0 : 1);
-  setWindowTitle(row != nullptr ? toQt(row->info.name) : QString());
+  setWindowTitle(row != nullptr ? toQt(row->info.displayName) : QString());
   if (row != nullptr) view_->show(row->info, row->progress);
 }
 
@@ -174,6 +174,8 @@ void MainWindow::connectActions() {
     connect(action, &QAction::triggered, this, act);
   };
   on(actions_->share, withSheets([](Sheets& sheets) { sheets.shareFolder({}); }));
+  on(actions_->shareContacts, withSheets([](Sheets& sheets) { sheets.shareContacts(); }));
+  actions_->shareContacts->setVisible(context_.application.addresses() != nullptr);
   on(actions_->preferences, withSheets([](Sheets& sheets) { sheets.preferences(); }));
   on(actions_->quickStart, withSheets([](Sheets& sheets) { sheets.quickStart(); }));
   on(actions_->releaseNotes, withSheets([](Sheets& sheets) { sheets.releaseNotes(); }));

@@ -24,6 +24,8 @@ MainWindowActions::MainWindowActions(QWidget& window) : window_(window) {
   share = withKey(make("folder-new", "share", Zolvar::tr("&Share Folder…"),
                        Zolvar::tr("Offer a folder to everybody on this network")),
                   QKeySequence::New);
+  shareContacts = make("x-office-address-book", "contacts", Zolvar::tr("Share C&ontacts…"),
+                       Zolvar::tr("Offer a group of the address book to everybody here"));
   preferences = withKey(make("preferences-system", "settings", Zolvar::tr("&Preferences…")),
                         QKeySequence("Ctrl+,"));
   preferences->setMenuRole(QAction::PreferencesRole);
@@ -74,7 +76,7 @@ void MainWindowActions::fill(QMenuBar& bar, QAction& undo, const QList<QAction*>
                              const QList<QAction*>& ofMissing, const QList<QAction*>& ofUsers,
                              QAction& details) {
   QMenu* file = bar.addMenu(Zolvar::tr("&File"));
-  file->addActions({share});
+  file->addActions({share, shareContacts});
   file->addSeparator();
   file->addActions({preferences});
   file->addSeparator();

@@ -20,6 +20,7 @@ class MainWindowActions {
 
   // Files.
   QAction* share;
+  QAction* shareContacts;  ///< of a program with an address book
   QAction* preferences;
   QAction* close;
   QAction* quit;

@@ -88,14 +88,18 @@ QString MissingModel::holders(const std::string& path) const {
   return people.join(Zolvar::tr(", "));
 }
 
+QString MissingModel::described(const std::string& path) const {
+  return toQt(describe_ ? describe_(path) : path);
+}
+
 QVariant MissingModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid()) return {};
   const std::string& file = path(index.row());
   switch (role) {
     case Qt::DisplayRole:
-      return index.column() == Path ? toQt(file) : holders(file);
+      return index.column() == Path ? described(file) : holders(file);
     case Qt::ToolTipRole:
-      return Zolvar::tr("%1\nSeen at: %2").arg(toQt(file), holders(file));
+      return Zolvar::tr("%1\nSeen at: %2").arg(described(file), holders(file));
     case Qt::ForegroundRole:
       if (index.column() == Holders && !snapshot_->holders->contains(file)) {
         return faintColor(QGuiApplication::palette());

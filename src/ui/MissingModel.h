@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,6 +23,10 @@ class MissingModel : public QAbstractTableModel {
 
   using QAbstractTableModel::QAbstractTableModel;
 
+  /// Files as people know them; their paths unless set.
+  void setDescription(std::function<std::string(const std::string& path)> describe) {
+    describe_ = std::move(describe);
+  }
   /// Null shows nothing.
   void setSnapshot(std::shared_ptr<const PoolSnapshot> snapshot);
   [[nodiscard]] const std::string& path(int row) const {
@@ -39,6 +44,9 @@ class MissingModel : public QAbstractTableModel {
   [[nodiscard]] QString holders(const std::string& path) const;
   void pointIntoSnapshot();
 
+  [[nodiscard]] QString described(const std::string& path) const;
+
+  std::function<std::string(const std::string&)> describe_;
   std::shared_ptr<const PoolSnapshot> snapshot_;
   std::vector<const std::string*> rows_;
 };

@@ -21,6 +21,8 @@ namespace zolvar {
 MissingTab::MissingTab(WindowContext& context, WindowMemory& memory, QWidget* parent)
     : QWidget(parent), context_(context) {
   view_ = new QTableView(this);
+  model_.setDescription(
+      [this](const std::string& path) { return context_.operations.describe(poolName_, path); });
   view_->setModel(&model_);
   setUpTable(*view_, Zolvar::tr("Missing files"));
   view_->setTextElideMode(Qt::ElideMiddle);

@@ -18,6 +18,7 @@ class Sheets {
 
   // Folders. `path` is proposed, for example a folder dropped on the window; empty: none.
   virtual void shareFolder(const std::string& path) = 0;
+  virtual void shareContacts() = 0;
   virtual void subscribe(const std::string& poolName) = 0;
   virtual void unsubscribe(const std::string& poolName) = 0;
   virtual void remove(const std::string& poolName) = 0;

@@ -16,6 +16,7 @@
 #include "ui/sheets/QuickStartPanel.h"
 #include "ui/sheets/ReleaseNotesPanel.h"
 #include "ui/sheets/SettingsSheet.h"
+#include "ui/sheets/ShareContactsSheet.h"
 #include "ui/sheets/ShareSheet.h"
 #include "ui/sheets/SubscribeSheet.h"
 
@@ -93,6 +94,12 @@ bool WindowSheets::isThere(const std::string& poolName) {
 void WindowSheets::shareFolder(const std::string& path) {
   auto* sheet = open<ShareSheet>("share", context_, path);
   QObject::connect(sheet, &ShareSheet::wasShared, &window_, &MainWindow::selectFolder,
+                   Qt::UniqueConnection);
+}
+
+void WindowSheets::shareContacts() {
+  auto* sheet = open<ShareContactsSheet>("shareContacts", context_);
+  QObject::connect(sheet, &ShareContactsSheet::wasShared, &window_, &MainWindow::selectFolder,
                    Qt::UniqueConnection);
 }
 
@@ -220,7 +227,7 @@ void WindowSheets::askAboutDeletion(const std::string& poolName, const Alert& al
   const auto pool = context_.application.peer().poolNamed(poolName);
   if (const auto question = pool ? context_.outcomes.openQuestion(*pool) : std::nullopt) {
     for (const auto& path : visibleFiles({question->paths.begin(), question->paths.end()})) {
-      files += toQt(path);
+      files += toQt(context_.operations.describe(poolName, path));
     }
   }
   present(*new DeletionSheet(alert, files, asCode(std::move(answered)), &window_),

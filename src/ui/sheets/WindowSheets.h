@@ -22,6 +22,7 @@ class WindowSheets : public Sheets {
   WindowSheets& operator=(const WindowSheets&) = delete;
 
   void shareFolder(const std::string& path) override;
+  void shareContacts() override;
   void subscribe(const std::string& poolName) override;
   void unsubscribe(const std::string& poolName) override;
   void remove(const std::string& poolName) override;
