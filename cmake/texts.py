@@ -23,7 +23,7 @@ LUPDATE = "/usr/lib/qt6/bin/lupdate"
 
 # Where the engine words what a person reads; elsewhere it writes logs and files.
 SPEAKING = {
-    "app": "Application ConflictDecisions Contacts EnvironmentChecks FolderRules Operations "
+    "app": "AddressFolders Application ConflictDecisions Contacts EnvironmentChecks FolderRules Operations "
            "OperationsDecisions OutcomeTexts Outcomes Pauses SettingRules SheetsController "
            "TransferToolCheck",
     "net": "KDPeer KDPeerAnnouncements ServerControl TransferDaemon",
@@ -38,7 +38,7 @@ PUT_TOGETHER = (
     "Continue", "Cancel", "{} file", "{} files", "{} address", "{} addresses",
     "Deleted {} in '{}':", "Trashed {} in '{}':", "The folder '{}' is not shared: {}",
     "Its name differs from '{}' in case or blanks only, and both cannot be served.",
-    "loading changes", "socket connection failed.", "error in rsync protocol data stream",
+    "Merge Contacts in '{}'?", "loading changes", "socket connection failed.", "error in rsync protocol data stream",
     "some files could not be transferred", "authentication failed",
 )
 NOT_SAID = ("{} {} in '{}':\\n", "{} at '{}'", "KDPeer with base path: ", "HasPassword-",

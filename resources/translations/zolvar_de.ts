@@ -2195,5 +2195,13 @@ Gesehen bei: %2</translation>
         <source>a folder with files in it lies there; move these away first</source>
         <translation>dort liegt ein Ordner mit Dateien; bringen Sie diese zuerst weg</translation>
     </message>
+    <message>
+        <source>Others have contacts whose names are like those of people in your address book ({}). Click to open them there, and merge those that are the same.</source>
+        <translation>Andere haben Kontakte, deren Namen denen von Personen in Ihrem Adressbuch gleichen ({}). Klicken Sie, um sie dort zu öffnen, und führen Sie zusammen, was dasselbe ist.</translation>
+    </message>
+    <message>
+        <source>Merge Contacts in &apos;{}&apos;?</source>
+        <translation>Kontakte in „{}“ zusammenführen?</translation>
+    </message>
 </context>
 </TS>

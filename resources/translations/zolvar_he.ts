@@ -2185,5 +2185,13 @@ Seen at: %2</source>
         <source>a folder with files in it lies there; move these away first</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Others have contacts whose names are like those of people in your address book ({}). Click to open them there, and merge those that are the same.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Merge Contacts in &apos;{}&apos;?</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>
