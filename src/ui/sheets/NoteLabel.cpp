@@ -7,6 +7,7 @@
 #include <QResizeEvent>
 
 #include "ui/Icons.h"
+#include "ui/sheets/LongWords.h"
 #include "ui/sheets/Picture.h"
 
 namespace zolvar {
@@ -32,9 +33,10 @@ NoteLabel::NoteLabel(QWidget* parent) : QWidget(parent) {
 }
 
 void NoteLabel::say(const QString& text, Weight weight) {
-  if (text == label_->text() && weight == weight_) return;
+  if (text == text_ && weight == weight_) return;
   weight_ = weight;
-  label_->setText(text);
+  text_ = text;
+  label_->setText(breakable(text));
   warning_->setVisible(weight == Weight::Warning);
   error_->setVisible(weight == Weight::Error);
   color();
@@ -53,8 +55,6 @@ void NoteLabel::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
   if (event->oldSize().width() != width()) updateGeometry();
 }
-
-QString NoteLabel::text() const { return label_->text(); }
 
 void NoteLabel::color() {
   QPalette own;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <QWidget>
 
 class QLabel;
@@ -17,7 +18,7 @@ class NoteLabel : public QWidget {
   explicit NoteLabel(QWidget* parent);
   /// Empty: nothing.
   void say(const QString& text, Weight weight = Weight::Hint);
-  [[nodiscard]] QString text() const;
+  [[nodiscard]] QString text() const { return text_; }
 
   // As high as the text needs at the width that it has: forms take a height that depends on the
   // width from no field.
@@ -33,6 +34,7 @@ class NoteLabel : public QWidget {
   void color();
 
   Weight weight_ = Weight::Hint;
+  QString text_;
   Picture* warning_;
   Picture* error_;
   QLabel* label_;

@@ -2,7 +2,6 @@
 
 #include <QFormLayout>
 #include <QLabel>
-#include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -11,6 +10,7 @@
 #include "ui/Sheets.h"
 #include "ui/Texts.h"
 #include "ui/WindowContext.h"
+#include "ui/sheets/LongWords.h"
 #include "ui/sheets/NoteLabel.h"
 #include "ui/sheets/Picture.h"
 
@@ -63,9 +63,9 @@ Sheet::Sheet(QWidget* window) : QDialog(window) {
 void Sheet::introduce(const QIcon& picture, const QString& title, const QString& heading,
                       const QString& text) {
   setWindowTitle(title);
-  heading_->setText(heading);
+  heading_->setText(breakable(heading));
   heading_->setVisible(!heading.isEmpty());
-  text_->setText(text);
+  text_->setText(breakable(text));
   text_->setVisible(!text.isEmpty());
   setAccessibleName(heading.isEmpty() ? title : heading);
   setAccessibleDescription(text);
@@ -91,6 +91,7 @@ QPushButton* Sheet::addCancel() {
 }
 
 void Sheet::wait() {
+  focus_ = focusWidget();
   content_->setEnabled(false);
   for (QAbstractButton* button : buttons_->buttons()) {
     if (buttons_->buttonRole(button) != QDialogButtonBox::RejectRole) button->setEnabled(false);
@@ -115,6 +116,7 @@ Operations::Done Sheet::ending(WindowContext& context, NoteLabel& note, const QS
     }
     self->content_->setEnabled(true);
     for (QAbstractButton* button : self->buttons_->buttons()) button->setEnabled(true);
+    if (self->focus_) self->focus_->setFocus();
     note.say(sentence, NoteLabel::Weight::Error);
   };
 }

@@ -2,6 +2,7 @@
 
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QPointer>
 #include <functional>
 #include <string>
 
@@ -58,6 +59,7 @@ class Sheet : public QDialog {
   QLabel* text_;
   QVBoxLayout* body_;
   QDialogButtonBox* buttons_;
+  QPointer<QWidget> focus_;  ///< before the wait
 };
 
 }  // namespace zolvar
