@@ -29,6 +29,7 @@ struct RecordingSheets : Sheets {
     opened.push_back(about.empty() ? what : what + " " + about);
   }
   void shareFolder(const std::string& path) override { note("share", path); }
+  void shareContacts() override { note("shareContacts"); }
   void subscribe(const std::string& name) override { note("subscribe", name); }
   void unsubscribe(const std::string& name) override { note("unsubscribe", name); }
   void remove(const std::string& name) override { note("remove", name); }
