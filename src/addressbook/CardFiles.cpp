@@ -38,6 +38,7 @@ Result<CardFiles::Changes> CardFiles::scan(const std::set<std::string>& suspects
   const auto listed = folder_->list("");
   if (!listed) return tl::unexpected(listed.error());
   std::set<std::string> present;
+  std::map<std::string, File> fresh;
   for (const auto& [name, attributes] : *listed) {
     if (!isCardFile(name, attributes)) continue;
     const auto known = files_.find(name);
@@ -50,12 +51,13 @@ Result<CardFiles::Changes> CardFiles::scan(const std::set<std::string>& suspects
       }
     }
     auto texts = cardsOf(name);
-    if (texts.empty()) continue;
-    present.insert(name);
-    files_[name] = {attributes, std::move(texts), {}};
+    if (!texts.empty()) fresh[name] = {attributes, std::move(texts), {}};
   }
-  std::erase_if(files_, [&](const auto& file) { return !present.contains(file.first); });
-  return takeOver();
+  std::vector<std::string> gone;
+  for (const auto& [name, file] : files_) {
+    if (!present.contains(name)) gone.push_back(name);
+  }
+  return takeOver(gone, std::move(fresh));
 }
 
 std::vector<std::string> CardFiles::cardsOf(const std::string& name) {
@@ -66,76 +68,87 @@ std::vector<std::string> CardFiles::cardsOf(const std::string& name) {
   return cards;
 }
 
-/// Who has an id keeps it, as long as its file stands unchanged.
-void CardFiles::giveIds() {
-  std::erase_if(owners_, [&](const auto& owner) {
-    const auto file = files_.find(owner.second);
-    return file == files_.end() || (file->second.ids.empty() && owner.first != added_);
-  });
-  for (auto& [name, file] : files_) {
-    if (!file.ids.empty()) continue;
+/// Makes the fresh files' cards those that are known, and tells the difference. Who has an id keeps
+/// it, as long as its file stands unchanged.
+CardFiles::Changes CardFiles::takeOver(const std::vector<std::string>& gone,
+                                       std::map<std::string, File> fresh) {
+  KeptCards before;
+  const auto release = [&](const std::string& name) {
+    const auto file = files_.find(name);
+    if (file == files_.end()) return;
+    for (const auto& id : file->second.ids) {
+      before.insert(cards_.extract(id));
+      owners_.erase(id);
+    }
+    files_.erase(file);
+  };
+  for (const auto& name : gone) release(name);
+  for (const auto& [name, file] : fresh) release(name);
+  Changes changes;
+  for (auto& [name, file] : fresh) {
     const std::string stem = name.substr(0, name.size() - Extension.size());
     for (std::size_t index = 0; index < file.texts.size(); ++index) {
       const std::string number = index == 0 ? "" : fmt::format("-{}", index + 1);
       const std::string uid = uidOf(file.texts[index]);
       std::string id = uid.empty() ? recordId(stem) + number : recordId(uid);
-      const auto owner = owners_.find(id);
-      const bool isTaken = owner != owners_.end() && (owner->second != name || id != added_);
-      if (isTaken) id += "-" + hexHash(name) + number;
+      if (owners_.contains(id)) id += "-" + hexHash(name) + number;
       owners_[id] = name;
+      KeptCard card{file.texts[index], file.texts.size() == 1, joinPath(path_, name)};
+      const auto known = before.find(id);
+      if (known == before.end() || known->second != card) changes.changed[id] = card;
+      if (known != before.end()) before.erase(known);
+      cards_[id] = std::move(card);
       file.ids.push_back(std::move(id));
     }
+    file.texts.clear();
   }
+  for (const auto& [id, card] : before) changes.removed.push_back(id);
+  files_.merge(fresh);
+  return changes;
 }
 
-/// Makes the files' cards those that are known, and tells the difference.
-CardFiles::Changes CardFiles::takeOver() {
-  giveIds();
-  KeptCards now;
-  for (const auto& [name, file] : files_) {
-    for (std::size_t index = 0; index < file.texts.size(); ++index) {
-      now[file.ids[index]] = {file.texts[index], file.texts.size() == 1, joinPath(path_, name)};
-    }
-  }
-  Changes changes;
-  for (const auto& [id, card] : now) {
-    const auto known = cards_.find(id);
-    if (known == cards_.end() || known->second.text != card.text ||
-        known->second.isWritable != card.isWritable ||
-        known->second.addressToOpen != card.addressToOpen) {
-      changes.changed[id] = card;
-    }
-  }
-  for (const auto& [id, card] : cards_) {
-    if (!now.contains(id)) changes.removed.push_back(id);
-  }
-  cards_ = std::move(now);
-  return changes;
+CardFiles::Changes CardFiles::look(const std::string& name) {
+  const auto attributes = folder_->attributes(name);
+  if (!attributes) return takeOver({name}, {});
+  std::map<std::string, File> fresh;
+  if (auto texts = cardsOf(name); !texts.empty()) fresh[name] = {*attributes, std::move(texts), {}};
+  return takeOver({}, std::move(fresh));
 }
 
 Result<CardFiles::Changes> CardFiles::write(const CardWrite& write) {
   if (write.kind == CardWrite::Kind::Add) return add(write);
-  auto scanned = scan({});  // it may have another name by now
-  if (!scanned) return scanned;
+  Changes changes;
+  const auto owner = owners_.find(write.id);
+  const auto there = owner == owners_.end() ? std::vector<std::string>() : cardsOf(owner->second);
+  if (there.size() != 1 || there.front() != cards_.at(write.id).text) {
+    // Changed, renamed or removed since.
+    auto scanned = scan(owner == owners_.end() ? std::set<std::string>() : std::set{owner->second});
+    if (!scanned) return scanned;
+    changes = std::move(*scanned);
+  }
   const auto card = cards_.find(write.id);
-  if (card == cards_.end()) return scanned;
+  if (card == cards_.end()) return changes;
   if (!card->second.isWritable) {
     return fail(FailureKind::Refused, "change the contact", write.id,
                 "its file holds several contacts");
   }
   const std::string name = owners_.at(write.id);
-  if (write.kind == CardWrite::Kind::Remove) {
-    if (const auto trashed = folder_->trash(name);
-        !trashed && trashed.error().kind != FailureKind::Absent) {
-      return tl::unexpected(trashed.error());
-    }
-  } else {
-    if (const auto changed = change(write, name); !changed) return tl::unexpected(changed.error());
+  const auto done = write.kind == CardWrite::Kind::Remove ? remove(name) : change(write, name);
+  if (!done) return tl::unexpected(done.error());
+  Changes after = look(name);
+  for (auto& [id, changed] : changes.changed) {
+    if (cards_.contains(id)) after.changed.try_emplace(id, std::move(changed));
   }
-  auto after = scan({name});
-  if (!after) return after;
-  for (auto& [id, changed] : scanned->changed) after->changed.try_emplace(id, std::move(changed));
+  for (auto& id : changes.removed) {
+    if (!cards_.contains(id)) after.removed.push_back(std::move(id));
+  }
   return after;
+}
+
+Result<> CardFiles::remove(const std::string& name) {
+  auto trashed = folder_->trash(name);
+  if (!trashed && trashed.error().kind == FailureKind::Absent) return {};
+  return trashed;
 }
 
 Result<> CardFiles::change(const CardWrite& write, const std::string& name) {
@@ -163,11 +176,7 @@ Result<CardFiles::Changes> CardFiles::add(const CardWrite& write) {
   if (const auto written = folder_->replace(name, write.text, PrivateMode); !written) {
     return tl::unexpected(written.error());
   }
-  owners_.try_emplace(write.id, name);
-  added_ = write.id;
-  auto scanned = scan({name});
-  added_.clear();
-  return scanned;
+  return look(name);
 }
 
 std::map<std::string, std::string> CardFiles::idsByFile() const {

@@ -42,21 +42,21 @@ class CardFiles {
  private:
   struct File {
     FileAttributes attributes;
-    std::vector<std::string> texts;
-    std::vector<std::string> ids;  ///< of the texts; empty until they are given
+    std::vector<std::string> texts;  ///< of its cards, until they are taken over
+    std::vector<std::string> ids;    ///< of its cards, from then on
   };
 
   [[nodiscard]] std::vector<std::string> cardsOf(const std::string& name);
-  void giveIds();
-  Changes takeOver();
+  Changes takeOver(const std::vector<std::string>& gone, std::map<std::string, File> fresh);
+  Changes look(const std::string& name);
   Result<Changes> add(const CardWrite& write);
   Result<> change(const CardWrite& write, const std::string& name);
+  Result<> remove(const std::string& name);
 
   const std::unique_ptr<Folder> folder_;
   const std::string path_;
   std::map<std::string, File> files_;          ///< by name
   std::map<std::string, std::string> owners_;  ///< record id → file name
-  std::string added_;                          ///< the id that a file being added is to have
   KeptCards cards_;
 };
 

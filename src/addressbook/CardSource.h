@@ -21,6 +21,7 @@ struct KeptCard {
   std::string text;           ///< from BEGIN to END
   bool isWritable = true;     ///< false where a change would spoil others (several cards in a file)
   std::string addressToOpen;  ///< what shows it to a person; may be empty
+  bool operator==(const KeptCard&) const = default;
 };
 using KeptCards = std::map<std::string, KeptCard>;  ///< by record id
 
