@@ -59,12 +59,20 @@ std::string AddressMemory::uniqueIdForFilename(const std::string& fileName) cons
   return dot == std::string::npos || dot == 0 ? fileName : fileName.substr(0, dot);
 }
 
-std::string AddressMemory::filenameForUniqueId(const std::string& recordId) const {
+std::string AddressMemory::filenameForUniqueId(const std::string& recordId,
+                                               const std::string& poolName) const {
   const std::lock_guard guard(mutex_);
-  const auto found =
-      std::find_if(uids_.strings.rbegin(), uids_.strings.rend(),
-                   [&recordId](const auto& entry) { return entry.second == recordId; });
-  return found == uids_.strings.rend() ? recordId + CardExtension : found->first;
+  const std::string ownName = recordId + CardExtension;
+  const auto isOfPool = [&](const std::string& fileName) {
+    return marks_.strings.contains(markKey(poolName, fileName));
+  };
+  std::string found;
+  for (auto entry = uids_.strings.rbegin(); entry != uids_.strings.rend(); ++entry) {
+    if (entry->second != recordId) continue;
+    if (isOfPool(entry->first)) return entry->first;
+    if (found.empty()) found = entry->first;
+  }
+  return found.empty() || isOfPool(ownName) ? ownName : found;
 }
 
 bool AddressMemory::isMapped(const std::string& fileName) const {

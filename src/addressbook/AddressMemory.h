@@ -35,8 +35,10 @@ class AddressMemory {
   void load();
   /// The mapped record, else the file name without its extension.
   [[nodiscard]] std::string uniqueIdForFilename(const std::string& fileName) const;
-  /// The last file name that is mapped to the record, else the record id with the extension "vcf".
-  [[nodiscard]] std::string filenameForUniqueId(const std::string& recordId) const;
+  /// The last file name that is mapped to the record, one of the pool's before others, else the
+  /// record id with the extension "vcf".
+  [[nodiscard]] std::string filenameForUniqueId(const std::string& recordId,
+                                                const std::string& poolName) const;
   [[nodiscard]] bool isMapped(const std::string& fileName) const;
   void setUniqueIdForFileName(const std::string& recordId, const std::string& fileName);
   void forgetFile(const std::string& poolName, const std::string& fileName);

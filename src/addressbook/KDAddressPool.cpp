@@ -182,7 +182,7 @@ class KDAddressPool::Export {
 
   /// A file of other people's is not written over while it is only alike by a part of the name.
   [[nodiscard]] std::string fileNameFor(const ABPerson& member) const {
-    std::string fileName = pool_.memory_.filenameForUniqueId(member.uniqueId);
+    std::string fileName = pool_.memory_.filenameForUniqueId(member.uniqueId, pool_.name());
     const auto mark = pool_.mark(fileName);
     const auto file = contents_.find(fileName);
     if (mark && mark->isMatched && file != contents_.end()) {
@@ -358,7 +358,7 @@ std::optional<ABPerson> KDAddressPool::personOfSameName(const ABPerson& person) 
   if (!found) return std::nullopt;
   // Whoever came by another card of this folder is another person there.
   std::erase_if(*found, [this](const ABPerson& candidate) {
-    const std::string file = memory_.filenameForUniqueId(candidate.uniqueId);
+    const std::string file = memory_.filenameForUniqueId(candidate.uniqueId, name());
     return memory_.isMapped(file) && (mark(file) || pendingMarks_.contains(file));
   });
   return found->empty() ? std::nullopt : std::optional(found->back());
