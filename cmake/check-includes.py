@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Arrows between the folders of src point one way. Says each include that points the other way,
-and each Qt header outside the folders that may know Qt."""
+and each header of Qt or GLib outside the folders that may know them."""
 
 import re
 import sys
@@ -8,6 +8,7 @@ from pathlib import Path
 
 LAYERS = ["util", "platform", "log", "pool", "net", "addressbook", "app", "cli", "ui"]
 KNOW_QT = ("platform/qt", "cli", "ui")
+KNOW_GLIB = ("platform/qt", "addressbook/eds")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 
 source = Path(__file__).resolve().parent.parent / "src"
@@ -28,6 +29,8 @@ for file in sorted(source.rglob("*")):
         if bracket == "<":
             if re.match(r"Q[A-Z]|Qt|qt|q[a-z]+\.h", header) and not knows_qt:
                 problem = "a Qt header has no place here"
+            if re.match(r"(glib|gio|libebook)", header) and not str(place).startswith(KNOW_GLIB):
+                problem = "a header of GLib has no place here"
         elif target in LAYERS:
             serves = str(place) == "ui/main.cpp" and target == "cli"  # the control socket's server
             if LAYERS.index(target) > LAYERS.index(layer) or (
