@@ -43,9 +43,10 @@ FolderFacts folderFacts(const Application& application, const KDPoolPresence& pr
   facts.isSubscribed = !isLeft || application.isWaitingForDrive(pool.name());
   if (!facts.isSubscribed) return facts;
   facts.isPaused = application.pauses().isPaused(pool.name());
-  facts.isAccessible = !isLeft && snapshot->trouble.empty();
-  facts.isPasswordReadable = pool.passwordState() == PasswordState::None ||
-                             pool.passwordState() == PasswordState::Set;
+  facts.isAccessible = !isLeft && snapshot->isAccessible;
+  facts.hasTrouble = !snapshot->trouble.empty();
+  facts.isPasswordReadable =
+      pool.passwordState() == PasswordState::None || pool.passwordState() == PasswordState::Set;
   facts.isClockOff = application.isClockOff();
   facts.hasQuestion = application.outcomes().openQuestion(pool).has_value();
   facts.isScanned = facts.phase == PoolPhase::Active && snapshot->lastScan > 0;

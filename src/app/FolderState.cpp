@@ -22,7 +22,7 @@ FolderStateKind kindOf(const FolderFacts& facts) {
   if (facts.phase == PoolPhase::Recovering) return facts.present == 0 ? Alone : Checking;
   if (facts.phase != PoolPhase::Active || !facts.isScanned) return Checking;
   if (facts.present == 0) return Alone;
-  return mayCome || facts.reachable + facts.agreeing == 0 ? Checking : InStep;
+  return mayCome || facts.hasTrouble || facts.reachable + facts.agreeing == 0 ? Checking : InStep;
 }
 
 std::string textOf(FolderStateKind kind, const FolderFacts& facts) {

@@ -23,8 +23,8 @@ enum class FolderStateKind {
   Fetching,
   Missing,   ///< and nobody present has them
   Alone,     ///< nobody else is present
-  Checking,  ///< before the first whole scan, and before logs were compared with somebody
-             ///< present
+  Checking,  ///< before the first whole scan, before logs were compared with somebody present, and
+             ///< while there is trouble
   InStep,
 };
 
@@ -34,6 +34,7 @@ struct FolderFacts {
   bool isSubscribed = false;  ///< also while its drive is away
   bool isPaused = false;
   bool isAccessible = true;
+  bool hasTrouble = false;  ///< something that was decided cannot be done; a sentence tells
   bool isPasswordReadable = true;
   bool isClockOff = false;
   bool hasQuestion = false;

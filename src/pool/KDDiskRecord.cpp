@@ -24,7 +24,7 @@ char kindLetter(const KDDiskState& state) {
     case FileKind::Link:
       return 'l';
     default:
-      return state.isGuess ? 'g' : 'f';
+      return state.isGuess ? 'g' : state.isUnseen ? 'u' : 'f';
   }
 }
 
@@ -53,12 +53,13 @@ KDDiskState KDDiskState::of(const FileAttributes& attributes, KDLogFileEntry* en
           attributes.inode,
           attributes.device,
           entry,
+          false,
           false};
 }
 
 KDDiskState KDDiskState::guess(const FileAttributes& attributes, KDLogFileEntry* entry) {
   KDDiskState state = of(attributes, entry);
-  state.isGuess = true;
+  state.isGuess = state.isUnseen = true;
   return state;
 }
 
@@ -129,6 +130,7 @@ void KDDiskRecord::load(KDVersionTree& tree, FileIdentity root) {
                  : *kind == "l" ? FileKind::Link
                                 : FileKind::Regular;
     state.isGuess = *kind == "g";
+    state.isUnseen = state.isGuess || *kind == "u";
     if (!parseNumber(takeField(line), state.size) || !parseNumber(takeField(line), state.modTime) ||
         !parseNumber(takeField(line), state.inode) || !parseNumber(takeField(line), state.device)) {
       continue;

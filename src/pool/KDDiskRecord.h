@@ -24,7 +24,8 @@ struct KDDiskState {
   std::uint64_t inode = 0;          ///< 0: recorded in another folder than this one
   std::uint64_t device = 0;         ///< 0: not comparable
   KDLogFileEntry* entry = nullptr;  ///< the version it is; null: left by a copy run, not yet known
-  bool isGuess = false;  ///< taken for that version by its time alone, until a listing tells more
+  bool isGuess = false;   ///< taken for that version by its time alone, until a listing tells more
+  bool isUnseen = false;  ///< nobody saw it arrive: by its time, and perhaps its size, it is that
 
   static KDDiskState guess(const FileAttributes& attributes, KDLogFileEntry* entry);
   static KDDiskState of(const FileAttributes& attributes, KDLogFileEntry* entry);

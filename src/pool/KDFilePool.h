@@ -145,7 +145,7 @@ class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
   void restoreVersion(const std::string& path, const std::string& id, Done done);
   /// Fetches one version to a file outside the folder, from whichever of `participants` has it.
   void fetchVersion(const std::string& path, const VersionId& version, const std::string& to,
-                    std::vector<ParticipantAddress> participants, Done done);
+                    const std::vector<ParticipantAddress>& participants, Done done);
 
  protected:
   KDFilePool(const std::string& path, const Options& options, Platform& platform,

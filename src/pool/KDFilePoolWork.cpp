@@ -167,8 +167,8 @@ void KDFilePool::restoreVersion(const std::string& path, const std::string& id, 
 }
 
 void KDFilePool::fetchVersion(const std::string& path, const VersionId& version,
-                              const std::string& to, std::vector<ParticipantAddress> participants,
-                              Done done) {
+                              const std::string& to,
+                              const std::vector<ParticipantAddress>& participants, Done done) {
   const KDPoolSync::Settings settings{name(), userId_, password_, bandwidthLimit_, false, {}};
   onStateLane<double>([=](KDPoolState& state) { return state.modTimeOf(path, version); },
                       [=, weak = weak_from_this()](const Result<double>& modTime) {

@@ -93,6 +93,8 @@ Result<> KDPoolState::readEverything() {
   conflicts_.clear();
   missingOnce_.clear();
   mergedOffsets_.clear();
+  loggedUntil_.clear();
+  waiting_.clear();
   scanNumber_ = 0;
   store_ = std::make_unique<KDEntryStore>();
   tree_ = std::make_unique<KDVersionTree>(*store_, settings_.userId);
@@ -156,7 +158,8 @@ Result<> KDPoolState::readAllLogs() {
       entries.insert(entries.end(), summary.entries.begin(), summary.entries.end());
     }
   }
-  tree_->appendAll(entries);
+  noteLogged(entries);
+  appendAll(entries);
   tree_->repairAll();
   if (const auto orphans = tree_->takeOrphanCount()) {
     platform_.log.warning("{} entries in {} follow a version that no log here holds.", orphans,
@@ -318,7 +321,16 @@ void KDPoolState::publish() {
   }
   published_.fileCount = tree_ ? tree_->liveCount() : 0;
   published_.lastScan = isFirstRun_ || !isActive_ ? 0 : lastScan_;
+  published_.isAccessible = !isInaccessible_;
   published_.trouble = trouble_;
+  if (trouble_.empty() && !stuck_.empty()) {
+    published_.trouble = fmt::format(
+        "'{}'{} in {} should go to the Trash and cannot. {} Please see to it that it can be moved; "
+        "it is tried again all the time.",
+        stuck_.begin()->first,
+        stuck_.size() > 1 ? fmt::format(" (and {} more)", stuck_.size() - 1) : "",
+        settings_.folderPath, stuck_.begin()->second);
+  }
   ++published_.serial;
   listener_->stateDidChange(std::make_shared<const PoolSnapshot>(published_));
 }

@@ -80,7 +80,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   Result<std::string> accessibleFolderPath() override;
   void checkFileSystemChanges() override;
   Result<> prepareLogLoad() override;
-  void finishLogLoad(bool allLogsArrived) override;
+  void finishLogLoad() override;
   std::map<std::string, std::uint64_t> logSizesOnDisk() override;
   std::set<std::string> wantedFiles() override;
   CopyPlan decideListing(const std::vector<ListingEntry>& listed,
@@ -132,6 +132,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
                                   KDLogFileEntry* parent);
   void chooseOwn(const Scan& scan);
   void chooseWhatLiesHere();
+  void tellApart();
   void logWritten(const std::vector<std::string>& paths);
   void settleVanished(Scan& scan);
   void look(Scan& scan);
@@ -151,6 +152,11 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   void applyRemoteLogEntry(KDLogFileEntry& entry, std::set<std::string>& toLoad,
                            std::set<std::string>& toDelete);
   void deleteFiles(const std::set<std::string>& paths);
+  // Entries whose parent has not come yet (KDPoolStateWaiting.cpp).
+  void noteLogged(const std::vector<KDLogFileEntry*>& entries);
+  [[nodiscard]] bool mayHaveToWait(const KDLogFileEntry& entry) const;
+  [[nodiscard]] bool mustWait(KDLogFileEntry& entry);
+  void appendAll(std::vector<KDLogFileEntry*>& entries);
   bool mayDelete(const KDPathRecord& path, const FileAttributes& attributes) const;
   bool goesAsAWhole(const std::string& directory, const std::set<std::string>& paths);
   void trashOne(const std::string& path);
@@ -158,6 +164,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   // What a listing tells about files that lie here (KDPoolStateSync.cpp).
   [[nodiscard]] std::set<std::string> toBeCompared() const;
   void askForListings(double now);
+  [[nodiscard]] KDLogFileEntry* sameTimed(const KDPathRecord& path) const;
   [[nodiscard]] KDLogFileEntry* twin(const KDPathRecord& path) const;
   void compareWithListing(KDPathRecord& path, const ListingEntry& entry,
                           const std::string& participant);
@@ -187,6 +194,8 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::unique_ptr<KDLogFile> localLog_;
   std::unique_ptr<LogGuard> guard_;
   double ownLastLogTime_ = 0;
+  std::unordered_map<std::string, double> loggedUntil_;  ///< user id → time of the last entry here
+  std::vector<KDLogFileEntry*> waiting_;                ///< not merged: the parent is still to come
   std::map<std::string, std::uint64_t> mergedOffsets_;  ///< log name → end of its last merged line
 
   std::set<std::string, std::less<>> todo_;
@@ -200,6 +209,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::map<std::string, KDLogFileEntry*> copying_;
   std::map<std::string, KDLogFileEntry*> listed_;  ///< the same, as the last listing told
   std::set<std::string> unverified_;               ///< whose disk state may be a guess
+  std::set<std::string> noTwins_;                  ///< of another size than they would have to be
   double listingsAskedAt_ = 0;
   double listingsPause_ = 0;  ///< seconds until they are asked for again
 
@@ -211,6 +221,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::set<std::string> warned_;
   bool isInaccessible_ = false;
   std::string trouble_;
+  std::map<std::string, std::string> stuck_;  ///< what cannot go to the Trash → why
 
   PoolSnapshot published_;
   bool areMissingStale_ = true;

@@ -79,6 +79,12 @@ KDLogFileEntry* KDPoolState::versionOnDisk(const KDPathRecord& path) {
   if (!attributes) return nullptr;
   if (attributes->kind == FileKind::Directory) return tree_->directoryLeaf(path);
   if (path.disk && path.disk->entry && path.disk->isUnchanged(*attributes)) return path.disk->entry;
+  // Two versions can have one time: what arrived is the one that was listed.
+  const auto copied = copying_.find(std::string(path.text));
+  if (copied != copying_.end() && copied->second &&
+      copied->second->modTime() == comparedTime(*attributes)) {
+    return copied->second;
+  }
   return tree_->versionWithModTime(path, comparedTime(*attributes), settings_.userId);
 }
 
@@ -178,6 +184,12 @@ Result<> KDPoolState::selectBranch(const std::string& path, const VersionId& ver
     return fail(FailureKind::Refused, attempt, path, "this version is chosen already");
   }
   const bool isHere = record.disk && record.disk->entry == &leaf;
+  const auto attributes = folder_->attributes(path);
+  if (attributes && attributes->kind == FileKind::Directory && !leaf.isDirectory() &&
+      !canGiveWay(path)) {
+    return fail(FailureKind::Refused, attempt, path,
+                "a folder with files in it lies there; move these away first");
+  }
   // The choice is on disk before anything is taken away.
   logSelectionOfBranchEntry(leaf);
   if (!isHere) addTodoFiles({path});

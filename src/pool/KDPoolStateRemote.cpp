@@ -12,6 +12,9 @@ namespace zolvar {
 
 void KDPoolState::applyRemoteLogEntries(std::vector<KDLogFileEntry*> entries) {
   if (entries.empty()) return;
+  noteLogged(entries);
+  entries.insert(entries.end(), waiting_.begin(), waiting_.end());
+  waiting_.clear();
   std::stable_sort(entries.begin(), entries.end(), [](const auto* left, const auto* right) {
     return left->logTime() < right->logTime();
   });
@@ -19,6 +22,7 @@ void KDPoolState::applyRemoteLogEntries(std::vector<KDLogFileEntry*> entries) {
   std::set<std::string> toDelete;
   std::set<KDPathRecord*> toRepair;
   for (KDLogFileEntry* entry : entries) {
+    if (mustWait(*entry)) continue;
     toRepair.insert(&entry->pathRecord());
     try {
       applyRemoteLogEntry(*entry, toLoad, toDelete);
@@ -54,7 +58,10 @@ void KDPoolState::applyRemoteLogEntry(KDLogFileEntry& entry, std::set<std::strin
   }
   const bool grew = mergeEntry(&entry);
   if (entry.type() == KDLogFileEntry::KDBranchSelectionType) return;
-  if (current && grew) {
+  // A choice can lie where the version at hand and the new one begin.
+  const bool isUnclear =
+      current && current->childCount() == 0 && current->exists() && !tree_->isSelectionClear(path);
+  if (current && (grew || isUnclear)) {
     // Both sides go on working on what they have; a person decides. Of several directories that
     // were one the entry may have turned just one into a file.
     KDLogFileEntry* directory = current->isDirectory() ? tree_->directoryLeaf(path) : nullptr;
@@ -104,6 +111,8 @@ void KDPoolState::trashOne(const std::string& path) {
   if (const auto trashed = folder_->trash(path); !trashed) {
     // The record stays, so the next scan tries again.
     warnOnce("trash " + path, trashed.error().message());
+    stuck_[path] = trashed.error().message();
+    noteChanged(path);
     return;
   }
   if (KDPathRecord* record = store_->findPath(path)) record_->forget(*record);
@@ -147,6 +156,10 @@ void KDPoolState::deleteFiles(const std::set<std::string>& paths) {
     if (!content || !record) continue;
     if (content->empty()) {
       trashOne(*directory);
+    } else if (std::any_of(stuck_.begin(), stuck_.end(), [&](const auto& item) {
+                 return item.first.starts_with(*directory + "/");
+               })) {
+      continue;  // tried again with what is in it
     } else if (record->activeLeafCount == 0 && localLog_ && !holdsOnlyIgnored(*directory)) {
       // Something that nobody deleted lives in it: the directory is wanted again.
       platform_.log.warning(

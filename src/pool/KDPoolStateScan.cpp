@@ -1,12 +1,13 @@
 // The scan: what changed on this disk since the last one, and what vanished.
 
+#include "pool/KDPoolStateScan.h"
+
 #include <algorithm>
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "pool/KDPoolState.h"
-#include "pool/KDPoolStateScan.h"
 #include "pool/LinkTarget.h"
 #include "pool/ScanDecision.h"
 #include "util/PathRules.h"
@@ -69,6 +70,7 @@ void KDPoolState::scan() {
   refreshIgnoreRules();
   if (settings_.changed) scan.scope = settings_.changed->take(scan.now);
   UnfinishedScope unfinished(settings_.changed.get(), scan.scope);
+  stuck_.clear();
   look(scan);
   if (isDetached_) return;
 
@@ -95,6 +97,7 @@ void KDPoolState::scan() {
     listener_->fullSyncNeeded();
   }
   settleVanished(scan);
+  tellApart();
   askForListings(scan.now);
   (void)flush();
   isFirstRun_ = false;
@@ -197,6 +200,23 @@ void KDPoolState::chooseWhatLiesHere() {
     if (isHere && !tree_->selectedLeaf(*path).leaf) paths.push_back(store_->findPath(path->text));
   }
   for (KDPathRecord* path : paths) (void)selectedLeaf(*path);
+}
+
+/// Two people have given their versions of a file one time. By its time nobody could tell which one
+/// lies somewhere; so the one with the greater user id gives the own one a later time.
+void KDPoolState::tellApart() {
+  std::vector<std::string> paths;
+  for (const KDPathRecord* path : conflicts_) {
+    if (!sameTimed(*path) || (twin(*path) && !noTwins_.contains(std::string(path->text)))) continue;
+    const auto attributes = folder_->attributes(path->text);
+    if (!attributes || !path->disk->isUnchanged(*attributes)) continue;
+    std::int64_t later = attributes->modTime;
+    do ++later;
+    while (tree_->versionWithModTime(*path, static_cast<double>(later), settings_.userId));
+    if (folder_->setModTime(path->text, later)) paths.emplace_back(path->text);
+  }
+  noTwins_.clear();
+  if (!paths.empty()) logWritten(paths);
 }
 
 Folder::Visit KDPoolState::visit(Scan& scan, std::string_view path,
@@ -321,8 +341,9 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
       scan.emptied.emplace(path);
       return;
     case ScanAction::Delete:
-      platform_.log.warning("Will delete file as recorded in the logs here: {}",
-                            tree_->leafForEntry(decision.version)->shortDescription());
+      warnOnce(fmt::format("delete {} {}", path, decision.version->logTime()),
+               "Will delete file as recorded in the logs here: " +
+                   tree_->leafForEntry(decision.version)->shortDescription());
       record_->set(*record, KDDiskState::of(attributes, decision.version));
       scan.toDelete.emplace(path);
       return;

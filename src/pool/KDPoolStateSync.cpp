@@ -1,7 +1,6 @@
 // What a sync on the transfer lane asks of the state, step by step.
 
 #include <algorithm>
-#include <cstring>
 
 #include "log/LogReader.h"
 #include "platform/Log.h"
@@ -27,7 +26,7 @@ std::string joined(const std::vector<std::string>& lines) {
 Folder::Reader readerOf(const std::string& text) {
   return [&text, offset = std::size_t{0}](char* buffer, std::size_t size) mutable {
     const std::size_t count = std::min(size, text.size() - offset);
-    std::memcpy(buffer, text.data() + offset, count);
+    std::copy_n(text.data() + offset, count, buffer);
     offset += count;
     return Result<std::size_t>(count);
   };
@@ -51,7 +50,7 @@ Result<> KDPoolState::prepareLogLoad() {
   return guard_->setAside();
 }
 
-void KDPoolState::finishLogLoad(bool /*allLogsArrived*/) {
+void KDPoolState::finishLogLoad() {
   if (isDetached_) return;
   GuardReport report = guard_->settle();
   if (report.trouble) platform_.log.error("{}", report.trouble->message());
@@ -150,22 +149,23 @@ void KDPoolState::askForListings(double now) {
   }
 }
 
-/// The other's version of a file that two people have logged as new, with the same time: perhaps
-/// two copies of one file. Only one of them sees a twin in the other's.
-KDLogFileEntry* KDPoolState::twin(const KDPathRecord& path) const {
+/// The other's version with the time of ours that lies here. Only one of the two sees the other's.
+KDLogFileEntry* KDPoolState::sameTimed(const KDPathRecord& path) const {
   const KDDiskState* disk = path.disk;
   if (!disk || !disk->entry || disk->kind != FileKind::Regular) return nullptr;
   const KDLogFileEntry& own = *disk->entry;
-  if (own.userId() != settings_.userId || own.plogTime() != 0 || own.childCount() > 0) {
-    return nullptr;
-  }
+  if (own.userId() != settings_.userId || own.childCount() > 0) return nullptr;
   for (KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
-    if (leaf->plogTime() == 0 && leaf->modTime() == own.modTime() &&
-        leaf->userId() < own.userId()) {
-      return leaf;
-    }
+    if (leaf->modTime() == own.modTime() && leaf->userId() < own.userId()) return leaf;
   }
   return nullptr;
+}
+
+/// The other's version of a file that two people have logged as new, with the same time: perhaps
+/// two copies of one file.
+KDLogFileEntry* KDPoolState::twin(const KDPathRecord& path) const {
+  KDLogFileEntry* other = sameTimed(path);
+  return other && other->plogTime() == 0 && path.disk->entry->plogTime() == 0 ? other : nullptr;
 }
 
 /// A file here that has the time of a version, and a listing that tells the version's size.
@@ -182,9 +182,15 @@ void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& ent
   KDLogFileEntry* other = twin(path);
   if (other && other == listed && disk->size == entry.size) {
     KDLogFileEntry& own = *disk->entry;
-    record_->set(path, KDDiskState::of(*attributes, other));
+    KDDiskState state = KDDiskState::of(*attributes, other);
+    state.isUnseen = true;
+    record_->set(path, state);
     logDeletionOfBranchLeaf(own);
     return;
+  }
+  if (other && other == listed) {
+    noTwins_.emplace(path.text);
+    listener_->scanWanted();
   }
   if (!disk->isGuess || disk->entry != listed) return;
   // Empty instead of what it should be, after a power failure: what waits to be fetched again.
@@ -194,6 +200,7 @@ void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& ent
   }
   unverified_.erase(std::string(path.text));
   KDDiskState state = KDDiskState::of(*attributes, disk->entry);
+  state.isUnseen = true;
   if (disk->size != entry.size) {
     // Another file with the same time: recorded as one that lay elsewhere, it is logged as new.
     state.size = entry.size;
@@ -315,8 +322,12 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
     const KDLogFileEntry* leaf = path ? tree_->selectedLeaf(*path).leaf : nullptr;
     const bool isDirectory = attributes && attributes->kind == FileKind::Directory;
     if (isDirectory && leaf && !leaf->isDirectory()) isFree = isFree && canGiveWay(text);
+    // A choice that a crash cut short has not yet put away what lies here.
+    const bool isOtherBranch =
+        leaf && path->disk && path->disk->entry && !path->disk->entry->isParentOfEntry(leaf);
     if (isFree && attributes && !isDirectory && path->disk &&
-        (path->disk->isGuess || (leaf && leaf->isDirectory()) || mayDelete(*path, *attributes))) {
+        (isOtherBranch || path->disk->isUnseen || (leaf && leaf->isDirectory()) ||
+         mayDelete(*path, *attributes))) {
       // Deleted by someone, or to become a directory, or perhaps another file than its time tells.
       trashOne(text);
     }
@@ -375,13 +386,22 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     const auto here = folder_->attributes(file.path);
     // While the record tells what lay here before the run, nothing else was logged. Otherwise the
     // time has to tell.
-    const bool isRecordOld = disk && disk->entry && here && !disk->isUnchanged(*here);
+    // Without a record nothing lay here then.
+    const bool isRecordOld = here && (!disk || (disk->entry && !disk->isUnchanged(*here)));
     if (!isRecordOld && tree_->versionWithModTime(*path, comparedTime(*saved), settings_.userId)) {
       continue;
     }
+    if (here && here->kind == FileKind::Directory) {
+      platform_.log.warning("'{}' in {} was made while a directory arrived; it is in the Trash.",
+                            file.path, settings_.folderPath);
+      if (const auto trashed = (*place)->trash(savedName); !trashed) {
+        platform_.log.error("{} It is kept at '{}'.", trashed.error().message(), file.savedPath);
+        isSettled = false;
+      }
+      continue;
+    }
     // Saved once more since the run: that too is somebody's work, and the later one stays in place.
-    if (here && here->kind != FileKind::Directory &&
-        !tree_->versionWithModTime(*path, comparedTime(*here), settings_.userId)) {
+    if (here && !tree_->versionWithModTime(*path, comparedTime(*here), settings_.userId)) {
       continue;
     }
     if (disk && here && disk->isUnchanged(*here)) {

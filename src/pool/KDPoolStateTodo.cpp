@@ -92,15 +92,7 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
     if (attributes->kind == FileKind::Directory && !tree_->directoryLeaf(*path)) continue;
     KDDiskState* disk = path->disk;
     const bool isUnchanged = disk && disk->isUnchanged(*attributes);
-    // Two versions can have one time: what arrived is the one that was listed.
-    const auto copied = copying_.find(text);
-    const bool isAsListed = copied != copying_.end() && copied->second &&
-                            copied->second->modTime() == comparedTime(*attributes);
-    KDLogFileEntry* found =
-        isUnchanged && disk->entry && disk->kind != FileKind::Directory ? disk->entry
-        : isAsListed
-            ? copied->second
-            : tree_->versionWithModTime(*path, comparedTime(*attributes), settings_.userId);
+    KDLogFileEntry* found = versionOnDisk(*path);
     if (!found) {
       // A copy run brought what its author has not logged yet: no edit of ours until it changes.
       if (copying_.contains(text) && !isUnchanged) {
@@ -111,7 +103,7 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
           joinPath(settings_.folderPath, text));
       continue;
     }
-    const bool isVerified = attributes->kind != FileKind::Regular || copied != copying_.end() ||
+    const bool isVerified = attributes->kind != FileKind::Regular || copying_.contains(text) ||
                             (isUnchanged && !disk->isGuess);
     if (found == selected.leaf && !isVerified) {
       // It has the right time, and nobody saw it arrive: the next listing tells whether it is that.

@@ -63,7 +63,8 @@ struct PoolSnapshot {
   std::shared_ptr<const std::map<std::string, std::set<std::string>>> holders;
   std::map<std::string, std::uint64_t> logSizes;  ///< log file name → bytes
   std::string logFilesHash;                       ///< 16 raw bytes, "" before the first reading
-  double lastScan = 0;  ///< seconds since 1970 of the end of the last scan; 0: none yet
+  double lastScan = 0;       ///< seconds since 1970 of the end of the last scan; 0: none yet
+  bool isAccessible = true;  ///< the folder is where it lay
   std::string trouble;  ///< one sentence while something keeps the pool from working, else empty
 };
 

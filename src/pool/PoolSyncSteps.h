@@ -55,8 +55,7 @@ class PoolSyncSteps {
   /// Repairs logs that the run made shorter or other (the union of both), removes what else arrived
   /// in the metadata folder, writes todos.plist again, reads what is new behind each log's merged
   /// offset and applies it (unless recovering). Called whatever the run's status was.
-  /// `allLogsArrived` says that the run ended well.
-  virtual void finishLogLoad(bool allLogsArrived) = 0;
+  virtual void finishLogLoad() = 0;
   /// Names and sizes of the logs on this disk now.
   virtual std::map<std::string, std::uint64_t> logSizesOnDisk() = 0;
 

@@ -36,6 +36,11 @@ ScanDecision decideKnown(const KDVersionTree& tree, KDLogFileEntry* existing, bo
     return {ScanAction::Reget, existing};
   }
   if (isRecorded) return {ScanAction::Nothing, existing};
+  // It was not there at the last look: a person has put back another version than the wanted one.
+  const KDLogFileEntry* wanted = tree.selectedLeaf(existing->pathRecord()).leaf;
+  if (facts.isTodo && !facts.isFirstRun && wanted && existing != wanted) {
+    return {ScanAction::Guess, existing};  // to the Trash when it has to make room
+  }
   return taken(tree, existing, facts);
 }
 

@@ -140,8 +140,8 @@ int SyncRun::listLogs(std::map<std::string, std::uint64_t>& sizes) {
 }
 
 void SyncRun::loadLogs() {
-  const auto finish = [this](bool isWhole) {
-    context_.onState([isWhole](PoolSyncSteps& steps) { steps.finishLogLoad(isWhole); });
+  const auto finish = [this] {
+    context_.onState([](PoolSyncSteps& steps) { steps.finishLogLoad(); });
   };
   const auto prepared = context_.onState([this](PoolSyncSteps& steps) -> Result<> {
     if (steps.isDetached()) return fail(FailureKind::Cancelled, "load logs");
@@ -159,7 +159,7 @@ void SyncRun::loadLogs() {
   if (!prepared) {
     context_.platform.log.error("{}", prepared.error().message());
     end_.status = TransferStatus::FileTrouble;
-    finish(false);
+    finish();
     return;
   }
 
@@ -172,10 +172,10 @@ void SyncRun::loadLogs() {
   try {
     end_.status = context_.run.run(request);
   } catch (const std::exception&) {
-    finish(false);
+    finish();
     throw;
   }
-  finish(end_.status == TransferStatus::Done);
+  finish();
 }
 
 void SyncRun::loadTodoFiles() {

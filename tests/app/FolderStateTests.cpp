@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "app/AppHost.h"
 #include "app/FolderState.h"
 #include "app/Pauses.h"
+#include "app/TwoHosts.h"
 
 namespace zolvar {
 namespace {
@@ -41,6 +41,7 @@ TEST(FolderState, tellsTheFirstThatHolds) {
       {"checking", [](auto& facts) { facts.reachable = 0; }},
       {"checking", [](auto& facts) { facts.unasked = 1; }},
       {"checking", [](auto& facts) { facts.isSyncing = true; }},
+      {"checking", [](auto& facts) { facts.hasTrouble = true; }},
       {"in step", [](auto&) {}},
   };
   FolderFacts worse = calm;  // with this and all later troubles at once
@@ -64,18 +65,12 @@ TEST(Pauses, readHowLong) {
   }
 }
 
-class StateTest : public testing::Test {
+class StateTest : public TwoHosts {
  protected:
   StateTest() {
-    ann.platform.files.write("/home/user/Docs/letter", "dear bob");
-    ann.start();
-    bob.start();
-    world.loop.advance(22);
+    start();
     EXPECT_EQ(ann.share("/home/user/Docs"), "");
-    EXPECT_TRUE(until([&] { return bob.app->peer().presence("Docs") != nullptr; }));
-  }
-  bool until(const std::function<bool()>& done, double limit = 120) {
-    return world.loop.runUntil(done, limit);
+    EXPECT_TRUE(sees(bob, "Docs"));
   }
   static std::string state(AppHost& host) {
     const auto pools = host.operations->list();
@@ -88,18 +83,11 @@ class StateTest : public testing::Test {
     }
     return {};
   }
-  std::optional<std::string> arrived(const std::string& path) {
-    return bob.platform.files.readAll("/home/user/Docs/" + path);
-  }
   void pair() {
     ASSERT_EQ(bob.subscribe("Docs", "/home/user/Docs"), "");
     ASSERT_TRUE(until([&] { return state(ann) == "in step" && state(bob) == "in step"; }))
         << state(ann) << "; " << state(bob);
   }
-
-  SimulatedWorld world;
-  AppHost ann{world, "alpha", "ann"};
-  AppHost bob{world, "beta", "bob"};
 };
 
 TEST_F(StateTest, isHonestFromTheFirstToTheLast) {

@@ -79,7 +79,7 @@ class KDPoolStateTest : public testing::Test {
     std::string text = host.files.readAll(log).value_or("");
     for (const auto& line : lines) text += line + "\n";
     host.files.save(log, text);
-    state->finishLogLoad(true);
+    state->finishLogLoad();
   }
   static std::string line(double time, double parent, const std::string& file, double modTime,
                           const std::string& parentUser = "") {
@@ -299,11 +299,15 @@ TEST_F(KDPoolStateTest, aDeletionThatFailedIsTriedAgainAndNeverLoggedAsARecreati
   arrives("bob@beta.local", {line(200, 100, "f", 0)});
   EXPECT_TRUE(host.files.exists(path("f")));
   scan();
+  scan();
+  EXPECT_NE(heard.snapshot->trouble.find("'f' in /home/user/Docs"), std::string::npos);
+  EXPECT_EQ(host.log.count("Will delete file"), 1U) << "said once";
   restart();
   EXPECT_EQ(ownLines(), 0U) << ownLog();
   EXPECT_TRUE(host.files.exists(path("f")));
   host.files.faults.clear();
   scan();
+  EXPECT_EQ(heard.snapshot->trouble, "");
   EXPECT_FALSE(host.files.exists(path("f")));
   EXPECT_TRUE(host.files.wasTrashed("first"));
 }
@@ -408,7 +412,7 @@ TEST_F(KDPoolStateTest, readsALogThatCouldBeMadeWholeOnlyByTheNextLoad) {
   host.files.save(path(".Zolvar/bob@beta.local.fplog"),
                   line(100, 0, "f", 90) + "\n" + line(200, 0, "h", 92) + "\n", now() + 5);
   host.files.faults.failAlways("append");
-  state->finishLogLoad(true);
+  state->finishLogLoad();
   host.files.faults.clear();
   arrives("carol@gamma.local", {});
   EXPECT_EQ(missing(), (std::vector<std::string>{"f", "g", "h"}));
@@ -481,7 +485,7 @@ TEST_F(KDPoolStateTest, survivesAnOlderCopyOfItsOwnLog) {
   ASSERT_TRUE(state->prepareLogLoad());
   host.files.save(path(".Zolvar/me@alpha.local.fplog"), before, now() + 5);
   host.files.save(path(".Zolvar/evil.sh"), "rm", now());
-  state->finishLogLoad(true);
+  state->finishLogLoad();
   EXPECT_EQ(ownLog(), whole);
   EXPECT_FALSE(host.files.exists(path(".Zolvar/evil.sh")));
   restart();

@@ -53,7 +53,7 @@ struct ScriptedSteps : PoolSyncSteps {
     if (!prepares) return fail(FailureKind::Transient, "link the logs");
     return {};
   }
-  void finishLogLoad(bool whole) override { note(whole ? "finish" : "finish partly"); }
+  void finishLogLoad() override { note("finish"); }
   std::map<std::string, std::uint64_t> logSizesOnDisk() override { return sizes; }
   std::set<std::string> wantedFiles() override { return wanted; }
   CopyPlan decideListing(const std::vector<ListingEntry>& entries,
@@ -157,8 +157,8 @@ TEST_F(KDPoolSyncTest, goesThroughItsPhasesAsFarAsTheyLead) {
   };
   const Row rows[] = {
       {"nothing wanted", {{}}, {}, {}, {}, 0, {"scan", "prepare", "load", "finish", "check"}},
-      {"log load failed", {{12}}, {"a"}, {}, {}, 12, {"scan", "prepare", "load", "finish partly"}},
-      {"log load partial", {{23}}, {"a"}, {}, {}, 23, {"scan", "prepare", "load", "finish partly"}},
+      {"log load failed", {{12}}, {"a"}, {}, {}, 12, {"scan", "prepare", "load", "finish"}},
+      {"log load partial", {{23}}, {"a"}, {}, {}, 23, {"scan", "prepare", "load", "finish"}},
       {"everything",
        {{}, {0, both}, {}},
        {"a", "sub/b"},
@@ -286,7 +286,7 @@ TEST_F(KDPoolSyncTest, neverCallsATroubleSuccess) {
       {"logs cannot be guarded",
        [&] { steps_->prepares = false; },
        11,
-       {"scan", "prepare", "finish partly"}},
+       {"scan", "prepare", "finish"}},
       {"left while logs load",
        [&] { steps_->detachesIn = "finish"; },
        20,
@@ -303,7 +303,7 @@ TEST_F(KDPoolSyncTest, neverCallsATroubleSuccess) {
          launcher_.script = {{0, "", "", false, [&] { sync_.terminateTask(); }}};
        },
        20,
-       {"scan", "prepare", "load", "finish partly"}},
+       {"scan", "prepare", "load", "finish"}},
       {"ended by us while listing",
        [&] {
          steps_->wanted = {"a"};
@@ -316,7 +316,7 @@ TEST_F(KDPoolSyncTest, neverCallsATroubleSuccess) {
          launcher_.script = {{20, "", "", true}};
        },
        30,
-       {"scan", "prepare", "load", "finish partly"}},
+       {"scan", "prepare", "load", "finish"}},
   };
   for (const auto& row : rows) {
     *steps_ = ScriptedSteps(&diary_);
@@ -341,7 +341,7 @@ TEST_F(KDPoolSyncTest, endsWithTheTextOfAnException) {
   steps_->throwsIn.clear();
   launcher_.isInstalled = false;
   EXPECT_EQ("Could not find included zolvar tool.", sync().exceptionText);
-  EXPECT_THAT(diary_, ElementsAre("scan", "prepare", "finish partly")) << "the logs stay guarded";
+  EXPECT_THAT(diary_, ElementsAre("scan", "prepare", "finish")) << "the logs stay guarded";
   launcher_.isInstalled = true;
   EXPECT_EQ(0, sync().status);
 }

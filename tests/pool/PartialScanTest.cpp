@@ -143,7 +143,7 @@ class PartialScanTest : public testing::TestWithParam<unsigned> {
     std::string text = member.host.files.readAll(log).value_or("");
     text += fmt::format("\"{}\",\"0\",\"{}\",\"{}\",\"\",\"\"\n", now - 5, path, now - 500);
     member.host.files.save(log, text);
-    member.state->finishLogLoad(true);
+    member.state->finishLogLoad();
     if (now % 2 == 0) return;
     const ParticipantAddress bob{"bob", "beta.local", 50000, "Docs"};
     const CopyPlan plan = member.state->decideListing({{'-', 1, {now - 500}, path}}, bob);

@@ -67,8 +67,10 @@ bool ScheduleRun::answerAll(bool deletes) {
 /// What nobody within reach has is given up by a person.
 bool ScheduleRun::giveUpUnreachable() {
   const auto peers = active();
+  const auto unshared = unsharedPaths();
   for (SimulatedPeer* peer : peers) {
     for (const std::string& path : peer->missing(Docs)) {
+      if (isOneOrBeneath(path, unshared)) continue;
       const bool nobodyHasIt = std::all_of(peers.begin(), peers.end(), [&](SimulatedPeer* other) {
         const auto missing = other->missing(Docs);
         return std::find(missing.begin(), missing.end(), path) != missing.end();
@@ -90,13 +92,28 @@ bool ScheduleRun::giveUpUnreachable() {
 
 bool ScheduleRun::resolveOne() {
   const auto peers = active();
+  const auto unshared = unsharedPaths();
   for (std::size_t i = 0; i < peers.size(); ++i) {
     SimulatedPeer& peer = *peers[(i + counters_["drop"]) % peers.size()];
-    if (peer.conflicts(Docs).empty()) continue;
-    decide(peer, false, 0, counters_["drop"] / 2);
-    return true;
+    const auto conflicts = peer.conflicts(Docs);
+    for (std::size_t conflict = 0; conflict < conflicts.size(); ++conflict) {
+      if (isOneOrBeneath(conflicts[conflict], unshared)) continue;
+      decide(peer, false, conflict, counters_["drop"] / 2);
+      return true;
+    }
   }
   return false;
+}
+
+/// Where a link lies that leads out of the folder: such a one is not shared.
+std::set<std::string> ScheduleRun::unsharedPaths() {
+  std::set<std::string> unshared;
+  for (SimulatedPeer* peer : active()) {
+    for (const auto& [path, content] : peer->contents(Docs)) {
+      if (content == "-> ../other") unshared.insert(path);
+    }
+  }
+  return unshared;
 }
 
 void ScheduleRun::checkSame(const std::string& when) {
@@ -104,12 +121,9 @@ void ScheduleRun::checkSame(const std::string& when) {
   const auto peers = active();
   std::map<std::string, std::string> trees;
   std::set<std::string> conflicts;
-  std::set<std::string> unshared;  // a link that leads outside lies there
+  const std::set<std::string> unshared = unsharedPaths();
   for (SimulatedPeer* peer : peers) {
     for (const std::string& path : peer->conflicts(Docs)) conflicts.insert(path);
-    for (const auto& [path, content] : peer->contents(Docs)) {
-      if (content == "-> ../other") unshared.insert(path);
-    }
   }
   conflicts.insert(unshared.begin(), unshared.end());
   const auto inConflict = [&](const std::string& path) { return isOneOrBeneath(path, conflicts); };

@@ -22,13 +22,16 @@ std::size_t whole(const std::string& word) { return std::stoul(word); }
 }  // namespace
 
 SimulatedPeer& ScheduleRun::peer(const std::string& name) {
-  const std::size_t before = net.peers().size();
   SimulatedPeer& peer = net.peer(name);
-  if (net.peers().size() > before) {
-    peer.host.files.write("/home/user/other/x", "precious");
-    peer.host.files.flush();
-  }
+  furnish(peer);
   return peer;
+}
+
+/// What a computer has outside of the folder.
+void ScheduleRun::furnish(SimulatedPeer& peer) {
+  if (!furnished_.insert(peer.name()).second) return;
+  peer.host.files.write("/home/user/other/x", "precious");
+  peer.host.files.flush();
 }
 
 std::vector<SimulatedPeer*> ScheduleRun::active() {
@@ -59,6 +62,7 @@ void ScheduleRun::mayDie(const std::function<void()>& something) {
     note("crash");
   }
   for (SimulatedPeer* dead : net.peers()) {
+    furnish(*dead);  // another one may have died while this one was being made
     auto& files = dead->host.files;
     if (!files.faults.isFrozen() && !dead->host.processes.faults.isFrozen()) continue;
     const Plan plan = plans_[dead->name()];

@@ -49,10 +49,12 @@ class ScheduleRun {
   bool resolveOne();
   static std::optional<VersionId> choice(SimulatedPeer& peer, const std::string& path);
   void checkSame(const std::string& when);
+  std::set<std::string> unsharedPaths();
   void countCutLoads();
   [[nodiscard]] std::vector<SimulatedPeer*> active();
   [[nodiscard]] std::string fingerprint();
   SimulatedPeer& peer(const std::string& name);
+  void furnish(SimulatedPeer& peer);
   void note(const std::string& counter) { ++counters_[counter]; }
 
   const Schedule schedule_;
@@ -67,6 +69,7 @@ class ScheduleRun {
   std::map<std::string, double> restartsAt_;  ///< virtual time
   std::map<std::string, double> skews_;
   std::set<std::string> gone_;
+  std::set<std::string> furnished_;
   std::map<std::string, std::pair<std::string, std::string>> drops_;  ///< path → who, what
   std::string password_;
 };

@@ -28,7 +28,7 @@ double secondsSince(SteadyClock::time_point start) {
 
 /// The first line names the kind of the fault: while shrinking it must stay the same fault.
 std::string kindOf(const std::string& problems) {
-  std::string kind = problems.substr(0, problems.find(':'));
+  std::string kind = problems.substr(0, problems.find_first_of(":\n"));
   if (problems.starts_with("After")) kind = "On the way";
   const auto second = problems.find('\n');
   for (const char* sign :
