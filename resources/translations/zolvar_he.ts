@@ -247,11 +247,11 @@ Logged %3</source>
     </message>
     <message>
         <source>&apos;{}&apos; does not take part in &apos;{}&apos; now.</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{}&apos; אינו משתתף כעת ב־&apos;{}&apos;.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; has no folder on this computer.</source>
-        <translation type="unfinished"></translation>
+        <translation>ל־&apos;{}&apos; אין תיקייה במחשב זה.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; has {} different/conflicting versions.</source>
@@ -259,39 +259,39 @@ Logged %3</source>
     </message>
     <message>
         <source>&apos;{}&apos; holds Zolvar&apos;s own files, which must not be shared.</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{}&apos; מכיל את הקבצים של Zolvar עצמו, ואין לשתף אותם.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; in {} is left out: its name or path cannot be shared.</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{}&apos; שב־{} מושמט: אי אפשר לשתף את שמו או את נתיבו.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; in {} is left out: its path is longer than the {} bytes that the system can open.</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{}&apos; שב־{} מושמט: נתיבו ארוך מ־{} הבתים שהמערכת יכולה לפתוח.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; in {} is left out: only files, folders and links are shared.</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{}&apos; שב־{} מושמט: משתפים רק קבצים, תיקיות וקישורים.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; in {} is on another drive than before; files missing beneath it are not taken for deleted.</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{}&apos; שב־{} נמצא בכונן אחר מקודם; קבצים החסרים תחתיו אינם נחשבים למחוקים.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; is in use. Unsubscribe first, or move its folder.</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{}&apos; בשימוש. בטלו תחילה את ההרשמה, או העבירו את התיקייה.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; is no id of a version.</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{}&apos; אינו מזהה של גרסה.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; is no path of a file in &apos;{}&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{}&apos; אינו נתיב של קובץ ב־&apos;{}&apos;.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; is not missing in &apos;{}&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{}&apos; אינו חסר ב־&apos;{}&apos;.</translation>
     </message>
     <message>
         <source>&apos;{}&apos; lies in the Trash.</source>
@@ -309,11 +309,17 @@ Either you haven&apos;t set a password or you and subscriber &apos;{0}&apos; set
 Resolve this issue by changing your password or make &apos;{0}&apos; change hers/his.
 
 Note, that each subscribers sets her own password and you will only sync with subscribers with matching passwords. Therefore you can choose to ignore certain subscribers to avoid this warning.</source>
-        <translation type="unfinished"></translation>
+        <translation>אירעה שגיאת הרשאה בזמן הסנכרון.
+
+ייתכן שלא קבעתם סיסמה, או שאתם ו־&apos;{0}&apos; קבעתם סיסמאות שונות לתיקייה זו.
+
+שנו את סיסמתכם, או בקשו מ־&apos;{0}&apos; לשנות את שלו.
+
+כל משתתף קובע סיסמה משלו, והסנכרון נעשה רק עם מי שסיסמתו זהה. לכן אפשר להתעלם ממשתתפים מסוימים כדי להימנע מאזהרה זו.</translation>
     </message>
     <message>
         <source>Another machine shares &apos;{}&apos; as {}, the name of this one. Two machines with one name would write one log, so the folder was stopped here. Give one of them another host name.</source>
-        <translation type="unfinished"></translation>
+        <translation>מחשב אחר משתף את &apos;{}&apos; בתור {}, שמו של מחשב זה. שני מחשבים בעלי שם אחד היו כותבים יומן אחד, ולכן התיקייה נעצרה כאן. תנו לאחד מהם שם אחר.</translation>
     </message>
     <message>
         <source>Cancel</source>
@@ -333,7 +339,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not activate the synced folder &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להפעיל את התיקייה &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not append to &apos;{}&apos;</source>
@@ -345,27 +351,27 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not change the synced folder &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לשנות את התיקייה &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not choose a version of &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לבחור גרסה של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not copy &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להעתיק את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not create the Sync Folder &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה ליצור את התיקייה &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not create the folder &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה ליצור את התיקייה &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not delete the password of &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה למחוק את הסיסמה של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not describe &apos;{}&apos;</source>
@@ -373,11 +379,11 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not fetch a version of &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להביא גרסה של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not fetch from &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להביא מ־&apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not find our own change log &apos;{}&apos;</source>
@@ -385,23 +391,23 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not find the computer &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>המחשב &apos;{}&apos; לא נמצא</translation>
     </message>
     <message>
         <source>Could not find the file &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>הקובץ &apos;{}&apos; לא נמצא</translation>
     </message>
     <message>
         <source>Could not find the folder &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה &apos;{}&apos; לא נמצאה</translation>
     </message>
     <message>
         <source>Could not find the host &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>המחשב &apos;{}&apos; לא נמצא</translation>
     </message>
     <message>
         <source>Could not find the kept version &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>הגרסה השמורה &apos;{}&apos; לא נמצאה</translation>
     </message>
     <message>
         <source>Could not find the transfer tool &apos;{}&apos;</source>
@@ -409,7 +415,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not find the version &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>הגרסה &apos;{}&apos; לא נמצאה</translation>
     </message>
     <message>
         <source>Could not flush &apos;{}&apos;</source>
@@ -425,7 +431,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not list the files of &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה למנות את הקבצים של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not load logs &apos;{}&apos;</source>
@@ -433,7 +439,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not lock &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לנעול את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not look at &apos;{}&apos;</source>
@@ -445,11 +451,11 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not make the folder &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה ליצור את התיקייה &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not make the folder of &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה ליצור את התיקייה של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not make the link &apos;{}&apos;</source>
@@ -461,11 +467,11 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not move to the Trash &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להעביר לאשפה את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not open the folder &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לפתוח את התיקייה &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not reach the keyring &apos;{}&apos;</source>
@@ -473,11 +479,11 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not reach the synced folder &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להגיע לתיקייה &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not read &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לקרוא את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not read the link &apos;{}&apos;</source>
@@ -485,27 +491,27 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not read the password of &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לקרוא את הסיסמה של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not remove &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להסיר את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not rename &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לשנות את השם של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not restore &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לשחזר את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not restore files in &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לשחזר קבצים ב־&apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not set the password of &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לקבוע את הסיסמה של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not set the time of &apos;{}&apos;</source>
@@ -513,7 +519,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not start the program &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להפעיל את התוכנה &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not start the transfer daemon &apos;{}&apos;</source>
@@ -525,11 +531,11 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not store the password of &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לשמור את הסיסמה של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not write &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לכתוב את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Deactivate the Folder</source>
@@ -565,23 +571,23 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>It has no place on this machine.</source>
-        <translation type="unfinished"></translation>
+        <translation>אין לה מקום במחשב זה.</translation>
     </message>
     <message>
         <source>It was refused without a reason.</source>
-        <translation type="unfinished"></translation>
+        <translation>הבקשה סורבה ללא סיבה.</translation>
     </message>
     <message>
         <source>Its Zolvar speaks another version of the protocol.</source>
-        <translation type="unfinished"></translation>
+        <translation>ה־Zolvar שלו מדבר גרסה אחרת של הפרוטוקול.</translation>
     </message>
     <message>
         <source>Its password cannot be read; unlock the keyring and share it again.</source>
-        <translation type="unfinished"></translation>
+        <translation>אי אפשר לקרוא את הסיסמה שלה; פתחו את מחזיק המפתחות ושתפו אותה שוב.</translation>
     </message>
     <message>
         <source>Its password is being read.</source>
-        <translation type="unfinished"></translation>
+        <translation>הסיסמה שלה נקראת כעת.</translation>
     </message>
     <message>
         <source>Left out {} damaged or unsafe lines ({} bytes) of the change log &apos;{}&apos; in {}.</source>
@@ -601,11 +607,11 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>No file is missing in &apos;{}&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>שום קובץ לא חסר ב־&apos;{}&apos;.</translation>
     </message>
     <message>
         <source>No version was kept at &apos;{}&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>לא נשמרה גרסה ב־&apos;{}&apos;.</translation>
     </message>
     <message>
         <source>Not Subscribed to Folder</source>
@@ -625,7 +631,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Others share a folder named &apos;{}&apos; already. Subscribe to it, or choose another name.</source>
-        <translation type="unfinished"></translation>
+        <translation>אחרים כבר משתפים תיקייה בשם &apos;{}&apos;. הירשמו אליה, או בחרו שם אחר.</translation>
     </message>
     <message>
         <source>Password Failure for Sync Folder
@@ -673,7 +679,7 @@ Please check the path &apos;{}&apos;.</source>
     </message>
     <message>
         <source>The computer&apos;s clock is off! A change was logged after one that lies in the future. Please set the computer&apos;s clock to the current time.</source>
-        <translation type="unfinished"></translation>
+        <translation>שעון המחשב אינו מדויק! שינוי נרשם אחרי אחד שבעתיד. כוונו את השעון לשעה הנכונה.</translation>
     </message>
     <message>
         <source>The computer&apos;s firewall is currently blocking the local TCP port {}. Please unblock this port in the System Preferences/Sharing preference pane.
@@ -687,27 +693,31 @@ Please check the path &apos;{}&apos;.</source>
     </message>
     <message>
         <source>The folder &apos;{}&apos; was moved to &apos;{}&apos; and is no longer kept in step.</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה &apos;{}&apos; הועברה אל &apos;{}&apos; ואינה מעודכנת עוד.</translation>
     </message>
     <message>
         <source>The folder is a work area of version control (&apos;{}&apos;). Files of it that change together may arrive one by one on other computers; better let version control carry them.</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה היא אזור עבודה של ניהול גרסאות (&apos;{}&apos;). קבצים בה המשתנים יחד עשויים להגיע אחד אחד למחשבים אחרים; מוטב שניהול הגרסאות יעביר אותם.</translation>
     </message>
     <message>
         <source>The folder must be named &apos;{}&apos;, as the shared folder is.</source>
-        <translation type="unfinished"></translation>
+        <translation>שם התיקייה חייב להיות &apos;{}&apos;, כשם התיקייה המשותפת.</translation>
     </message>
     <message>
         <source>The folder you selected is not suitable for sharing. It contains database files (in &apos;{}&apos;) which are not designed to be changed by any application other than its creator. If you try anyway, you are asking for touble.
 
 Please select or create another folder to share.</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה שבחרתם אינה מתאימה לשיתוף. יש בה קובצי מסד נתונים (ב־&apos;{}&apos;) שרק התוכנה שיצרה אותם אמורה לשנות. אם תנסו בכל זאת, צפויות בעיות.
+
+בחרו או צרו תיקייה אחרת.</translation>
     </message>
     <message>
         <source>The folder you selected is not suitable for sharing. It overlaps with the existing shared folder &apos;{}&apos;.
 
 Please select or create another folder to share.</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה שבחרתם אינה מתאימה לשיתוף. היא חופפת לתיקייה המשותפת &apos;{}&apos;.
+
+בחרו או צרו תיקייה אחרת.</translation>
     </message>
     <message>
         <source>The folder&apos;s path cannot be served by the transfer daemon. {}</source>
@@ -715,43 +725,43 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>The folder&apos;s path is too long.</source>
-        <translation type="unfinished"></translation>
+        <translation>נתיב התיקייה ארוך מדי.</translation>
     </message>
     <message>
         <source>The folder&apos;s path must be a full one, beginning with &apos;/&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>נתיב התיקייה חייב להיות מלא ולהתחיל ב־&apos;/&apos;.</translation>
     </message>
     <message>
         <source>The folder&apos;s path must begin with &apos;/&apos; and name a folder.</source>
-        <translation type="unfinished"></translation>
+        <translation>נתיב התיקייה חייב להתחיל ב־&apos;/&apos; ולציין תיקייה.</translation>
     </message>
     <message>
         <source>The link &apos;{}&apos; in {} is left out: it points outside the folder.</source>
-        <translation type="unfinished"></translation>
+        <translation>הקישור &apos;{}&apos; שב־{} מושמט: הוא מצביע אל מחוץ לתיקייה.</translation>
     </message>
     <message>
         <source>The name &apos;{}&apos; begins or ends with a blank or contains two in a row.</source>
-        <translation type="unfinished"></translation>
+        <translation>השם &apos;{}&apos; מתחיל או מסתיים ברווח או מכיל שני רווחים רצופים.</translation>
     </message>
     <message>
         <source>The name &apos;{}&apos; begins with &apos;{}&apos;, which a shared folder cannot have.</source>
-        <translation type="unfinished"></translation>
+        <translation>השם &apos;{}&apos; מתחיל ב־&apos;{}&apos;, ואין זה אפשרי בתיקייה משותפת.</translation>
     </message>
     <message>
         <source>The name &apos;{}&apos; contains the character &apos;{}&apos;, which a shared folder cannot have.</source>
-        <translation type="unfinished"></translation>
+        <translation>השם &apos;{}&apos; מכיל את התו &apos;{}&apos;, ואין זה אפשרי בתיקייה משותפת.</translation>
     </message>
     <message>
         <source>The name &apos;{}&apos; has another meaning and cannot be used.</source>
-        <translation type="unfinished"></translation>
+        <translation>לשם &apos;{}&apos; יש משמעות אחרת ואי אפשר להשתמש בו.</translation>
     </message>
     <message>
         <source>The name contains a control character.</source>
-        <translation type="unfinished"></translation>
+        <translation>השם מכיל תו בקרה.</translation>
     </message>
     <message>
         <source>The name is empty.</source>
-        <translation type="unfinished"></translation>
+        <translation>השם ריק.</translation>
     </message>
     <message>
         <source>The name is not valid UTF-8 text.</source>
@@ -759,19 +769,19 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>The name is {} bytes long; at most {} are possible.</source>
-        <translation type="unfinished"></translation>
+        <translation>אורך השם {} בתים; אפשריים לכל היותר {}.</translation>
     </message>
     <message>
         <source>The password of &apos;{}&apos; cannot be read ({}). The folder is neither served nor fetched until the keyring is unlocked or the password is set anew.</source>
-        <translation type="unfinished"></translation>
+        <translation>אי אפשר לקרוא את הסיסמה של &apos;{}&apos; ({}). התיקייה אינה מוצעת ואינה מובאת עד שייפתח מחזיק המפתחות או תיקבע סיסמה חדשה.</translation>
     </message>
     <message>
         <source>The password of &apos;{}&apos; cannot be read; nothing is synced.</source>
-        <translation type="unfinished"></translation>
+        <translation>אי אפשר לקרוא את הסיסמה של &apos;{}&apos;; דבר אינו מסונכרן.</translation>
     </message>
     <message>
         <source>The passwords of the two sides differ, or one side has none.</source>
-        <translation type="unfinished"></translation>
+        <translation>הסיסמאות של שני הצדדים שונות, או שלצד אחד אין סיסמה.</translation>
     </message>
     <message>
         <source>The path to fetch to must be a full one, beginning with &apos;/&apos;.</source>
@@ -807,15 +817,15 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>There is a file of that name</source>
-        <translation type="unfinished"></translation>
+        <translation>כבר יש קובץ בשם זה</translation>
     </message>
     <message>
         <source>There is already a Sync Folder with the same name present</source>
-        <translation type="unfinished"></translation>
+        <translation>כבר יש תיקייה מסונכרנת בשם זה</translation>
     </message>
     <message>
         <source>There is already a Sync Folder with the same name present.</source>
-        <translation type="unfinished"></translation>
+        <translation>כבר יש תיקייה מסונכרנת בשם זה.</translation>
     </message>
     <message>
         <source>There is no folder at &apos;{}&apos;.</source>
@@ -827,23 +837,23 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>There is no open question about &apos;{}&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>אין שאלה פתוחה על &apos;{}&apos;.</translation>
     </message>
     <message>
         <source>Warning: You are not subscribed to the Synced Folder &apos;{}&apos;. The Finder will therefore not necessarily show the current state.</source>
-        <translation type="unfinished"></translation>
+        <translation>אינכם מנויים על התיקייה &apos;{}&apos;. לכן מנהל הקבצים לא בהכרח מציג את המצב הנוכחי.</translation>
     </message>
     <message>
         <source>You are not subscribed to &apos;{}&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>אינכם מנויים על &apos;{}&apos;.</translation>
     </message>
     <message>
         <source>You are subscribed to &apos;{}&apos; already.</source>
-        <translation type="unfinished"></translation>
+        <translation>אתם כבר מנויים על &apos;{}&apos;.</translation>
     </message>
     <message>
         <source>Zolvar is running already for this user.</source>
-        <translation type="unfinished"></translation>
+        <translation>Zolvar כבר פועל עבור משתמש זה.</translation>
     </message>
     <message>
         <source>Zolvar keeps the setting &apos;{}&apos; itself.</source>
@@ -851,19 +861,19 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>Zolvar will try to create a folder named &apos;{}&apos; in the folder above.</source>
-        <translation type="unfinished"></translation>
+        <translation>Zolvar ינסה ליצור תיקייה בשם &apos;{}&apos; בתיקייה שלמעלה.</translation>
     </message>
     <message>
         <source>a file has this name</source>
-        <translation type="unfinished"></translation>
+        <translation>לקובץ יש שם זה</translation>
     </message>
     <message>
         <source>a folder lies at this place</source>
-        <translation type="unfinished"></translation>
+        <translation>במקום זה נמצאת תיקייה</translation>
     </message>
     <message>
         <source>a password has at most 500 bytes and no control characters</source>
-        <translation type="unfinished"></translation>
+        <translation>סיסמה היא לכל היותר 500 בתים, ללא תווי בקרה</translation>
     </message>
     <message>
         <source>it does not end</source>
@@ -875,7 +885,7 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>it is no folder</source>
-        <translation type="unfinished"></translation>
+        <translation>זו אינה תיקייה</translation>
     </message>
     <message>
         <source>it is no folder&apos;s path</source>
@@ -895,7 +905,7 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>it was removed</source>
-        <translation type="unfinished"></translation>
+        <translation>הוא הוסר</translation>
     </message>
     <message>
         <source>it was stopped</source>
@@ -911,19 +921,19 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>the file has no such version</source>
-        <translation type="unfinished"></translation>
+        <translation>אין לקובץ גרסה כזו</translation>
     </message>
     <message>
         <source>the folder at this place is another one, or its drive is not mounted</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה במקום זה היא אחרת, או שהכונן שלה אינו מחובר</translation>
     </message>
     <message>
         <source>the folder is not accessible</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה אינה נגישה</translation>
     </message>
     <message>
         <source>the folder is not active</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה אינה פעילה</translation>
     </message>
     <message>
         <source>the folder or our own change log in it is not there</source>
@@ -1620,19 +1630,19 @@ Seen at: %2</source>
     </message>
     <message>
         <source>Error syncing folder &apos;{}&apos; with {} while {}: {}</source>
-        <translation type="unfinished"></translation>
+        <translation>שגיאה בסנכרון התיקייה &apos;{0}&apos; עם {1} ({2}): {3}</translation>
     </message>
     <message>
         <source>Its name differs from &apos;{}&apos; in case or blanks only, and both cannot be served.</source>
-        <translation type="unfinished"></translation>
+        <translation>שמה שונה מ־&apos;{}&apos; רק באותיות רישיות או ברווחים, ואי אפשר להציע את שתיהן.</translation>
     </message>
     <message>
         <source>Reveal in Finder</source>
-        <translation type="unfinished"></translation>
+        <translation>הצגה במנהל הקבצים</translation>
     </message>
     <message>
         <source>The folder &apos;{}&apos; is not shared: {}</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה &apos;{}&apos; אינה משותפת: {}</translation>
     </message>
     <message>
         <source>Trashed {} in &apos;{}&apos;:</source>
@@ -1652,15 +1662,15 @@ Seen at: %2</source>
     </message>
     <message>
         <source>the file here was changed a moment ago; try again when that change is recorded</source>
-        <translation type="unfinished"></translation>
+        <translation>הקובץ כאן שונה לפני רגע; נסו שוב כשהשינוי יירשם</translation>
     </message>
     <message>
         <source>the keyring is locked</source>
-        <translation type="unfinished"></translation>
+        <translation>מחזיק המפתחות נעול</translation>
     </message>
     <message>
         <source>this version is chosen already</source>
-        <translation type="unfinished"></translation>
+        <translation>גרסה זו כבר נבחרה</translation>
     </message>
     <message>
         <source>this version is dated so far in the future that nothing can follow it</source>
@@ -1668,7 +1678,7 @@ Seen at: %2</source>
     </message>
     <message>
         <source>this version is not a current one: it was changed or deleted since</source>
-        <translation type="unfinished"></translation>
+        <translation>גרסה זו אינה נוכחית: היא שונתה או נמחקה מאז</translation>
     </message>
     <message>
         <source>&apos;{0}&apos; is paused. Resume it with: zolvar resume &apos;{0}&apos;</source>
@@ -1676,7 +1686,7 @@ Seen at: %2</source>
     </message>
     <message>
         <source>authentication failed</source>
-        <translation type="unfinished"></translation>
+        <translation>האימות נכשל</translation>
     </message>
     <message>
         <source>error in rsync protocol data stream</source>
@@ -1684,15 +1694,15 @@ Seen at: %2</source>
     </message>
     <message>
         <source>loading changes</source>
-        <translation type="unfinished"></translation>
+        <translation>טעינת שינויים</translation>
     </message>
     <message>
         <source>socket connection failed.</source>
-        <translation type="unfinished"></translation>
+        <translation>החיבור נכשל.</translation>
     </message>
     <message>
         <source>some files could not be transferred</source>
-        <translation type="unfinished"></translation>
+        <translation>חלק מהקבצים לא הועברו</translation>
     </message>
     <message>
         <source>Could not empty &apos;{}&apos;</source>
@@ -1700,7 +1710,7 @@ Seen at: %2</source>
     </message>
     <message>
         <source>The folder &apos;{}&apos; cannot be shared.</source>
-        <translation type="unfinished"></translation>
+        <translation>אי אפשר לשתף את התיקייה &apos;{}&apos;.</translation>
     </message>
     <message>
         <source>There is no setting &apos;{}&apos;.</source>
@@ -1968,23 +1978,23 @@ Seen at: %2</source>
     </message>
     <message>
         <source>The window shows every folder, who has it, what is missing and what conflicts, and settles conflicts for several files at once. A choice can be undone.</source>
-        <translation type="unfinished"></translation>
+        <translation>החלון מציג כל תיקייה, מי מחזיק בה, מה חסר ומה מתנגש, ומיישב התנגשויות של כמה קבצים יחד. אפשר לבטל בחירה.</translation>
     </message>
     <message>
         <source>The version tree draws who changed a file, when, and from which version.</source>
-        <translation type="unfinished"></translation>
+        <translation>עץ הגרסאות מצייר מי שינה קובץ, מתי, ומאיזו גרסה.</translation>
     </message>
     <message>
         <source>Folders can be paused for an hour or until you resume them.</source>
-        <translation type="unfinished"></translation>
+        <translation>אפשר להשהות תיקיות לשעה או עד חידוש.</translation>
     </message>
     <message>
         <source>What others&apos; changes replace in your folders is kept for a month, so that you can have it back.</source>
-        <translation type="unfinished"></translation>
+        <translation>מה ששינויים של אחרים מחליפים בתיקיות שלכם נשמר חודש, כדי שתוכלו להחזיר אותו.</translation>
     </message>
     <message>
         <source>A file .zolvarignore at the top of a folder names what stays out of it.</source>
-        <translation type="unfinished"></translation>
+        <translation>קובץ ‎.zolvarignore בראש תיקייה מציין מה נשאר מחוץ לה.</translation>
     </message>
     <message>
         <source>Release Notes</source>
