@@ -3,11 +3,11 @@
 
 #include <fstream>
 
-#include "app/AppHost.h"
 #include "app/KDFilePoolNameFormatter.h"
 #include "app/Outcomes.h"
 #include "app/PoolListOrder.h"
 #include "app/SheetsController.h"
+#include "app/TwoHosts.h"
 #include "util/InconsistencyError.h"
 #include "util/PropertyList.h"
 
@@ -86,7 +86,7 @@ TEST(PoolListOrder, putsActiveFoldersFirst) {
   EXPECT_TRUE(isShown(pools[0], true) && !isShown(pools[1], true) && isShown(pools[1], false));
 }
 
-class AdministrationTest : public testing::Test {
+class AdministrationTest : public TwoHosts {
  protected:
   AdministrationTest() {
     for (const char* folder : {"Docs", "Workshop", "Shared", "Shared/Photos", "Repo/.git"}) {
@@ -98,15 +98,8 @@ class AdministrationTest : public testing::Test {
     ann.platform.files.write("/res/FolderBlacklist.plist",
                              propertyListFromStrings({"~/.config/", "~/.local/share/", "*/.git"}));
     ann.resourceFolder = "/res";
-    ann.start();
-    bob.start();
-    world.loop.advance(22);
+    start();
   }
-  bool until(const std::function<bool()>& done) { return world.loop.runUntil(done, 120); }
-
-  SimulatedWorld world;
-  AppHost ann{world, "alpha", "ann"};
-  AppHost bob{world, "beta", "bob"};
 };
 
 TEST_F(AdministrationTest, judgesAChosenPathWhileItIsChosen) {

@@ -1,29 +1,16 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "app/AppHost.h"
-#include "app/Application.h"
+#include "app/TwoHosts.h"
 
 namespace zolvar {
 namespace {
 
 using testing::HasSubstr;
 
-class ApplicationTest : public testing::Test {
+class ApplicationTest : public TwoHosts {
  protected:
-  ApplicationTest() {
-    ann.platform.files.write("/home/user/Docs/letter", "dear bob");
-    ann.start();
-    bob.start();
-    settle(2);
-  }
+  ApplicationTest() { start(2); }
   void settle(double seconds) { world.loop.advance(seconds); }
-  bool until(const std::function<bool()>& done, double limit = 120) {
-    return world.loop.runUntil(done, limit);
-  }
-  bool sees(AppHost& host, const std::string& pool) {
-    return until([&] { return host.app->peer().presence(pool) != nullptr; });
-  }
   /// Ann shares, bob subscribes, the letter arrives.
   void pair() {
     settle(20);
@@ -33,16 +20,9 @@ class ApplicationTest : public testing::Test {
     ASSERT_TRUE(until([&] { return arrived("letter") == "dear bob"; })) << bob.platform.log.text();
     ASSERT_TRUE(bob.isActive("Docs"));
   }
-  std::optional<std::string> arrived(const std::string& path) {
-    return bob.platform.files.readAll("/home/user/Docs/" + path);
-  }
   bool remembersSubscription(AppHost& host) {
     return host.platform.defaults.dictionary("activePools").contains("Docs");
   }
-
-  SimulatedWorld world;
-  AppHost ann{world, "alpha", "ann"};
-  AppHost bob{world, "beta", "bob"};
 };
 
 TEST_F(ApplicationTest, carriesAFolderAndItsChangesFromOneToTheOther) {

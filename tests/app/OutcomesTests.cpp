@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/AppHost.h"
 #include "app/Outcomes.h"
+#include "app/TwoHosts.h"
 #include "util/InconsistencyError.h"
 
 namespace zolvar {
@@ -41,22 +41,16 @@ struct RecordingFrontEnd : FrontEnd {
   }
 };
 
-class OutcomesTest : public testing::Test {
+class OutcomesTest : public TwoHosts {
  protected:
   OutcomesTest() {
-    ann.platform.files.write("/home/user/Docs/letter", "dear bob");
     ann.platform.files.write("/home/user/Docs/other", "text");
-    ann.start();
-    bob.start();
-    world.loop.advance(22);
+    start();
     bob.app->outcomes().setFrontEnd(&window);
     EXPECT_EQ(ann.share("/home/user/Docs"), "");
-    EXPECT_TRUE(until([&] { return bob.app->peer().presence("Docs") != nullptr; }));
+    EXPECT_TRUE(sees(bob, "Docs"));
   }
   ~OutcomesTest() override { bob.app->outcomes().setFrontEnd(nullptr); }
-  bool until(const std::function<bool()>& done, double limit = 200) {
-    return world.loop.runUntil(done, limit);
-  }
   std::optional<std::string> at(AppHost& host, const std::string& path) {
     return host.platform.files.readAll("/home/user/Docs/" + path);
   }
@@ -67,9 +61,6 @@ class OutcomesTest : public testing::Test {
   }
   SimulatedWorkspace& desktop() { return bob.platform.workspace; }
 
-  SimulatedWorld world;
-  AppHost ann{world, "alpha", "ann"};
-  AppHost bob{world, "beta", "bob"};
   RecordingFrontEnd window;
 };
 
