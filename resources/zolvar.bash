@@ -46,7 +46,8 @@ _zolvar() {
   if [[ $cur == -* ]]; then
     local options=--help
     case $command in
-      share | subscribe) options+=" --password-stdin" ;;
+      share) options+=" --addresses --password-stdin" ;;
+      subscribe) options+=" --password-stdin" ;;
       remove) options+=" --yes" ;;
       sync) options+=" --wait" ;;
       pause) options+=" --for" ;;
