@@ -85,7 +85,8 @@ TEST_F(ControlProtocolTest, answersEveryCommandInTheAgreedForm) {
   EXPECT_EQ(idles, 1) << "the answer came later";
   host.advance(20);
   const json list = ask({{"command", "list"}}).at("data");
-  EXPECT_EQ(list, json::parse(R"([{"name":"Docs","folder":"/home/user/Docs","active":true,
+  EXPECT_EQ(list, json::parse(R"([{"name":"Docs","displayName":"Docs","addresses":false,
+      "folder":"/home/user/Docs","active":true,
       "phase":"active","announced":true,"participants":0,"missing":0,"conflicts":0,
       "passwordRequired":false,"syncing":false,"trouble":"","state":"alone","stateWord":"alone",
       "pausedUntil":null}])"));
@@ -124,6 +125,8 @@ TEST_F(ControlProtocolTest, refusesWithOneSentence) {
       {{{"command", "password"}, {"name", "Docs"}, {"password", std::string(501, 'x')}}, "assword"},
       {{{"command", "subscribe"}, {"name", "Docs"}, {"folder", "x"}}, "must be a full one"},
       {{{"command", "share"}, {"folder", "Docs"}}, "must be a full one"},
+      {{{"command", "share"}}, "needs the field 'folder' or 'addresses'"},
+      {{{"command", "share"}, {"addresses", "Friends"}}, "There is no address book."},
       {{{"command", "tree"}, {"name", "Docs"}, {"path", "../a"}}, "no path of a file"},
       {{{"command", "use"}, {"name", "Docs"}, {"path", "a"}, {"version", "x"}}, "no id"},
       {{{"command", "drop"}, {"name", "Docs"}, {"path", "a"}, {"version", "bob@b.local:1"}}, "."},
