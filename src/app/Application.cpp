@@ -30,6 +30,7 @@ constexpr const char* SyncFolderDirectory = "Public/Zolvar";
 constexpr const char* LockFileName = "zolvar.lock";
 constexpr double HousekeepingSeconds = 60;
 constexpr double PruningSeconds = 24 * 60 * 60;
+constexpr double GoneSeconds = 24 * 60 * 60;
 // What the question about vanished files is answered with.
 constexpr int ReGet = 1000;
 constexpr int DeleteEverywhere = 1001;
@@ -275,16 +276,25 @@ void Application::lookAfterThings() {
   if (platform_.clock.now() - lastPruning_ >= PruningSeconds) pruneVersions();
 }
 
-/// Folders of others who are gone do not stay in the list for ever.
+/// Folders of others who are gone do not stay in the list for ever; but who was here a while ago
+/// can still be subscribed to.
 void Application::forgetGonePools() {
+  const double now = platform_.clock.now();
   bool isAnyGone = false;
+  std::map<std::string, double> stillGone;
   for (const auto& pool : peer_->filePools()) {
     const auto* known = peer_->presence(*pool);
     if (pool->phase() != PoolPhase::Inactive || known->countOfParticipants() > 0) continue;
     if (places_->isStored(pool->name())) continue;
-    peer_->forgetPool(*pool);
-    isAnyGone = true;
+    const auto since = goneSince_.try_emplace(pool->name(), now).first->second;
+    if (now - since < GoneSeconds) {
+      stillGone[pool->name()] = since;
+    } else {
+      peer_->forgetPool(*pool);
+      isAnyGone = true;
+    }
   }
+  goneSince_ = std::move(stillGone);
   if (isAnyGone) noteListChanged();
 }
 

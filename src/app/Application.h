@@ -174,8 +174,9 @@ class Application : public KDFilePoolDelegate, public SyncScheduler::Owner {
   std::vector<std::unique_ptr<UserDefaults::Observation>> defaultsObservations_;
   std::shared_ptr<Lane> checks_;
   RunLoop::Id housekeeping_ = 0;
-  double lastPruning_ = 0;  ///< seconds since 1970
-  unsigned poolsToGo_ = 0;  ///< restored pools whose activation is not through
+  double lastPruning_ = 0;                   ///< seconds since 1970
+  std::map<std::string, double> goneSince_;  ///< folders of others who are gone; as lastPruning_
+  unsigned poolsToGo_ = 0;                   ///< restored pools whose activation is not through
   bool isClockOff_ = false;
   bool isRestoring_ = false;
   bool isStarted_ = false;

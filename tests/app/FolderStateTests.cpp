@@ -145,15 +145,17 @@ TEST_F(StateTest, forgetsWhatNobodySharesAndWaitsForNobodyStrange) {
   pair();
   bob.participant("Docs", "alpha")->setSpeaksOurProtocol(false);
   std::optional<SyncOutcome> outcome;
-  ASSERT_TRUE(bob.operations->syncAndWait("Docs", {},
-                                          [&](const auto& ended) { outcome = ended.value(); }));
+  ASSERT_TRUE(
+      bob.operations->syncAndWait("Docs", {}, [&](const auto& ended) { outcome = ended.value(); }));
   ASSERT_TRUE(until([&] { return outcome.has_value(); }, 5));
   EXPECT_EQ(outcome->failed.size(), 1U);
 
   ASSERT_TRUE(bob.operations->unsubscribe("Docs"));
   ASSERT_TRUE(ann.operations->unsubscribe("Docs"));
   ASSERT_TRUE(bob.operations->set("QMPool-Docs", ""));
-  world.loop.advance(200);
+  world.loop.advance(3600);
+  EXPECT_EQ(state(bob), "not subscribed");
+  world.loop.advance(25 * 3600);
   EXPECT_EQ(state(bob), "(none)");
   EXPECT_EQ(state(ann), "not subscribed") << "its folder is still here";
 }
