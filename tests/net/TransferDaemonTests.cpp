@@ -60,7 +60,8 @@ TEST_F(DaemonTest, boundsItsLog) {
   host.files.write(daemon->logFilePath(), lines);
   daemon->boundLog();
   EXPECT_EQ(host.files.readAll(daemon->logFilePath()), "");
-  EXPECT_EQ(host.files.readAll(daemon->logFilePath() + ".old"), lines.substr(lines.size() - (1 << 20)));
+  EXPECT_EQ(host.files.readAll(daemon->logFilePath() + ".old"),
+            lines.substr(lines.size() - (1 << 20)));
   host.files.write(daemon->logFilePath(), line);
   daemon->boundLog();
   EXPECT_EQ(host.files.readAll(daemon->logFilePath()), line);
