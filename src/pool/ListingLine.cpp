@@ -7,7 +7,7 @@ namespace zolvar {
 
 namespace {
 
-constexpr std::time_t Day = 24 * 60 * 60;
+constexpr std::time_t Day = std::time_t{24} * 60 * 60;
 constexpr std::string_view TimePattern = "0000/00/00 00:00:00";
 
 bool isDigit(char character) { return character >= '0' && character <= '9'; }

@@ -16,7 +16,7 @@
 namespace zolvar {
 namespace {
 
-constexpr qint64 LargestText = 1024 * 1024;  // bytes
+constexpr qint64 LargestText = qint64{1} << 20;  // bytes
 
 /// The content when it is a text that can be compared line by line.
 std::optional<std::string> textIn(const std::string& path) {
