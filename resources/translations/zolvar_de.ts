@@ -56,7 +56,7 @@ Vermerkt %3</translation>
     </message>
     <message>
         <source>&amp;Use This Version</source>
-        <translation>Diese Version &amp;nehmen</translation>
+        <translation>Version &amp;nehmen</translation>
     </message>
     <message>
         <source>Put the selected version into your folder</source>
@@ -64,7 +64,7 @@ Vermerkt %3</translation>
     </message>
     <message>
         <source>&amp;Delete This Version…</source>
-        <translation>Diese Version &amp;löschen …</translation>
+        <translation>Version &amp;löschen …</translation>
     </message>
     <message>
         <source>Delete the selected version for everybody</source>
@@ -96,7 +96,7 @@ Vermerkt %3</translation>
     </message>
     <message>
         <source>Use Version &amp;From</source>
-        <translation>Version nehmen v&amp;on</translation>
+        <translation>Nehmen v&amp;on</translation>
     </message>
     <message>
         <source>Settle the selected files: one person&apos;s version stays</source>

@@ -12,7 +12,6 @@
 #include "app/Outcomes.h"
 #include "ui/ConflictsTab.h"
 #include "ui/DetailsPane.h"
-#include "ui/DifferenceDialog.h"
 #include "ui/FolderList.h"
 #include "ui/FolderListModel.h"
 #include "ui/FolderView.h"
@@ -221,16 +220,6 @@ TEST_F(WindowTest, remembersHowItWasLeft) {
   EXPECT_EQ(window->folderView().tab(), FolderView::Missing);
   EXPECT_FALSE(window->folderView().details().isVisible());
   EXPECT_EQ(window->folderView().users().view().columnWidth(0), 77);
-}
-
-TEST_F(WindowTest, comparesTextsLineByLine) {
-  openWithConflicts({"bread.txt"});
-  select("bread.txt", true);
-  actionOf(tab(), "Compare")->trigger();
-  const auto dialog = [this] { return window->findChild<DifferenceDialog*>(); };
-  ASSERT_TRUE(until([&] { return dialog() != nullptr; }, 600)) << ann.platform.log.text();
-  dialog()->reject();
-  EXPECT_TRUE(ann.platform.workspace.opened.empty()) << "shown here, in no other program";
 }
 
 TEST_F(WindowTest, givesUpMissingFilesForEverybody) {

@@ -12,9 +12,11 @@
 #include "app/Outcomes.h"
 #include "ui/ConflictsTab.h"
 #include "ui/DetailsPane.h"
+#include "ui/DifferenceDialog.h"
 #include "ui/FolderView.h"
 #include "ui/Languages.h"
 #include "ui/MissingTab.h"
+#include "ui/TextDifference.h"
 #include "ui/UsersTab.h"
 #include "ui/WindowStage.h"
 #include "ui/sheets/WindowSheets.h"
@@ -153,19 +155,21 @@ class Studio : public WindowStage {
       bob.platform.files.write("/home/user/Photos 2026/Coast/IMG_0" + std::to_string(each) + ".jpg",
                                picture);
     }
-    ann.platform.processes.troubles.secondsPerFile = 3;
-    until(
-        [&] {
-          const auto progress = ann.pool("Photos 2026").progress();
-          return progress && progress->filesDone >= 23;
-        },
-        600);
+    int files = 0;
+    auto& troubles = ann.platform.processes.troubles;
+    troubles.secondsPerFile = 3;
+    troubles.cutAfterFiles = 32;
+    troubles.duringFile = [&](const std::string&) {
+      if (++files != 24) return;
+      news->flush();
+      save(window->grab(), "syncing");
+      world.network.setUp(bob.platform.hostName, false);  // what is not here yet stays missing
+    };
+    until([&] { return files >= 32; }, 600);
+    settle(60);
     window->folderView().missing().view().selectRow(2);
-    draw("syncing");
-    world.network.setUp(bob.platform.hostName, false);  // what is not here yet stays missing
-    settle(400);
     draw("missing");
-    ann.platform.processes.troubles.secondsPerFile = 0;
+    troubles = {};
     world.network.setUp(bob.platform.hostName, true);
     until([&] { return ann.operations->missing("Photos 2026")->empty(); }, 2000);
   }
@@ -209,11 +213,13 @@ class Studio : public WindowStage {
     }
     tab.selectVersion("Bread/Rye.txt", theirs);
     draw("conflict");
-    for (QAction* action : tab.findChildren<QAction*>()) {
-      const bool isCompare = action == tab.tabActions()[2];
-      if (isCompare) action->trigger();
-    }
-    settle(20);
+    const std::string start = "Rye Bread\n\n";
+    auto* difference = new DifferenceDialog(
+        "Bread/Rye.txt", "You (this one is here)", "grace@atelier",
+        *textDifference(start + "450 g rye flour\n1 spoon of salt\n350 ml water\n",
+                        start + "500 g rye flour\n2 spoons of salt\n350 ml water\n"),
+        window.get());
+    difference->show();
     drawDialog("sheet-compare");
     tab.tabActions()[0]->trigger();
     drawDialog("sheet-switch");
