@@ -214,6 +214,12 @@ bool isBase64Only(std::string_view text) {
                               " \t") == std::string_view::npos;
 }
 
+/// Whether the line ends in the sign by which quoted-printable text goes on in the next line.
+bool endsSoftly(std::string_view line) {
+  return line.ends_with('=') &&
+         upperCase(line.substr(0, line.find(':'))).find("QUOTED-PRINTABLE") != std::string::npos;
+}
+
 /// Takes one property with its continuation lines.
 VCardLine takeProperty(PhysicalLines& lines) {
   const PhysicalLine first = lines.take();
@@ -226,33 +232,39 @@ VCardLine takeProperty(PhysicalLines& lines) {
     whole += next.text.substr(blanks);
     line.end = next.end;
   };
-  while (!lines.isAtEnd()) {
-    const std::string_view next = lines.peek().text;
-    if (next.empty() || !isBlank(next.front())) break;
-    takeContinuation(1);
-  }
+  const auto takeFolded = [&] {
+    while (!lines.isAtEnd()) {
+      const std::string_view next = lines.peek().text;
+      if (next.empty() || !isBlank(next.front()) || endsSoftly(whole)) break;
+      takeContinuation(1);
+    }
+  };
+  takeFolded();
   std::string_view rest = whole;
   if (!readHead(rest, line)) return line;
+  const std::size_t head = whole.size() - rest.size();
   const std::string_view encoding = line.parameter("ENCODING");
   line.isBase64 = isSameInAnyCase(encoding, "B") || isSameInAnyCase(encoding, "BASE64");
+  // Whatever is not folded as it should be is taken along: it belongs to nothing else.
   if (isSameInAnyCase(encoding, "QUOTED-PRINTABLE")) {
-    const std::size_t head = whole.size() - rest.size();
     while (whole.size() > head && whole.back() == '=' && !lines.isAtEnd() &&
-           !isMarker(lines.peek().text, "END")) {  // a soft line end
+           !isMarker(lines.peek().text, "END")) {
       whole.pop_back();
       takeContinuation(0);
+      takeFolded();
     }
     line.value = asUtf8(decodeQuotedPrintable(std::string_view(whole).substr(head)));
-    return line;
-  }
-  if (line.isBase64) {
-    const std::size_t head = whole.size() - rest.size();
-    while (!lines.isAtEnd() && isBase64Only(lines.peek().text)) takeContinuation(0);
+  } else if (line.isBase64) {
+    while (!lines.isAtEnd() && isBase64Only(lines.peek().text)) {
+      takeContinuation(0);
+      takeFolded();
+    }
     if (!lines.isAtEnd() && lines.peek().text.empty()) takeContinuation(0);  // their end in 2.1
+    takeFolded();
     line.value = whole.substr(head);
-    return line;
+  } else {
+    line.value = asUtf8(whole.substr(head));
   }
-  line.value = asUtf8(std::string(rest));
   return line;
 }
 

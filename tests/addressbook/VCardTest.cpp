@@ -62,6 +62,8 @@ TEST(VCardReader, understandsWhatIsWritten) {
        "Address=[address home: ;;Main\\; St 1;Town;;1,2;]\n"},
       {"2.1", "N;CHARSET=ISO-8859-1;ENCODING=QUOTED-PRINTABLE:M=FCl=\nler;J=F6=\n=72g\n",
        "First=J\u00F6rg\nLast=M\u00FCller\n"},
+      {"2.1", "NOTE;ENCODING=QUOTED-PRINTABLE:a=\n b=\nc\n d\n", "Note=a bcd\n"},
+      {"2.1", "PHOTO;BASE64:aGVs\nbG8=\n\n stray\nTITLE:x\n", "Image=hello\nJobTitle=x\n"},
       {"2.1", "NOTE;QUOTED-PRINTABLE:a=0D=0Ab=3D=ZZ=\n", "Note=a\nb==ZZ=\n"},
       {"2.1", "N:M\xFCller\nNICKNAME:\x80\n", "Last=M\u00FCller\nNickname=\u20AC\n"},
       {"2.1", "PHOTO;JPEG;ENCODING=BASE64:\n aGVs\nbG8=\n\nTITLE:Boss\n",
