@@ -24,29 +24,36 @@ QuestionSheet::Words wordsOf(const Alert& alert) {
 
 }  // namespace
 
-DeletionSheet::DeletionSheet(const Alert& alert, const QStringList& files, Answered answered,
-                             QWidget* window)
+DeletionSheet::DeletionSheet(const Alert& alert, Answered answered, QWidget* window)
     : QuestionSheet(wordsOf(alert), std::move(answered), window) {
-  if (files.size() > Few) {
-    auto* list = new QListView(this);
-    list->setModel(new QStringListModel(files, list));
-    list->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    list->setSelectionMode(QAbstractItemView::NoSelection);
-    list->setUniformItemSizes(true);
-    list->setTextElideMode(Qt::ElideMiddle);
-    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    const int rows = std::min(static_cast<int>(files.size()), Rows);
-    list->setMinimumHeight(rows * list->sizeHintForRow(0) + 2 * list->frameWidth());
-    auto* label = new QLabel(Zolvar::tr("The &files:"), this);
-    label->setBuddy(list);
-    body().addWidget(label);
-    body().addWidget(list, 1);
-  }
+  files_ = new QStringListModel(this);
+  list_ = new QListView(this);
+  list_->setModel(files_);
+  list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  list_->setSelectionMode(QAbstractItemView::NoSelection);
+  list_->setUniformItemSizes(true);
+  list_->setTextElideMode(Qt::ElideMiddle);
+  list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  label_ = new QLabel(Zolvar::tr("The &files:"), this);
+  label_->setBuddy(list_);
+  list_->hide();
+  label_->hide();
   auto* hint = new NoteLabel(this);
   hint->say(
       Zolvar::tr("Re-Get brings the files back here from the others. Delete Everywhere moves "
                  "them to the Trash of everybody who has them."));
+  body().addWidget(label_);
+  body().addWidget(list_, 1);
   body().addWidget(hint);
+}
+
+void DeletionSheet::showFiles(const QStringList& files) {
+  if (files.size() <= Few || files == files_->stringList()) return;
+  files_->setStringList(files);
+  const int rows = std::min(static_cast<int>(files.size()), Rows);
+  list_->setMinimumHeight(rows * list_->sizeHintForRow(0) + 2 * list_->frameWidth());
+  list_->show();
+  label_->show();
 }
 
 }  // namespace zolvar

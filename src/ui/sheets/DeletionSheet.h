@@ -2,6 +2,10 @@
 
 #include "ui/sheets/QuestionSheet.h"
 
+class QLabel;
+class QListView;
+class QStringListModel;
+
 namespace zolvar {
 
 struct Alert;
@@ -12,7 +16,14 @@ class DeletionSheet : public QuestionSheet {
   Q_OBJECT
 
  public:
-  DeletionSheet(const Alert& alert, const QStringList& files, Answered answered, QWidget* window);
+  DeletionSheet(const Alert& alert, Answered answered, QWidget* window);
+  /// They may be known only a moment after the question.
+  void showFiles(const QStringList& files);
+
+ private:
+  QStringListModel* files_;
+  QListView* list_;
+  QLabel* label_;
 };
 
 }  // namespace zolvar

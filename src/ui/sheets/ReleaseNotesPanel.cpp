@@ -36,6 +36,8 @@ ReleaseNotesPanel::ReleaseNotesPanel(const std::string& version, QWidget* window
   text->setAccessibleName(windowTitle());
   QString list;
   for (const QString& item : news()) list += "<li>" + item.toHtmlEscaped() + "</li>";
+  text->document()->setIndentWidth(fontMetrics().averageCharWidth() * 2);
+  text->document()->setDocumentMargin(0);
   text->setHtml("<ul style=\"margin-left: 0; -qt-list-indent: 1\">" + list + "</ul>");
   text->setMinimumHeight(fontMetrics().lineSpacing() * Lines);
   body().addWidget(text, 1);

@@ -1,8 +1,10 @@
 #include "ui/sheets/Sheet.h"
 
+#include <QCoreApplication>
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QShowEvent>
 #include <QVBoxLayout>
 
 #include "app/Application.h"
@@ -136,6 +138,18 @@ bool Sheet::event(QEvent* event) {
 
 void Sheet::resizeEvent(QResizeEvent* event) {
   QDialog::resizeEvent(event);
+  grow();
+}
+
+void Sheet::showEvent(QShowEvent* event) {
+  QDialog::showEvent(event);
+  if (event->spontaneous()) return;
+  // Only now the fields have their widths, and with them their notes the right heights.
+  for (int pass = 0; pass < 2; ++pass) {
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    setMinimumHeight(0);
+    adjustSize();
+  }
   grow();
 }
 

@@ -49,6 +49,7 @@ class Sheet : public QDialog {
 
   bool event(QEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void showEvent(QShowEvent* event) override;
 
  private:
   void grow();

@@ -7,6 +7,7 @@
 #include "app/Outcomes.h"
 #include "app/SheetsController.h"
 #include "app/VisibleFiles.h"
+#include "ui/FolderNews.h"
 #include "ui/MainWindow.h"
 #include "ui/Texts.h"
 #include "ui/sheets/AboutPanel.h"
@@ -223,15 +224,20 @@ void WindowSheets::askAboutPassword(const std::string& poolName, const PasswordF
 void WindowSheets::askAboutDeletion(const std::string& poolName, const Alert& alert,
                                     std::function<void(int)> answered) {
   withdrawDeletionAlert(poolName);
-  QStringList files;
-  const auto pool = context_.application.peer().poolNamed(poolName);
-  if (const auto question = pool ? context_.outcomes.openQuestion(*pool) : std::nullopt) {
+  auto* sheet = new DeletionSheet(alert, asCode(std::move(answered)), &window_);
+  const auto update = [this, sheet, poolName] {
+    QStringList files;
+    const auto pool = context_.application.peer().poolNamed(poolName);
+    const auto question = pool ? context_.outcomes.openQuestion(*pool) : std::nullopt;
+    if (!question) return;
     for (const auto& path : visibleFiles({question->paths.begin(), question->paths.end()})) {
       files += toQt(context_.operations.describe(poolName, path));
     }
-  }
-  present(*new DeletionSheet(alert, files, asCode(std::move(answered)), &window_),
-          keyOf("deletion", poolName));
+    sheet->showFiles(files);
+  };
+  QObject::connect(&context_.news, &FolderNews::changed, sheet, update);
+  update();
+  present(*sheet, keyOf("deletion", poolName));
 }
 
 void WindowSheets::withdrawDeletionAlert(const std::string& poolName) {
