@@ -101,7 +101,7 @@ Result<> setInService(const std::string& service, const std::string& account,
 
 }  // namespace
 
-SecretServiceStore::SecretServiceStore(std::string supportFolder, Log& log)
+SecretServiceStore::SecretServiceStore(const std::string& supportFolder, Log& log)
     : log_(log), file_(supportFolder + "/secrets", log) {}
 
 Result<std::optional<std::string>> SecretServiceStore::find(const std::string& service,

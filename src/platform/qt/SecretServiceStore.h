@@ -18,7 +18,7 @@ namespace zolvar {
 /// and locked is Refused; then nothing goes to the file.
 class SecretServiceStore final : public SecretStore {
  public:
-  SecretServiceStore(std::string supportFolder, Log& log);
+  SecretServiceStore(const std::string& supportFolder, Log& log);
 
   Result<std::optional<std::string>> find(const std::string& service,
                                           const std::string& account) override;

@@ -56,7 +56,7 @@ Result<std::unique_ptr<SystemPlatform>> SystemPlatform::make(const Options& opti
   auto all = std::make_unique<Services>(options);
   auto support = all->fileSystem.supportFolder();
   if (!support) return tl::unexpected(support.error());
-  all->secrets = std::make_unique<SecretServiceStore>(std::move(*support), all->log);
+  all->secrets = std::make_unique<SecretServiceStore>(*support, all->log);
   Lanes& lanes = options.isTestModeActive ? static_cast<Lanes&>(all->inlineLanes)
                                           : static_cast<Lanes&>(all->threadLanes);
   all->platform = std::make_unique<Platform>(
