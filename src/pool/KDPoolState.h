@@ -194,7 +194,8 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::unique_ptr<KDLogFile> localLog_;
   std::unique_ptr<LogGuard> guard_;
   double ownLastLogTime_ = 0;
-  std::unordered_map<std::string, double> loggedUntil_;  ///< user id → time of the last entry here
+  /// Interned user id → time of the last entry here.
+  std::unordered_map<const std::string*, double> loggedUntil_;
   std::vector<KDLogFileEntry*> waiting_;                ///< not merged: the parent is still to come
   std::map<std::string, std::uint64_t> mergedOffsets_;  ///< log name → end of its last merged line
 

@@ -12,15 +12,20 @@
 namespace zolvar {
 
 void KDPoolState::noteLogged(const std::vector<KDLogFileEntry*>& entries) {
+  double* until = nullptr;
+  const std::string* userId = nullptr;
   for (const KDLogFileEntry* entry : entries) {
-    double& until = loggedUntil_[entry->userId()];
-    until = std::max(until, entry->logTime());
+    if (userId != &entry->userId()) {
+      userId = &entry->userId();
+      until = &loggedUntil_[userId];
+    }
+    *until = std::max(*until, entry->logTime());
   }
 }
 
 bool KDPoolState::mayHaveToWait(const KDLogFileEntry& entry) const {
   if (entry.plogTime() == 0) return false;
-  const auto until = loggedUntil_.find(entry.puserId());
+  const auto until = loggedUntil_.find(&entry.puserId());
   return until == loggedUntil_.end() || until->second <= entry.plogTime();
 }
 
