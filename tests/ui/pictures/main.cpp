@@ -17,6 +17,7 @@
 #include "ui/Languages.h"
 #include "ui/MissingTab.h"
 #include "ui/TextDifference.h"
+#include "ui/Texts.h"
 #include "ui/UsersTab.h"
 #include "ui/WindowStage.h"
 #include "ui/sheets/WindowSheets.h"
@@ -162,7 +163,9 @@ class Studio : public WindowStage {
     troubles.duringFile = [&](const std::string&) {
       if (++files != 24) return;
       news->flush();
+      window->folderView().showTab(FolderView::Users);
       save(window->grab(), "syncing");
+      window->folderView().showTab(FolderView::Missing);
       world.network.setUp(bob.platform.hostName, false);  // what is not here yet stays missing
     };
     until([&] { return files >= 32; }, 600);
@@ -262,7 +265,8 @@ class Studio : public WindowStage {
     drawDialog("sheet-clock");
     sheets_->showAlert(firewallAlert(10528), [](int) {});
     drawDialog("sheet-firewall");
-    sheets_->showProblem("Subscribing failed.", "There is no folder at '/media/stick'.");
+    sheets_->showProblem(Zolvar::tr("The folder cannot be shared."),
+                         said("There is no folder at '/media/stick'."));
     drawDialog("sheet-problem");
   }
 
