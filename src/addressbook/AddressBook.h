@@ -69,6 +69,10 @@ class AddressBook {
   /// another process'; what fails then is a warning in the log.
   virtual Result<> save() = 0;
 
+  /// Whether the record is in the book as other programs find it, and nothing of it waits for
+  /// `save`'s end or was lost with it.
+  [[nodiscard]] virtual bool isWritten(const std::string& /*personId*/) const { return true; }
+
   /// The user's own card, with its picture; nothing when none is marked as such.
   [[nodiscard]] virtual Result<std::optional<ABPerson>> me() = 0;
   /// What to open so that a person sees these records; a card's file, or an address that the

@@ -1,5 +1,7 @@
 #include "addressbook/AddressMemory.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "platform/Log.h"
@@ -13,7 +15,8 @@ namespace {
 constexpr const char* UidMappings = "uid-mappings.plist";
 constexpr const char* Marks = "address-marks.plist";
 constexpr const char* CardExtension = ".vcf";
-constexpr const char* MatchedSuffix = " matched";
+constexpr std::string_view MatchedSuffix = " matched";
+constexpr std::string_view NewSuffix = " new";
 constexpr std::uint64_t LargestFile = 64U << 20U;  // bytes
 constexpr std::uint32_t FileMode = 0600;
 
@@ -99,8 +102,13 @@ std::optional<AddressMemory::Mark> AddressMemory::mark(const std::string& poolNa
   if (found == marks_.strings.end()) return std::nullopt;
   Mark mark;
   std::string text = found->second;
-  mark.isMatched = text.ends_with(MatchedSuffix);
-  if (mark.isMatched) text.resize(text.size() - std::string_view(MatchedSuffix).size());
+  const auto takeSuffix = [&text](std::string_view suffix) {
+    const bool has = text.ends_with(suffix);
+    if (has) text.resize(text.size() - suffix.size());
+    return has;
+  };
+  mark.isNew = takeSuffix(NewSuffix);
+  mark.isMatched = takeSuffix(MatchedSuffix);
   const std::size_t blank = text.find(' ');
   if (blank == std::string::npos) return std::nullopt;
   mark.record = text.substr(0, blank);
@@ -112,7 +120,8 @@ void AddressMemory::setMark(const std::string& poolName, const std::string& file
                             const Mark& mark) {
   const std::lock_guard guard(mutex_);
   put(marks_, markKey(poolName, fileName),
-      mark.record + " " + mark.file + (mark.isMatched ? MatchedSuffix : ""));
+      fmt::format("{} {}{}{}", mark.record, mark.file, mark.isMatched ? MatchedSuffix : "",
+                  mark.isNew ? NewSuffix : ""));
 }
 
 void AddressMemory::removeMark(const std::string& poolName, const std::string& fileName) {

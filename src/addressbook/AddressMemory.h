@@ -23,6 +23,8 @@ class AddressMemory {
     std::string file;    ///< digest of the content
     /// Found by its name only: still two people, until the user has made one of them.
     bool isMatched = false;
+    /// Read in, but not known to be written in the book: lost, it is read in once more.
+    bool isNew = false;
     bool operator==(const Mark&) const = default;
   };
 

@@ -242,6 +242,11 @@ Result<> CardBook::save() {
   return {};
 }
 
+bool CardBook::isWritten(const std::string& personId) const {
+  const Record* record = person(personId);
+  return record && record->isKept;
+}
+
 // What the source tells
 
 CardBook::Record CardBook::recordOf(const std::string& id, KeptCard card) {
@@ -279,10 +284,12 @@ void CardBook::put(const std::string& id, KeptCard card, AddressBookDidChange& t
   const auto known = records_.find(id);
   if (known != records_.end() && known->second.card.text == card.text) {
     known->second.card = std::move(card);
+    known->second.isKept = true;
     return;
   }
   auto record = expected(id, std::move(card));
   if (!record) return;
+  record->isKept = true;
   if (known == records_.end()) {
     if (record->isPerson) told.inserted.push_back(id);
     records_.emplace(id, std::move(*record));

@@ -46,6 +46,7 @@ class CardBook : public AddressBook {
   Result<> removePerson(const std::string& personId) override;
   Result<> setValues(const std::string& personId, const ABChanges& changes) override;
   Result<> save() override;
+  [[nodiscard]] bool isWritten(const std::string& personId) const override;
   [[nodiscard]] Result<std::optional<ABPerson>> me() override;
   [[nodiscard]] std::string addressToOpen(const std::string& recordId) override;
 
@@ -58,6 +59,7 @@ class CardBook : public AddressBook {
     KeptCard card;
     ABPerson person;  ///< what the card says
     std::vector<std::string> categories;
+    bool isKept = false;   ///< as the source told it; else it waits to be written
     bool isPerson = true;  ///< a card of a group or a list is nobody, but its id is taken
   };
   using Records = std::map<std::string, Record>;

@@ -20,6 +20,7 @@ namespace {
 
 constexpr std::string_view CardExtension = ".vcf";
 constexpr std::uint64_t LargestCard = 16U << 20U;  // bytes
+constexpr double WritingTime = 5;                  // seconds
 
 bool isCardName(std::string_view name) {
   return name.ends_with(CardExtension) && !name.starts_with('.') &&
@@ -163,7 +164,8 @@ class KDAddressPool::Export {
     for (const auto& [fileName, card] : contents_) {
       if (ids_.contains(pool_.memory_.uniqueIdForFilename(fileName))) continue;
       if (fileNames_.contains(fileName) || isMissing(fileName)) continue;
-      if (pool_.mark(fileName)) {
+      const auto mark = pool_.mark(fileName);
+      if (mark && !mark->isNew) {
         changes.push_back({fileName, card, std::nullopt});
       } else {
         toImport[fileName] = card;
@@ -204,6 +206,7 @@ class KDAddressPool::Export {
     fileNames_.insert(fileName);
     if (isMissing(fileName)) return;  // what is to come is read in, or met with our change, later
     const std::string digest = digestOfProperties(member, pool_.checked_);
+    const bool isNew = !pool_.book_.isWritten(member.uniqueId);
     const auto file = contents_.find(fileName);
     std::optional<std::string> expected;
     if (file != contents_.end()) {
@@ -211,18 +214,23 @@ class KDAddressPool::Export {
       const std::string fileDigest = digestOf(file->second);
       const auto person = pool_.book_.personWithVCardData(file->second);
       if (person && hasEqualProperties(member, *person, pool_.checked_)) {
-        pool_.memory_.setMark(pool_.name(), fileName, {digest, fileDigest, false});
+        pool_.memory_.setMark(pool_.name(), fileName, {digest, fileDigest, false, isNew});
         return;
       }
       if (mark && mark->record == digest) {
-        if (mark->file != fileDigest) toImport[fileName] = file->second;
+        if (mark->file != fileDigest) {
+          toImport[fileName] = file->second;
+        } else if (mark->isNew && !isNew) {
+          pool_.memory_.setMark(pool_.name(), fileName,
+                                {digest, fileDigest, mark->isMatched, false});
+        }
         return;  // the book keeps it in its own way, or two people wait to be merged
       }
       expected = file->second;
     }
     pool_.platform().log.warning("Writing vcard file for {} as {}", fullnameOrOrganization(member),
                                  fileName);
-    marks[fileName] = {digest, digestOf(member.vCardData), false};
+    marks[fileName] = {digest, digestOf(member.vCardData), false, isNew};
     changes.push_back({fileName, expected, member.vCardData});
   }
 
@@ -237,7 +245,7 @@ void KDAddressPool::exportGroup(const Contents& contents) {
   const auto finish = [weak = weak_from_this()] {
     const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
     if (!pool) return;
-    pool->isExporting_ = false;
+    pool->isExporting_ = pool->isConfirming_ = false;
     if (std::exchange(pool->exportsAgain_, false)) pool->copyVCardsFromAddressBook();
   };
   const auto group = syncGroup();
@@ -309,6 +317,14 @@ void KDAddressPool::importCards(const Contents& cards) {
   for (const auto& [recordId, fileName] : mergePaths_) toMerge.insert(fileName);
   mergeFilesWithAddressBook(toMerge);
   mergePaths_.clear();
+  if (isConfirming_) return;
+  // Then the book has written what it will.
+  platform().runLoop.after(WritingTime, [weak = weak_from_this()] {
+    const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
+    if (!pool) return;
+    pool->isConfirming_ = true;
+    pool->copyVCardsFromAddressBook();
+  });
 }
 
 void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& fileName,
@@ -320,6 +336,7 @@ void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& f
   if (!record) return note(record.error());
   const auto known = mark(fileName);
   bool isMatched = false;
+  bool isNew = known && known->isNew;
   Result<> changed;
   if (*record) {
     if (known && known->isMatched) {
@@ -338,6 +355,7 @@ void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& f
       mergePaths_[id] = fileName;
     } else if (auto added = book_.addPerson(*person)) {
       id = *added;
+      isNew = true;
     } else {
       return note(added.error());
     }
@@ -347,7 +365,8 @@ void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& f
   if (!changed) return note(changed.error());
   // As the book took it over, which may differ from what it was given.
   if (const auto taken = book_.recordForUniqueId(id); taken && *taken) {
-    pendingMarks_[fileName] = {digestOfProperties(**taken, checked_), digestOf(card), isMatched};
+    pendingMarks_[fileName] = {digestOfProperties(**taken, checked_), digestOf(card), isMatched,
+                               isNew};
   }
 }
 

@@ -86,6 +86,7 @@ class KDAddressPool final : public KDFilePool {
   std::map<std::string, AddressMemory::Mark> pendingMarks_;
   bool isExporting_ = false;
   bool exportsAgain_ = false;
+  bool isConfirming_ = false;  ///< sees whether what was read in is written
   NotificationCenter::Observation observation_;
 };
 

@@ -252,6 +252,25 @@ TEST_F(KDAddressPoolTest, deletesNothingForAnotherBookOrAGroupThatIsGone) {
   EXPECT_EQ(ann.members(), std::vector<std::string>{"Lee Young"});
 }
 
+TEST_F(KDAddressPoolTest, readsInAgainWhatTheBookLostBeforeItWasWritten) {
+  bob.content.isSlow = true;
+  ann.add("Lee", "Young");
+  pair();
+  ASSERT_TRUE(untilMembers(bob, {"Lee Young"}));
+  world.loop.advance(60);
+  bob.host.stop();
+  bob.content.people.clear();
+  bob.content.groups["Friends"].clear();
+  bob.content.isSlow = false;
+  bob.host.platform.clock.restart();
+  bob.host.start();
+  EXPECT_TRUE(untilMembers(bob, {"Lee Young"})) << bob.host.platform.log.text();
+  world.loop.advance(60);
+  EXPECT_EQ(ann.members().size(), 1U);
+  bob.removeFromGroup(bob.idOf("Lee Young"));
+  EXPECT_TRUE(untilMembers(ann, {})) << "once written, gone is gone";
+}
+
 TEST_F(KDAddressPoolTest, comesBackWithoutConflicts) {
   ann.add("Lee", "Young");
   pair();

@@ -22,6 +22,7 @@ struct AddressBookContent {
   std::map<std::string, std::set<std::string>> groups;
   std::optional<std::string> me;
   bool isUnreachable = false;
+  bool isSlow = false;         ///< writes nothing by itself: what was added can be lost
   bool losesSuffixes = false;  ///< takes persons over without their suffix
   int lastId = 0;
   int saves = 0;
@@ -57,6 +58,9 @@ class MemoryAddressBook : public AddressBook {
   Result<> removePerson(const std::string& personId) override;
   Result<> setValues(const std::string& personId, const ABChanges& changes) override;
   Result<> save() override;
+  [[nodiscard]] bool isWritten(const std::string& /*personId*/) const override {
+    return !content_.isSlow;
+  }
   [[nodiscard]] Result<std::optional<ABPerson>> me() override;
   [[nodiscard]] std::string addressToOpen(const std::string& recordId) override {
     return "contact:" + recordId;
