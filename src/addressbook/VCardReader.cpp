@@ -60,7 +60,7 @@ std::string_view trimmed(std::string_view text) {
 
 bool isMarker(std::string_view line, std::string_view marker) {
   const std::size_t colon = line.find(':');
-  return colon != std::string_view::npos &&
+  return colon != std::string_view::npos && !isBlank(line.front()) &&
          isSameInAnyCase(trimmed(line.substr(0, colon)), marker) &&
          isSameInAnyCase(trimmed(line.substr(colon + 1)), "VCARD");
 }
@@ -248,7 +248,7 @@ VCardLine takeProperty(PhysicalLines& lines) {
   // Whatever is not folded as it should be is taken along: it belongs to nothing else.
   if (isSameInAnyCase(encoding, "QUOTED-PRINTABLE")) {
     while (whole.size() > head && whole.back() == '=' && !lines.isAtEnd() &&
-           !isMarker(lines.peek().text, "END")) {
+           !isMarker(lines.peek().text, "END") && !isMarker(lines.peek().text, "BEGIN")) {
       whole.pop_back();
       takeContinuation(0);
       takeFolded();
