@@ -37,12 +37,12 @@ inline constexpr const char* MaidenName = "MaidenName";
 inline constexpr const char* Organization = "Organization";
 inline constexpr const char* Department = "Department";
 inline constexpr const char* JobTitle = "JobTitle";
-inline constexpr const char* Birthday = "Birthday";    ///< ABDate; text when the year is not known
-inline constexpr const char* Phones = "Phone";         ///< ABMultiValue
-inline constexpr const char* Emails = "Email";         ///< ABMultiValue
-inline constexpr const char* Addresses = "Address";    ///< ABMultiValue: the seven parts of a card's
-                                                       ///< ADR, ";" between them and "\;" in them
-inline constexpr const char* AIMNames = "AIMInstant";  ///< ABMultiValue
+inline constexpr const char* Birthday = "Birthday";  ///< ABDate; text when the year is not known
+inline constexpr const char* Phones = "Phone";       ///< ABMultiValue
+inline constexpr const char* Emails = "Email";       ///< ABMultiValue
+inline constexpr const char* Addresses = "Address";  ///< ABMultiValue: the seven parts of a card's
+                                                     ///< ADR, ";" between them and "\;" in them
+inline constexpr const char* AIMNames = "AIMInstant";        ///< ABMultiValue
 inline constexpr const char* JabberNames = "JabberInstant";  ///< ABMultiValue
 inline constexpr const char* URLs = "URLs";                  ///< ABMultiValue
 inline constexpr const char* HomePage = "HomePage";  ///< only from stores that tell it from URLs
@@ -52,7 +52,8 @@ inline constexpr const char* Modification = "Modification";  ///< ABDate
 inline constexpr const char* Creation = "Creation";          ///< ABDate
 }  // namespace ABProperty
 
-/// The labels that mean something; of cards, TYPE=WORK on a TEL is PhoneWork, on an ADR AddressWork.
+/// The labels that mean something; of cards, TYPE=WORK on a TEL is PhoneWork, on an ADR
+/// AddressWork.
 namespace ABLabel {
 inline constexpr const char* Work = "work";
 inline constexpr const char* Home = "home";
