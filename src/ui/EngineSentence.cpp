@@ -37,7 +37,7 @@ QString saidField(const QString& value) {
 /// "Could not open 'x': Permission denied." is put together from what was tried and why it failed.
 QString saidFailure(const QString& text) {
   const QString sentence = text.chopped(1);
-  const qsizetype end = sentence.indexOf("': ");
+  const qsizetype end = sentence.lastIndexOf("': ");
   const QString attempt = end < 0 ? sentence : sentence.left(end + 1);
   for (const auto& candidate : engineSentences()) {
     const auto fields = candidate.fieldsOf(attempt);

@@ -227,7 +227,7 @@ TEST_F(WindowTest, givesUpMissingFilesForEverybody) {
   openWindow();
   WindowFrontEnd frontEnd(*window, sheets);
   ann.app->outcomes().setFrontEnd(&frontEnd);
-  ann.platform.processes.troubles.secondsPerFile = 1000;
+  ann.platform.processes.troubles.cutAfterFiles = 0;
   bob.platform.files.write("/home/user/Recipes/cake.txt", "cake");
   ASSERT_TRUE(until([&] { return !ann.operations->missing("Recipes")->empty(); }, 600));
   window->folderView().showTab(FolderView::Missing);
