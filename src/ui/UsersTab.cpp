@@ -16,7 +16,9 @@
 namespace zolvar {
 
 UsersTab::UsersTab(WindowContext& context, WindowMemory& memory, QWidget* parent)
-    : QWidget(parent), context_(context), model_(context.application, context.operations, context.colors) {
+    : QWidget(parent),
+      context_(context),
+      model_(context.application, context.operations, context.colors) {
   view_ = new QTableView(this);
   view_->setModel(&model_);
   setUpTable(*view_, Zolvar::tr("Users"));

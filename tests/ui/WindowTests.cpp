@@ -9,7 +9,6 @@
 #include <QTreeView>
 #include <QUrl>
 
-#include "app/Outcomes.h"
 #include "ui/ConflictsTab.h"
 #include "ui/DetailsPane.h"
 #include "ui/FolderList.h"
@@ -220,28 +219,6 @@ TEST_F(WindowTest, remembersHowItWasLeft) {
   EXPECT_EQ(window->folderView().tab(), FolderView::Missing);
   EXPECT_FALSE(window->folderView().details().isVisible());
   EXPECT_EQ(window->folderView().users().view().columnWidth(0), 77);
-}
-
-TEST_F(WindowTest, givesUpMissingFilesForEverybody) {
-  shareAmongAll("Recipes", {"bread.txt"});
-  openWindow();
-  WindowFrontEnd frontEnd(*window, sheets);
-  ann.app->outcomes().setFrontEnd(&frontEnd);
-  ann.platform.processes.troubles.cutAfterFiles = 0;
-  bob.platform.files.write("/home/user/Recipes/cake.txt", "cake");
-  ASSERT_TRUE(until([&] { return !ann.operations->missing("Recipes")->empty(); }, 600));
-  window->folderView().showTab(FolderView::Missing);
-  settle(1);
-  auto& missing = window->folderView().missing();
-  EXPECT_EQ(missing.model().rowCount(), 1);
-  missing.view().selectAll();
-  actionOf(missing, "Delete Everywhere")->trigger();
-  ASSERT_TRUE(until([&] { return sheets.has("deletion Recipes"); })) << ann.platform.log.text();
-  EXPECT_EQ(ann.operations->missing("Recipes")->size(), 1U) << "not before the answer";
-  sheets.answerDeletion(SecondButton);
-  ASSERT_TRUE(until([&] { return ann.operations->missing("Recipes")->empty(); }, 600));
-  EXPECT_TRUE(until([&] { return bob.platform.files.wasTrashed("cake"); }, 6000));
-  ann.app->outcomes().setFrontEnd(nullptr);
 }
 
 TEST_F(WindowTest, filtersTheFolders) {
