@@ -20,6 +20,7 @@ constexpr const char* DefaultOwnCard = "me.vcf";
 // Seconds.
 constexpr double Gathering = 0.3;    ///< from the first sign of a change to reading
 constexpr double BetweenTries = 30;  ///< of what could not be reached or written
+constexpr double UntilMade = 5;      ///< between looks whether somebody made the folder
 constexpr double BetweenLooks = 60;  ///< where the folder cannot be observed
 
 }  // namespace
@@ -221,7 +222,7 @@ void CardFolder::take(Outcome outcome) {
     isOpen_ = true;
     isTold_ = false;
     if (isUnmade_) {
-      after(BetweenTries, openTimer_, &CardFolder::open);
+      after(UntilMade, openTimer_, &CardFolder::open);
     } else {
       observe();
       after(1, lookTimer_, &CardFolder::look);  // for what changed before it was observed
