@@ -88,7 +88,9 @@ void KDPoolState::scan() {
   if (!scan.toDelete.empty()) {
     for (const std::string& path : scan.toDelete) {
       const KDPathRecord* record = store_->findPath(path);
-      if (record && record->activeLeafCount > 0) scan.toFetch.insert(path);  // another branch lives
+      const bool hasOtherBranch = record && record->activeLeafCount > 0;
+      // What cannot make way is met at each scan, but is no reason to ask everybody each time.
+      if (hasOtherBranch && !todo_.contains(path)) scan.toFetch.insert(path);
     }
     deleteFiles(scan.toDelete);
   }
