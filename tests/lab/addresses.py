@@ -241,4 +241,4 @@ def scenario_server_and_folder(lab):
     if lacks:
         print(f"left out: {lacks} is not installed", flush=True)
         return
-    life(open_book(lab, "alpha", CardFolder), open_book(lab, "delta", Server), "Club")
+    life(open_book(lab, "gamma", CardFolder), open_book(lab, "delta", Server), "Club")
