@@ -37,6 +37,12 @@ std::string Contents::make(std::size_t size) {
 void Contents::wrote(SimulatedPeer& author, const std::string& path, const std::string& content) {
   const auto attributes = author.host.files.attributesOf(author.path(path));
   if (!attributes || attributes->kind != FileKind::Regular) return;
+  if (const auto known = written_.find(content); known != written_.end()) {
+    const Written& before = known->second;
+    const bool isThatVersion = before.isLogged && before.author == author.name() &&
+                               before.path == path && before.time == attributes->modTime;
+    if (isThatVersion) return;  // put back with its time: nothing new, and may be replaced as before
+  }
   written_[content] = {author.name(), path, attributes->modTime, false, false};
   history_[{author.name(), path}].emplace_back(content, attributes->modTime);
 }
@@ -49,9 +55,12 @@ void Contents::moved(SimulatedPeer& peer, const std::string& path) {
     written_[*content].isLogged = true;  // moved back
     return;
   }
-  const bool wasReplaced = written_[*content].isReplaced;  // elsewhere
+  const Written before = written_[*content];
   wrote(peer, path, *content);
-  written_[*content].isReplaced = wasReplaced;
+  Written& now = written_[*content];
+  now.isReplaced = before.isReplaced;  // elsewhere
+  // What came from another is safe there; a power failure may take the mover's copy.
+  now.isLogged = before.isLogged && before.author != peer.name();
 }
 
 std::multiset<std::string> Contents::inFolder(SimulatedPeer& peer) const {
