@@ -40,6 +40,13 @@ PUT_TOGETHER = (
     "Its name differs from '{}' in case or blanks only, and both cannot be served.",
     "Merge Contacts in '{}'?", "loading changes", "socket connection failed.", "error in rsync protocol data stream",
     "some files could not be transferred", "authentication failed",
+    "the transfer tools of the two computers do not understand each other",
+    "a folder or file could not be opened",
+    "a file could not be read or written; perhaps a disk is full, or its drive gone",
+    "the transfer was ended", "there was not enough memory",
+    "some files vanished over there before they could be fetched", "nothing came for too long",
+    "the other computer did not answer in time", "the transfer tool was ended by signal {}",
+    "the transfer tool ended with status {}",
 )
 NOT_SAID = ("{} {} in '{}':\\n", "{} at '{}'", "KDPeer with base path: ", "HasPassword-",
             "Will delete file as recorded in the logs here: ")

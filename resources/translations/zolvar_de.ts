@@ -2203,5 +2203,45 @@ Gesehen bei: %2</translation>
         <source>Merge Contacts in &apos;{}&apos;?</source>
         <translation>Kontakte in „{}“ zusammenführen?</translation>
     </message>
+    <message>
+        <source>a file could not be read or written; perhaps a disk is full, or its drive gone</source>
+        <translation>eine Datei konnte nicht gelesen oder geschrieben werden; vielleicht ist ein Datenträger voll oder nicht mehr da</translation>
+    </message>
+    <message>
+        <source>a folder or file could not be opened</source>
+        <translation>ein Ordner oder eine Datei konnte nicht geöffnet werden</translation>
+    </message>
+    <message>
+        <source>nothing came for too long</source>
+        <translation>zu lange kam nichts an</translation>
+    </message>
+    <message>
+        <source>some files vanished over there before they could be fetched</source>
+        <translation>einige Dateien verschwanden dort, bevor sie geholt werden konnten</translation>
+    </message>
+    <message>
+        <source>the other computer did not answer in time</source>
+        <translation>der andere Computer hat nicht rechtzeitig geantwortet</translation>
+    </message>
+    <message>
+        <source>the transfer tool ended with status {}</source>
+        <translation>das Übertragungswerkzeug endete mit Status {}</translation>
+    </message>
+    <message>
+        <source>the transfer tool was ended by signal {}</source>
+        <translation>das Übertragungswerkzeug wurde durch Signal {} beendet</translation>
+    </message>
+    <message>
+        <source>the transfer tools of the two computers do not understand each other</source>
+        <translation>die Übertragungswerkzeuge der beiden Computer verstehen einander nicht</translation>
+    </message>
+    <message>
+        <source>the transfer was ended</source>
+        <translation>die Übertragung wurde beendet</translation>
+    </message>
+    <message>
+        <source>there was not enough memory</source>
+        <translation>der Arbeitsspeicher reichte nicht</translation>
+    </message>
 </context>
 </TS>

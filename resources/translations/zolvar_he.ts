@@ -2203,5 +2203,45 @@ Seen at: %2</source>
         <source>Merge Contacts in &apos;{}&apos;?</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>a file could not be read or written; perhaps a disk is full, or its drive gone</source>
+        <translation>אי אפשר היה לקרוא או לכתוב קובץ; ייתכן שהדיסק מלא או שהכונן נותק</translation>
+    </message>
+    <message>
+        <source>a folder or file could not be opened</source>
+        <translation>אי אפשר היה לפתוח תיקייה או קובץ</translation>
+    </message>
+    <message>
+        <source>nothing came for too long</source>
+        <translation>דבר לא הגיע זמן רב מדי</translation>
+    </message>
+    <message>
+        <source>some files vanished over there before they could be fetched</source>
+        <translation>כמה קבצים נעלמו שם לפני שהספיקו להגיע</translation>
+    </message>
+    <message>
+        <source>the other computer did not answer in time</source>
+        <translation>המחשב האחר לא ענה בזמן</translation>
+    </message>
+    <message>
+        <source>the transfer tool ended with status {}</source>
+        <translation>כלי ההעברה הסתיים במצב {}</translation>
+    </message>
+    <message>
+        <source>the transfer tool was ended by signal {}</source>
+        <translation>כלי ההעברה נעצר על ידי אות {}</translation>
+    </message>
+    <message>
+        <source>the transfer tools of the two computers do not understand each other</source>
+        <translation>כלי ההעברה של שני המחשבים אינם מבינים זה את זה</translation>
+    </message>
+    <message>
+        <source>the transfer was ended</source>
+        <translation>ההעברה הופסקה</translation>
+    </message>
+    <message>
+        <source>there was not enough memory</source>
+        <translation>לא היה די זיכרון</translation>
+    </message>
 </context>
 </TS>
