@@ -22,7 +22,7 @@ char kindLetter(const KDDiskState& state) {
     case FileKind::Directory:
       return 'd';
     case FileKind::Link:
-      return 'l';
+      return state.isGuess ? 'm' : 'l';
     default:
       return state.isGuess ? 'g' : state.isUnseen ? 'u' : 'f';
   }
@@ -126,10 +126,10 @@ void KDDiskRecord::load(KDVersionTree& tree, FileIdentity root) {
       continue;
     }
     KDDiskState state;
-    state.kind = *kind == "d"   ? FileKind::Directory
-                 : *kind == "l" ? FileKind::Link
-                                : FileKind::Regular;
-    state.isGuess = *kind == "g";
+    state.kind = *kind == "d"                   ? FileKind::Directory
+                 : *kind == "l" || *kind == "m" ? FileKind::Link
+                                                : FileKind::Regular;
+    state.isGuess = *kind == "g" || *kind == "m";
     state.isUnseen = state.isGuess || *kind == "u";
     if (!parseNumber(takeField(line), state.size) || !parseNumber(takeField(line), state.modTime) ||
         !parseNumber(takeField(line), state.inode) || !parseNumber(takeField(line), state.device)) {

@@ -152,7 +152,7 @@ void KDPoolState::askForListings(double now) {
 /// The other's version with the time of ours that lies here. Only one of the two sees the other's.
 KDLogFileEntry* KDPoolState::sameTimed(const KDPathRecord& path) const {
   const KDDiskState* disk = path.disk;
-  if (!disk || !disk->entry || disk->kind != FileKind::Regular) return nullptr;
+  if (!disk || !disk->entry || disk->kind == FileKind::Directory) return nullptr;
   const KDLogFileEntry& own = *disk->entry;
   if (own.userId() != settings_.userId || own.childCount() > 0) return nullptr;
   for (KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
@@ -172,7 +172,7 @@ KDLogFileEntry* KDPoolState::twin(const KDPathRecord& path) const {
 void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& entry,
                                      const std::string& participant) {
   KDDiskState* disk = path.disk;
-  if (!disk || !disk->entry || entry.kind != '-') return;
+  if (!disk || !disk->entry || entry.kind == 'd') return;
   const auto& times = entry.modTimes;
   if (std::find(times.begin(), times.end(), disk->modTime) == times.end()) return;
   KDLogFileEntry* listed =
@@ -180,7 +180,9 @@ void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& ent
   const auto attributes = folder_->attributes(path.text);
   if (!attributes || !disk->isUnchanged(*attributes)) return;
   KDLogFileEntry* other = twin(path);
-  if (other && other == listed && disk->size == entry.size) {
+  const FileKind kind = entry.kind == 'l' ? FileKind::Link : FileKind::Regular;
+  const bool looksSame = disk->kind == kind && disk->size == entry.size;
+  if (other && other == listed && looksSame && kind == FileKind::Regular) {
     KDLogFileEntry& own = *disk->entry;
     KDDiskState state = KDDiskState::of(*attributes, other);
     state.isUnseen = true;
@@ -188,21 +190,22 @@ void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& ent
     logDeletionOfBranchLeaf(own);
     return;
   }
-  if (other && other == listed) {
+  if (other && other == listed) {  // and a link is one of two only if both lead to the same place
     noTwins_.emplace(path.text);
     listener_->scanWanted();
   }
   if (!disk->isGuess || disk->entry != listed) return;
   // Empty instead of what it should be, after a power failure: what waits to be fetched again.
-  if (disk->size == 0 && entry.size > 0) {
+  if (disk->kind == kind && disk->size == 0 && entry.size > 0) {
     addTodoFiles({std::string(path.text)});
     return;
   }
   unverified_.erase(std::string(path.text));
   KDDiskState state = KDDiskState::of(*attributes, disk->entry);
   state.isUnseen = true;
-  if (disk->size != entry.size) {
+  if (!looksSame) {
     // Another file with the same time: recorded as one that lay elsewhere, it is logged as new.
+    state.kind = kind;
     state.size = entry.size;
     state.inode = 0;
     listener_->scanWanted();

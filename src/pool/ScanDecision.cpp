@@ -13,7 +13,7 @@ namespace {
 /// Nobody saw how the file came to have this version's time. What we logged ourselves we saw.
 ScanDecision taken(const KDVersionTree& tree, KDLogFileEntry* version, const ScanFacts& facts) {
   const bool isForeignFile =
-      facts.attributes.kind == FileKind::Regular && version->userId() != tree.localUserId();
+      facts.attributes.kind != FileKind::Directory && version->userId() != tree.localUserId();
   return {isForeignFile ? ScanAction::Guess : ScanAction::Confirm, version};
 }
 

@@ -41,7 +41,8 @@ void Contents::wrote(SimulatedPeer& author, const std::string& path, const std::
     const Written& before = known->second;
     const bool isThatVersion = before.isLogged && before.author == author.name() &&
                                before.path == path && before.time == attributes->modTime;
-    if (isThatVersion) return;  // put back with its time: nothing new, and may be replaced as before
+    if (isThatVersion)
+      return;  // put back with its time: nothing new, and may be replaced as before
   }
   written_[content] = {author.name(), path, attributes->modTime, false, false};
   history_[{author.name(), path}].emplace_back(content, attributes->modTime);
@@ -85,7 +86,11 @@ std::pair<std::string, std::int64_t> Contents::earlier(const SimulatedPeer& peer
                                                        const std::string& path) const {
   const auto found = history_.find({peer.name(), path});
   if (found == history_.end()) return {};
-  return found->second[found->second.size() / 2];
+  const auto& all = found->second;
+  std::size_t chosen = all.size() / 2;
+  // Of what was written within one second only the last was ever anybody's version.
+  while (chosen + 1 < all.size() && all[chosen + 1].second == all[chosen].second) ++chosen;
+  return all[chosen];
 }
 
 void Contents::noteLogged(const SimulatedPeer& peer) {

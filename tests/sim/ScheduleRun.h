@@ -43,6 +43,7 @@ class ScheduleRun {
   void restart(SimulatedPeer& peer);
   void endPlans();
   void check(const std::string& when);
+  [[nodiscard]] bool isAnybodySyncing();
   void settle();
   bool answerAll(bool deletes);
   bool giveUpUnreachable();
