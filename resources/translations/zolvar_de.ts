@@ -1385,15 +1385,15 @@ Gesehen bei: %2</translation>
         <translation>Die Uhr dieses Computers geht falsch. Stellen Sie sie, und der Ordner macht weiter.</translation>
     </message>
     <message>
-        <source>Files vanished here. Shall they come back, or be deleted for everybody?</source>
-        <translation>Hier sind Dateien verschwunden. Sollen sie zurückkommen oder bei allen gelöscht werden?</translation>
+        <source>Nothing is deleted for the others before you answer.</source>
+        <translation>Bei den anderen wird nichts gelöscht, bevor Sie antworten.</translation>
     </message>
     <message>
         <source>Two people changed a file at once. Both versions are kept; choose one.</source>
         <translation>Zwei haben eine Datei zugleich geändert. Beide Versionen sind erhalten; wählen Sie eine.</translation>
     </message>
     <message>
-        <source>Nobody who is here now has them. They come when somebody who does is.</source>
+        <source>Nobody who is here now has them. They come once somebody who has them is back.</source>
         <translation>Niemand, der gerade da ist, hat sie. Sie kommen, sobald jemand da ist, der sie hat.</translation>
     </message>
     <message>
@@ -1414,8 +1414,8 @@ Gesehen bei: %2</translation>
     <message numerus="yes">
         <source>In step with %n user(s)</source>
         <translation>
-            <numerusform>Im Gleichschritt mit %n Teilnehmer</numerusform>
-            <numerusform>Im Gleichschritt mit %n Teilnehmern</numerusform>
+            <numerusform>Im Gleichschritt mit %n</numerusform>
+            <numerusform>Im Gleichschritt mit %n</numerusform>
         </translation>
     </message>
     <message numerus="yes">
@@ -1825,7 +1825,7 @@ Gesehen bei: %2</translation>
         <translation>&amp;Speichern</translation>
     </message>
     <message>
-        <source>As the system</source>
+        <source>Same as the system</source>
         <translation>Wie das System</translation>
     </message>
     <message>
@@ -1929,7 +1929,7 @@ Gesehen bei: %2</translation>
         <translation>Meldungen über diese &amp;Ordner zeigen:</translation>
     </message>
     <message>
-        <source>Conflicts are told either way.</source>
+        <source>Conflicts are shown either way.</source>
         <translation>Konflikte werden in jedem Fall gemeldet.</translation>
     </message>
     <message>
@@ -2069,7 +2069,7 @@ Gesehen bei: %2</translation>
         <translation>Keines: Alle können abonnieren</translation>
     </message>
     <message>
-        <source>Who gives the same password gets the files.</source>
+        <source>Whoever enters the same password gets the files.</source>
         <translation>Wer dasselbe Passwort angibt, bekommt die Dateien.</translation>
     </message>
     <message>

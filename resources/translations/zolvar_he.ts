@@ -1385,15 +1385,15 @@ Seen at: %2</source>
         <translation>שעון המחשב אינו מדויק. כוונו אותו, והתיקייה תמשיך.</translation>
     </message>
     <message>
-        <source>Files vanished here. Shall they come back, or be deleted for everybody?</source>
-        <translation>קבצים נעלמו כאן. להחזיר אותם, או למחוק אותם אצל כולם?</translation>
+        <source>Nothing is deleted for the others before you answer.</source>
+        <translation>דבר לא יימחק אצל האחרים לפני שתענו.</translation>
     </message>
     <message>
         <source>Two people changed a file at once. Both versions are kept; choose one.</source>
         <translation>שניים שינו קובץ בו־זמנית. שתי הגרסאות נשמרו; בחרו אחת.</translation>
     </message>
     <message>
-        <source>Nobody who is here now has them. They come when somebody who does is.</source>
+        <source>Nobody who is here now has them. They come once somebody who has them is back.</source>
         <translation>לאיש מהנמצאים כאן אין אותם. הם יגיעו כשיהיה כאן מי שמחזיק בהם.</translation>
     </message>
     <message>
@@ -1825,7 +1825,7 @@ Seen at: %2</source>
         <translation>&amp;שמירה</translation>
     </message>
     <message>
-        <source>As the system</source>
+        <source>Same as the system</source>
         <translation>כמו המערכת</translation>
     </message>
     <message>
@@ -1929,7 +1929,7 @@ Seen at: %2</source>
         <translation>הצגת הודעות על &amp;תיקיות אלה:</translation>
     </message>
     <message>
-        <source>Conflicts are told either way.</source>
+        <source>Conflicts are shown either way.</source>
         <translation>על התנגשויות מודיעים בכל מקרה.</translation>
     </message>
     <message>
@@ -2069,7 +2069,7 @@ Seen at: %2</source>
         <translation>ללא: כולם יכולים להירשם</translation>
     </message>
     <message>
-        <source>Who gives the same password gets the files.</source>
+        <source>Whoever enters the same password gets the files.</source>
         <translation>מי שנותן אותה סיסמה מקבל את הקבצים.</translation>
     </message>
     <message>

@@ -22,6 +22,7 @@ EmptyState::EmptyState(const QString& iconName, QWidget* parent)
   layout->addStretch(2);
   for (QLabel* label : {icon_, title_, text_}) {
     label->setAlignment(Qt::AlignCenter);
+    label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     layout->addWidget(label);
   }

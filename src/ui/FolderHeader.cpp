@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
@@ -25,7 +26,8 @@ constexpr double NameSize = 1.45;  // of the ordinary font
 QString placeText(const PoolInfo& info, const std::string& home) {
   if (info.folder.empty()) return Zolvar::tr("Shared by others on this network");
   const std::string path = abbreviateHome(info.folder, home);
-  return toQt(pathForDisplay(path));
+  const QString place = toQt(pathForDisplay(path));
+  return QGuiApplication::isRightToLeft() ? QString(place).replace(u'▸', u'◂') : place;
 }
 
 }  // namespace

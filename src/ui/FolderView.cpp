@@ -50,7 +50,6 @@ FolderView::FolderView(WindowContext& context, WindowMemory& memory, const QList
   showDetails_->setCheckable(true);
   showDetails_->setChecked(memory.recallText("Details") != "hidden");
   showDetails_->setShortcut(QKeySequence("Ctrl+D"));
-  details_->setVisible(showDetails_->isChecked());
   memory.restore("Details-Split", *splitter_);
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -60,11 +59,9 @@ FolderView::FolderView(WindowContext& context, WindowMemory& memory, const QList
   layout->addWidget(warning_);
   layout->addWidget(splitter_, 1);
   titleTabs();
+  showFileOfTab();
 
-  connect(showDetails_, &QAction::toggled, this, [this](bool shown) {
-    details_->setVisible(shown);
-    if (shown) showFileOfTab();
-  });
+  connect(showDetails_, &QAction::toggled, this, &FolderView::showFileOfTab);
   connect(tabs_, &QTabWidget::currentChanged, this, [this] {
     refreshTab();
     showFileOfTab();
@@ -115,6 +112,7 @@ void FolderView::show(const PoolInfo& info, const std::optional<TransferProgress
   info_ = info;
   header_->show(info, progress);
   titleTabs();
+  showDetails();
   showQuestion();
   if (isOther) {
     warning_->hide();
@@ -140,9 +138,17 @@ void FolderView::refreshTab() {
 }
 
 void FolderView::showFileOfTab() {
+  showDetails();
   if (tab() == Users) details_->showFile(info_.name, {});
   if (tab() == Missing) missing_->tellFile();
   if (tab() == Conflicts) conflicts_->tellFile();
+}
+
+void FolderView::showDetails() {
+  // Only files have versions.
+  const bool hasFiles =
+      (tab() == Missing && info_.missing > 0) || (tab() == Conflicts && info_.conflicts > 0);
+  details_->setVisible(hasFiles && showDetails_->isChecked());
 }
 
 void FolderView::showQuestion() {

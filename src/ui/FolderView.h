@@ -64,6 +64,7 @@ class FolderView : public QWidget {
   void refreshTab();
   void titleTabs();
   void showFileOfTab();
+  void showDetails();
   void showQuestion();
 
   WindowContext& context_;

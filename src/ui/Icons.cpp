@@ -135,6 +135,10 @@ QPixmap personPicture(const std::string& userId, const QColor& color, const QIma
     constexpr int SmallestForLetters = 20;
     painter.fillPath(circle, color);
     if (size < SmallestForLetters) {
+      // Stays visible on a selection of about its colour.
+      const double rim = pixelRatio;
+      painter.setPen(QPen(QColor(255, 255, 255, 200), rim));
+      painter.drawEllipse(QRectF(rim / 2, rim / 2, side - rim, side - rim));
       painter.end();
       pixmap.setDevicePixelRatio(pixelRatio);
       return pixmap;

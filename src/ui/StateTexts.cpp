@@ -69,11 +69,12 @@ QString stateExplanation(const PoolInfo& info) {
     case WaitingForClock:
       return Zolvar::tr("This computer's clock is off. Set it, and the folder goes on.");
     case QuestionOpen:
-      return Zolvar::tr("Files vanished here. Shall they come back, or be deleted for everybody?");
+      return Zolvar::tr("Nothing is deleted for the others before you answer.");
     case Conflict:
       return Zolvar::tr("Two people changed a file at once. Both versions are kept; choose one.");
     case Missing:
-      return Zolvar::tr("Nobody who is here now has them. They come when somebody who does is.");
+      return Zolvar::tr(
+          "Nobody who is here now has them. They come once somebody who has them is back.");
     case Alone:
       return Zolvar::tr("Changes reach the others as soon as they are on the network.");
     case Fetching:

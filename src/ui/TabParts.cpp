@@ -4,6 +4,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QMenu>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QTableView>
 
@@ -12,9 +13,25 @@
 namespace zolvar {
 namespace {
 
+/// Right to left, the toolkit says which side a button's words stand at in absolute terms, but then
+/// mirrors it: they would stand at the far edge, away from their icon.
+class WordsBesideIcon : public QProxyStyle {
+ public:
+  void drawItemText(QPainter* painter, const QRect& rect, int flags, const QPalette& palette,
+                    bool isEnabled, const QString& text, QPalette::ColorRole role) const override {
+    QProxyStyle::drawItemText(painter, rect, flags | Qt::AlignAbsolute, palette, isEnabled, text,
+                              role);
+  }
+};
+
 /// A push button that shows and does what the action is and does.
 QPushButton* buttonFor(QAction* action, QWidget* parent) {
   auto* button = new QPushButton(parent);
+  if (button->layoutDirection() == Qt::RightToLeft) {
+    auto* style = new WordsBesideIcon;
+    style->setParent(button);
+    button->setStyle(style);
+  }
   const auto follow = [action, button] {
     button->setText(action->text());
     button->setIcon(action->icon());

@@ -239,6 +239,11 @@ void VersionTreeView::paintNode(QPainter& painter, int row) const {
   painter.setPen(QPen(version.isDeletion() ? faintColor(palette()) : color, 2));
   painter.setBrush(version.isCurrent() ? color : ground);
   painter.drawEllipse(center, NodeRadius, NodeRadius);
+  if (row == current_ && !version.isHere) {  // the colour may be the selection's
+    painter.setPen(QPen(palette().color(QPalette::HighlightedText), 1.2));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(center, NodeRadius + 1.5, NodeRadius + 1.5);
+  }
   if (version.isDeletion()) {
     const double arm = NodeRadius * 0.5;
     painter.drawLine(center - QPointF(arm, arm), center + QPointF(arm, arm));

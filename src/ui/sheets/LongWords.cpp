@@ -1,5 +1,7 @@
 #include "ui/sheets/LongWords.h"
 
+#include <QLabel>
+
 namespace zolvar {
 namespace {
 
@@ -20,6 +22,18 @@ QString breakable(const QString& text) {
     broken += character;
   }
   return broken;
+}
+
+void putWords(QLabel& label, const QString& text) {
+  const QString words = breakable(text);
+  if (label.layoutDirection() == Qt::LeftToRight) {
+    label.setTextFormat(Qt::PlainText);
+    label.setText(words);
+    return;
+  }
+  // Plain lines that run from right to left are moved by the blank at their end, and cut off.
+  label.setTextFormat(Qt::RichText);
+  label.setText(words.toHtmlEscaped().replace('\n', "<br>"));
 }
 
 }  // namespace zolvar

@@ -22,7 +22,6 @@ NoteLabel::NoteLabel(QWidget* parent) : QWidget(parent) {
   error_ = new Picture(ownIcon("state-problem"), 1, this);
   label_ = new QLabel(this);
   label_->setWordWrap(true);
-  label_->setTextFormat(Qt::PlainText);
   auto* layout = new QHBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(warning_, 0, Qt::AlignTop);
@@ -36,7 +35,7 @@ void NoteLabel::say(const QString& text, Weight weight) {
   if (text == text_ && weight == weight_) return;
   weight_ = weight;
   text_ = text;
-  label_->setText(breakable(text));
+  putWords(*label_, text);
   warning_->setVisible(weight == Weight::Warning);
   error_->setVisible(weight == Weight::Error);
   color();

@@ -2,10 +2,12 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QFormLayout>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QShowEvent>
 #include <QSpinBox>
 #include <QTabWidget>
 
@@ -59,7 +61,7 @@ PreferencesPanel::PreferencesPanel(WindowContext& context, QWidget* window)
 QWidget* PreferencesPanel::generalPage() {
   auto* page = new QWidget(this);
   language_ = new QComboBox(page);
-  language_->addItem(Zolvar::tr("As the system"), QString());
+  language_->addItem(Zolvar::tr("Same as the system"), QString());
   for (const auto& language : offeredLanguages()) {
     language_->addItem(language.ownName, toQt(language.code));
   }
@@ -121,9 +123,24 @@ QWidget* PreferencesPanel::noticesPage() {
   auto* layout = new QVBoxLayout(page);
   layout->addWidget(label);
   layout->addWidget(notices_, 1);
-  layout->addWidget(noticesHint_ = hint(Zolvar::tr("Conflicts are told either way."), page));
+  layout->addWidget(noticesHint_ = hint(Zolvar::tr("Conflicts are shown either way."), page));
   layout->addWidget(warnsAlways_);
   return page;
+}
+
+void PreferencesPanel::showEvent(QShowEvent* event) {
+  Sheet::showEvent(event);
+  if (event->spontaneous()) return;
+  // Every page's notes learn their widths, or the highest page would be too high.
+  const int shown = pages_->currentIndex();
+  QWidget* const focus = focusWidget();
+  for (int page = 0; page < pages_->count(); ++page) {
+    pages_->setCurrentIndex(page);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+  }
+  pages_->setCurrentIndex(shown);
+  if (focus != nullptr) focus->setFocus();
+  fit();
 }
 
 void PreferencesPanel::showPage(int index) { pages_->setCurrentIndex(index); }

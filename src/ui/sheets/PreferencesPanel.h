@@ -25,6 +25,9 @@ class PreferencesPanel : public Sheet {
   void showPage(int index);
   void accept() override;
 
+ protected:
+  void showEvent(QShowEvent* event) override;
+
  private:
   QWidget* generalPage();
   QWidget* transfersPage();

@@ -42,7 +42,7 @@ SettingsSheet::SettingsSheet(WindowContext& context, const std::string& poolName
   notices_ = new QCheckBox(Zolvar::tr("Show &notices about this folder"), this);
   notices_->setChecked(context.outcomes.usesNotices(poolName));
   auto* hint = new NoteLabel(this);
-  hint->say(Zolvar::tr("Conflicts are told either way."));
+  hint->say(Zolvar::tr("Conflicts are shown either way."));
   auto* form = addForm();
   form->addRow(hasPassword_, password_);
   form->addRow(QString(), note_);

@@ -29,7 +29,7 @@ ShareSheet::ShareSheet(WindowContext& context, const std::string& path, QWidget*
   password_ = new PasswordEdit(this);
   password_->setPlaceholderText(Zolvar::tr("None: everybody can subscribe"));
   auto* hint = new NoteLabel(this);
-  hint->say(Zolvar::tr("Who gives the same password gets the files."));
+  hint->say(Zolvar::tr("Whoever enters the same password gets the files."));
   auto* form = addForm();
   auto* label = new QLabel(Zolvar::tr("&Folder:"), this);
   label->setBuddy(&place_->edit());

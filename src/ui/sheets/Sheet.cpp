@@ -39,7 +39,6 @@ Sheet::Sheet(QWidget* window) : QDialog(window) {
   auto* words = new QVBoxLayout;
   for (QLabel* label : {heading_, text_}) {
     label->setWordWrap(true);
-    label->setTextFormat(Qt::PlainText);
     label->hide();
     words->addWidget(label);
   }
@@ -65,9 +64,9 @@ Sheet::Sheet(QWidget* window) : QDialog(window) {
 void Sheet::introduce(const QIcon& picture, const QString& title, const QString& heading,
                       const QString& text) {
   setWindowTitle(title);
-  heading_->setText(breakable(heading));
+  putWords(*heading_, heading);
   heading_->setVisible(!heading.isEmpty());
-  text_->setText(breakable(text));
+  putWords(*text_, text);
   text_->setVisible(!text.isEmpty());
   setAccessibleName(heading.isEmpty() ? title : heading);
   setAccessibleDescription(text);
@@ -144,10 +143,18 @@ void Sheet::resizeEvent(QResizeEvent* event) {
 void Sheet::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
   if (event->spontaneous()) return;
-  // Only now the fields have their widths, and with them their notes the right heights.
-  for (int pass = 0; pass < 2; ++pass) {
+  fit();
+}
+
+void Sheet::fit() {
+  // Notes know their heights only when they have their widths, and one pass settles the next.
+  constexpr int MostPasses = 6;
+  for (int pass = 0, before = -1; pass < MostPasses && before != height(); ++pass) {
+    before = height();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
     setMinimumHeight(0);
+    layout()->activate();
+    resize(width(), 0);
     adjustSize();
   }
   grow();

@@ -37,6 +37,8 @@ class Sheet : public QDialog {
   QPushButton* addButton(const QString& text, QDialogButtonBox::ButtonRole role);
   QPushButton* addCancel();
   [[nodiscard]] QDialogButtonBox& buttons() { return *buttons_; }
+  /// As high as the texts need now.
+  void fit();
 
   /// A person's doing takes time: nothing can be changed meanwhile, but the sheet can be closed.
   void wait();
