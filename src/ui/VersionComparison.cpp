@@ -1,11 +1,11 @@
 #include "ui/VersionComparison.h"
 
-#include <QDir>
 #include <QFile>
 #include <optional>
 
 #include "app/Application.h"
 #include "app/Operations.h"
+#include "platform/FileSystem.h"
 #include "platform/Platform.h"
 #include "platform/Workspace.h"
 #include "ui/DifferenceDialog.h"
@@ -52,7 +52,7 @@ void VersionComparison::compare(const std::string& poolName, const std::string& 
     if (!side.isThere) {
       // A folder each, so that the file keeps its name for the program that opens it.
       const QString own = place_->filePath(QString::number(++number_));
-      QDir().mkpath(own);
+      static_cast<void>(context_.platform.fileSystem.makeFolder(own.toStdString()));
       side.file = joinPath(own.toStdString(), std::string(lastPathComponent(path)));
     }
     comparison->sides.push_back(std::move(side));

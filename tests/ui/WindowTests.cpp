@@ -9,6 +9,7 @@
 #include <QTreeView>
 #include <QUrl>
 
+#include "app/OutcomeTexts.h"
 #include "ui/ConflictsTab.h"
 #include "ui/DetailsPane.h"
 #include "ui/FolderList.h"
@@ -185,6 +186,46 @@ TEST_F(WindowTest, decidesAboutOneVersion) {
   actionOf(tab(), "Delete This Version")->trigger();
   ASSERT_TRUE(until([&] { return conflictsOf(ann) == 1; }));
   EXPECT_THAT(content(ann, "cake.txt"), HasSubstr("alpha"));
+}
+
+TEST_F(WindowTest, comparesTwoVersions) {
+  openWithConflicts({"bread.txt"});
+  select("bread.txt", true);
+  actionOf(tab(), "Compare")->trigger();
+  auto& opened = ann.platform.workspace.opened;
+  ASSERT_TRUE(until([&] { return opened.size() == 2; })) << ann.platform.log.text();
+  EXPECT_THAT(opened, testing::Contains("/home/user/Recipes/bread.txt"));
+  std::erase(opened, "/home/user/Recipes/bread.txt");
+  EXPECT_THAT(opened.at(0), testing::EndsWith("/bread.txt")) << "keeps its name";
+  EXPECT_THAT(ann.platform.files.readAll(opened[0]).value_or("(none)"), HasSubstr("from beta"));
+  EXPECT_EQ(conflictsOf(ann), 1U) << "looking decides nothing";
+}
+
+TEST_F(WindowTest, deletesEverywhereWhatNobodyHas) {
+  shareAmongAll("Recipes", {"bread.txt"});
+  openWindow();
+  auto& view = window->folderView();
+  EXPECT_FALSE(view.details().isVisible()) << "users have no versions";
+  view.showTab(FolderView::Missing);
+  bob.platform.files.write("/home/user/Recipes/lost", "x");
+  ASSERT_TRUE(until([&] { return bob.pool("Recipes").snapshot()->fileCount == 2; }));
+  bob.platform.files.remove("/home/user/Recipes/lost");
+  ASSERT_TRUE(until([&] { return ann.operations->missing("Recipes")->size() == 1; }))
+      << ann.platform.log.text();
+  settle(2);
+  QAction* const everywhere = actionOf(view.missing(), "Delete Everywhere");
+  EXPECT_FALSE(everywhere->isEnabled()) << "nothing is selected";
+  view.missing().view().selectRow(0);
+  settle(1);
+  EXPECT_TRUE(view.details().isVisible());
+  everywhere->trigger();
+  settle(2);
+  ASSERT_EQ(ann.operations->questions().size(), 1U);
+  EXPECT_EQ(ann.operations->missing("Recipes")->size(), 1U) << "not without a yes";
+  Q_EMIT view.questionWanted("Recipes");
+  ASSERT_TRUE(sheets.has("deletion Recipes"));
+  sheets.answerDeletion(SecondButton);
+  EXPECT_TRUE(until([&] { return ann.operations->missing("Recipes")->empty(); }));
 }
 
 TEST_F(WindowTest, staysWithATrayAndSaysSoOnce) {

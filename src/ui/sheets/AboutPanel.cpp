@@ -8,6 +8,7 @@
 #include "ui/Icons.h"
 #include "ui/Texts.h"
 #include "ui/WindowContext.h"
+#include "ui/sheets/LongWords.h"
 
 namespace zolvar {
 
@@ -18,8 +19,8 @@ AboutPanel::AboutPanel(WindowContext& context, QWidget* window) : Sheet(window) 
                        "server and no account."));
   auto* form = addForm();
   const auto add = [&](const QString& title, const QString& value) {
-    auto* label = new QLabel(value, this);
-    label->setTextFormat(Qt::PlainText);
+    auto* label = new QLabel(this);
+    putWords(*label, value);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     label->setAccessibleName(title + ' ' + value);
     label->setWordWrap(true);

@@ -1,6 +1,7 @@
 #include "ui/sheets/LongWords.h"
 
 #include <QLabel>
+#include <algorithm>
 
 namespace zolvar {
 namespace {
@@ -33,7 +34,13 @@ void putWords(QLabel& label, const QString& text) {
   }
   // Plain lines that run from right to left are moved by the blank at their end, and cut off.
   label.setTextFormat(Qt::RichText);
-  label.setText(words.toHtmlEscaped().replace('\n', "<br>"));
+  // A sentence may begin with a name that runs the other way.
+  constexpr QChar RightToLeftMark(0x200F);
+  const bool isHere = std::any_of(words.begin(), words.end(), [](QChar character) {
+    return character.direction() == QChar::DirR || character.direction() == QChar::DirAL;
+  });
+  label.setText((isHere ? QString(RightToLeftMark) : QString()) +
+                words.toHtmlEscaped().replace('\n', "<br>"));
 }
 
 }  // namespace zolvar

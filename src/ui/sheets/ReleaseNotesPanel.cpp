@@ -3,6 +3,8 @@
 #include <QPushButton>
 #include <QTextBrowser>
 #include <QVBoxLayout>
+#include <cmath>
+#include <memory>
 
 #include "ui/Icons.h"
 #include "ui/Texts.h"
@@ -10,7 +12,7 @@
 namespace zolvar {
 namespace {
 
-constexpr int Lines = 12;
+constexpr int Columns = 50;  // characters of an average width
 
 /// Newest first.
 QStringList news() {
@@ -39,7 +41,11 @@ ReleaseNotesPanel::ReleaseNotesPanel(const std::string& version, QWidget* window
   text->document()->setIndentWidth(fontMetrics().averageCharWidth() * 2);
   text->document()->setDocumentMargin(0);
   text->setHtml("<ul style=\"margin-left: 0; -qt-list-indent: 1\">" + list + "</ul>");
-  text->setMinimumHeight(fontMetrics().lineSpacing() * Lines);
+  const std::unique_ptr<QTextDocument> measured(text->document()->clone());
+  measured->setDefaultFont(font());
+  measured->setTextWidth(fontMetrics().averageCharWidth() * Columns);
+  text->setMinimumHeight(static_cast<int>(std::ceil(measured->size().height())));
+  text->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
   body().addWidget(text, 1);
   auto* close = addButton(Zolvar::tr("Close"), QDialogButtonBox::RejectRole);
   close->setDefault(true);

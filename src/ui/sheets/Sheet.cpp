@@ -158,12 +158,17 @@ void Sheet::fit() {
     adjustSize();
   }
   grow();
+  fitted_ = height();
 }
 
 void Sheet::grow() {
   // Layouts of windows count the height of wrapped texts at the narrowest width only.
   if (layout() == nullptr || !layout()->hasHeightForWidth()) return;
+  const bool follows = height() == fitted_;
   setMinimumHeight(layout()->totalMinimumHeightForWidth(width()));
+  if (!follows) return;
+  resize(width(), layout()->totalHeightForWidth(width()));
+  fitted_ = height();
 }
 
 }  // namespace zolvar

@@ -63,6 +63,7 @@ class Sheet : public QDialog {
   QVBoxLayout* body_;
   QDialogButtonBox* buttons_;
   QPointer<QWidget> focus_;  ///< before the wait
+  int fitted_ = -1;          ///< the height that fit its texts; another one is a person's choice
 };
 
 }  // namespace zolvar

@@ -218,7 +218,8 @@ class Studio : public WindowStage {
     draw("conflict");
     const std::string start = "Rye Bread\n\n";
     auto* difference = new DifferenceDialog(
-        "Bread/Rye.txt", "You (this one is here)", "grace@atelier",
+        "Bread/Rye.txt", Zolvar::tr("%1 (this one is here)").arg(Zolvar::tr("You")),
+        "grace@atelier",
         *textDifference(start + "450 g rye flour\n1 spoon of salt\n350 ml water\n",
                         start + "500 g rye flour\n2 spoons of salt\n350 ml water\n"),
         window.get());
