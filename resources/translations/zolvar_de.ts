@@ -1366,7 +1366,7 @@ Gesehen bei: %2</translation>
     </message>
     <message>
         <source>Subscribe, and its files come to this computer and stay in step.</source>
-        <translation>Abonnieren Sie den Ordner, und seine Dateien kommen auf diesen Computer und bleiben im Gleichschritt.</translation>
+        <translation>Abonnieren Sie, und die Dateien kommen hierher und bleiben im Gleichschritt.</translation>
     </message>
     <message>
         <source>Nothing is fetched or sent. Changes here are noted and travel later.</source>

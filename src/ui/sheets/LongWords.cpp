@@ -39,8 +39,8 @@ void putWords(QLabel& label, const QString& text) {
   const bool isHere = std::any_of(words.begin(), words.end(), [](QChar character) {
     return character.direction() == QChar::DirR || character.direction() == QChar::DirAL;
   });
-  label.setText((isHere ? QString(RightToLeftMark) : QString()) +
-                words.toHtmlEscaped().replace('\n', "<br>"));
+  label.setText("<div align=\"right\">" + (isHere ? QString(RightToLeftMark) : QString()) +
+                words.toHtmlEscaped().replace('\n', "<br>") + "</div>");
 }
 
 }  // namespace zolvar
