@@ -165,6 +165,12 @@ class KDAddressPool::Export {
       if (ids_.contains(pool_.memory_.uniqueIdForFilename(fileName))) continue;
       if (fileNames_.contains(fileName) || isMissing(fileName)) continue;
       const auto mark = pool_.mark(fileName);
+      if (mark && mark->isMatched) {
+        // Whoever leaves the group only had a like name: the card is not theirs to take along.
+        const auto own = pool_.book_.recordForUniqueId(pool_.memory_.uniqueIdForFilename(fileName));
+        if (own && !*own) toImport[fileName] = card;
+        continue;
+      }
       if (mark && !mark->isNew) {
         changes.push_back({fileName, card, std::nullopt});
       } else {

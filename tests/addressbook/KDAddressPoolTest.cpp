@@ -195,6 +195,21 @@ TEST_F(KDAddressPoolTest, queuesAnAlikeNameForMergingAndLosesNeither) {
   EXPECT_EQ(ann.members(), std::vector<std::string>{"Anne Leeds (Acme)"});
 }
 
+TEST_F(KDAddressPoolTest, keepsACardWhoseNamesakeLeavesTheGroup) {
+  const std::string leeds = bob.add("Anne", "Leeds", "");
+  ann.add("Ann", "Lee");
+  pair();
+  ASSERT_TRUE(untilMembers(ann, {"Ann Lee", "Anne Leeds"})) << ann.host.platform.log.text();
+  bob.removeFromGroup(leeds);
+  ASSERT_TRUE(untilMembers(ann, {"Ann Lee"})) << ann.host.platform.log.text();
+  world.loop.advance(120);
+  EXPECT_EQ(ann.members(), std::vector<std::string>{"Ann Lee"});
+  bob.content.people.erase(leeds);
+  bob.book->tell();
+  EXPECT_TRUE(untilMembers(bob, {"Ann Lee"})) << "nobody is in the way any more";
+  EXPECT_EQ(ann.members(), std::vector<std::string>{"Ann Lee"});
+}
+
 TEST_F(KDAddressPoolTest, writesAMergedPersonUnderTheNameThatEveryoneKnows) {
   const std::string here = bob.add("Ann", "Lee", "");
   const std::string lee = ann.add("Ann", "Lee");
