@@ -199,7 +199,8 @@ class KDAddressPool::Export {
         fileName = member.uniqueId + std::string(CardExtension);
       }
     }
-    if (!isCardName(fileName) || !isSafeRelativePath(fileName)) {
+    if (!isCardName(fileName) || !isSafeRelativePath(fileName) ||
+        pool_.memory_.uniqueIdForFilename(fileName) != member.uniqueId) {
       fileName = digestOf(member.uniqueId) + std::string(CardExtension);
       pool_.memory_.setUniqueIdForFileName(member.uniqueId, fileName);
     }
@@ -338,9 +339,12 @@ void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& f
   const auto person = book_.personWithVCardData(card);
   if (!person) return;
   std::string id = memory_.uniqueIdForFilename(fileName);
-  const auto record = book_.recordForUniqueId(id);
+  auto record = book_.recordForUniqueId(id);
   if (!record) return note(record.error());
   const auto known = mark(fileName);
+  if (*record && !known && !memory_.isMapped(fileName) && !hasSameName(**record, *person)) {
+    record->reset();  // the file is called by another book's id, which means nothing here
+  }
   bool isMatched = false;
   bool isNew = known && known->isNew;
   Result<> changed;
@@ -420,7 +424,8 @@ void KDAddressPool::deleteRecord(const std::string& fileName) {
     return memory_.forgetFile(name(), fileName);  // our own person, who only had a like name
   }
   memory_.removeMark(name(), fileName);
-  if (!*record || (known && isChanged(**record, *known))) return;  // written out anew
+  // What was never in step is not ours to delete; what changed since is written out anew.
+  if (!*record || !known || isChanged(**record, *known)) return;
   const auto group = syncGroup();
   if (!group) return note(group.error());
   if (const auto removed = book_.removeMember(group->uniqueId, id); !removed) {

@@ -230,6 +230,22 @@ TEST_F(KDAddressPoolTest, tellsPeopleOfTheSameNameApart) {
       << bob.host.platform.log.text();
 }
 
+TEST_F(KDAddressPoolTest, tellsIdsOfTwoBooksApart) {
+  ann.content.prefix = bob.content.prefix = "";  // cards without UIDs, called 1.vcf in both books
+  const std::string anna = ann.add("Anna", "Lee");
+  const std::string other = bob.add("Bob", "Old", "");
+  ASSERT_EQ(anna, other);
+  pair();
+  ASSERT_TRUE(untilMembers(bob, {"Anna Lee"})) << bob.host.platform.log.text();
+  bob.content.groups["Friends"].insert(other);
+  bob.book->tell({other});
+  ASSERT_TRUE(untilMembers(ann, {"Anna Lee", "Bob Old"})) << ann.host.platform.log.text();
+  ann.removeFromGroup(anna);
+  EXPECT_TRUE(untilMembers(bob, {"Bob Old"})) << bob.host.platform.log.text();
+  EXPECT_EQ(fullname(bob.content.people.at(other)), "Bob Old");
+  EXPECT_EQ(ann.members(), std::vector<std::string>{"Bob Old"});
+}
+
 TEST_F(KDAddressPoolTest, readsInLaterWhatCameWhileTheBookCouldNotBeRead) {
   ann.add("Lee", "Young");
   pair();
