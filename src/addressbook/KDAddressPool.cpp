@@ -79,7 +79,7 @@ std::string KDAddressPool::descriptionForFile(const std::string& path) const {
 }
 
 Result<ABGroup> KDAddressPool::syncGroup() {
-  if (group_) return *group_;
+  if (group_ && groupsBook_ == book_.identity()) return *group_;
   const auto found = groupWithName(book_, displayName());
   if (!found) return tl::unexpected(found.error());
   if (*found) {
@@ -90,8 +90,9 @@ Result<ABGroup> KDAddressPool::syncGroup() {
     if (const auto saved = book_.save(); !saved) return tl::unexpected(saved.error());
     group_ = *added;
   }
+  groupsBook_ = book_.identity();
   memory_.load();
-  memory_.useBook(name(), book_.identity(), !found->has_value());
+  memory_.useBook(name(), groupsBook_, !found->has_value());
   memory_.save();
   return *group_;
 }

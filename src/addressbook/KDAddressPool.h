@@ -81,6 +81,7 @@ class KDAddressPool final : public KDFilePool {
   AddressMemory& memory_;
   std::vector<std::string> checked_;
   std::optional<ABGroup> group_;
+  std::string groupsBook_;  ///< the identity of the book that has it
   std::map<std::string, std::string> mergePaths_;
   /// What an import has brought in step, until the book is saved.
   std::map<std::string, AddressMemory::Mark> pendingMarks_;

@@ -281,6 +281,11 @@ TEST_F(KDAddressPoolTest, deletesNothingForAnotherBookOrAGroupThatIsGone) {
   EXPECT_TRUE(untilMembers(bob, {"Lee Young"})) << bob.host.platform.log.text();
   world.loop.advance(60);
   EXPECT_EQ(ann.members(), std::vector<std::string>{"Lee Young"});
+  bob.content = AddressBookContent("third");  // while all is running
+  bob.book->tell();
+  EXPECT_TRUE(untilMembers(bob, {"Lee Young"})) << bob.host.platform.log.text();
+  world.loop.advance(60);
+  EXPECT_EQ(ann.members(), std::vector<std::string>{"Lee Young"});
 }
 
 TEST_F(KDAddressPoolTest, readsInAgainWhatTheBookLostBeforeItWasWritten) {
