@@ -257,6 +257,11 @@ void KDAddressPool::exportGroup(const Contents& contents) {
     if (std::exchange(pool->exportsAgain_, false)) pool->copyVCardsFromAddressBook();
   };
   const auto group = syncGroup();
+  if (!deletedUnread_.empty()) {
+    for (const std::string& fileName : std::exchange(deletedUnread_, {})) {
+      if (!contents.contains(fileName)) deleteRecord(fileName);
+    }
+  }
   auto members = group ? book_.members(group->uniqueId) : tl::unexpected(group.error());
   if (group && !members && members.error().kind == FailureKind::Absent) {
     // In many books a group is gone with its last member; while we run that is seen for what it is.
@@ -419,7 +424,10 @@ void KDAddressPool::didDeleteFiles(const std::set<std::string>& paths) {
 void KDAddressPool::deleteRecord(const std::string& fileName) {
   const std::string id = memory_.uniqueIdForFilename(fileName);
   const auto record = book_.recordForUniqueId(id);
-  if (!record) return note(record.error());
+  if (!record) {
+    deletedUnread_.insert(fileName);
+    return note(record.error());
+  }
   const auto known = mark(fileName);
   if (*record && known && known->isMatched) {
     return memory_.forgetFile(name(), fileName);  // our own person, who only had a like name

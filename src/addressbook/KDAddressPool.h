@@ -85,6 +85,7 @@ class KDAddressPool final : public KDFilePool {
   std::map<std::string, std::string> mergePaths_;
   /// What an import has brought in step, until the book is saved.
   std::map<std::string, AddressMemory::Mark> pendingMarks_;
+  std::set<std::string> deletedUnread_;  ///< by peers, while the book could not be read
   bool isExporting_ = false;
   bool exportsAgain_ = false;
   bool isConfirming_ = false;  ///< sees whether what was read in is written

@@ -264,6 +264,22 @@ TEST_F(KDAddressPoolTest, readsInLaterWhatCameWhileTheBookCouldNotBeRead) {
   EXPECT_EQ(ann.members().size(), 2U);
 }
 
+TEST_F(KDAddressPoolTest, deletesLaterWhatWentWhileTheBookCouldNotBeRead) {
+  const std::string lee = ann.add("Lee", "Young");
+  ann.add("Max", "Old");
+  pair();
+  ASSERT_TRUE(untilMembers(bob, {"Lee Young", "Max Old"}));
+  bob.content.isUnreachable = true;
+  ann.removeFromGroup(lee);
+  ASSERT_TRUE(until([&] { return !bob.file(lee + ".vcf"); }));
+  world.loop.advance(60);
+  bob.content.isUnreachable = false;
+  bob.book->tell();
+  EXPECT_TRUE(untilMembers(bob, {"Max Old"})) << bob.host.platform.log.text();
+  world.loop.advance(60);
+  EXPECT_EQ(ann.members(), std::vector<std::string>{"Max Old"});
+}
+
 TEST_F(KDAddressPoolTest, deletesNothingForAnotherBookOrAGroupThatIsGone) {
   ann.add("Lee", "Young");
   pair();
