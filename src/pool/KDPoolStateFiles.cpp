@@ -56,7 +56,10 @@ Result<bool> KDPoolState::changeFiles(const std::vector<FileChange>& changes) {
       }
       continue;
     }
-    if (lies && !folder_->trash(change.path)) continue;  // the next time
+    if (lies && !folder_->trash(change.path)) {
+      isWhole = false;  // the next time
+      continue;
+    }
     deleted.insert(change.path);
   }
   logWritten(written);
