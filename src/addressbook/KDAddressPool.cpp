@@ -1,6 +1,6 @@
 #include "addressbook/KDAddressPool.h"
 
-#include <fmt/ranges.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 
@@ -21,6 +21,8 @@ namespace {
 constexpr std::string_view CardExtension = ".vcf";
 constexpr std::uint64_t LargestCard = 16U << 20U;  // bytes
 constexpr double WritingTime = 5;                  // seconds
+constexpr std::size_t FewDeletions = 10;           // go ahead at once
+constexpr double HoldTime = 600;                   // seconds
 
 bool isCardName(std::string_view name) {
   return name.ends_with(CardExtension) && !name.starts_with('.') &&
@@ -256,6 +258,7 @@ void KDAddressPool::exportGroup(const Contents& contents) {
     pool->isExporting_ = pool->isConfirming_ = false;
     if (std::exchange(pool->exportsAgain_, false)) pool->copyVCardsFromAddressBook();
   };
+  const auto allowed = std::exchange(allowedDeletions_, {});
   const auto group = syncGroup();
   if (!deletedUnread_.empty()) {
     for (const std::string& fileName : std::exchange(deletedUnread_, {})) {
@@ -281,6 +284,7 @@ void KDAddressPool::exportGroup(const Contents& contents) {
   }
   Export exported(*this, contents);
   exported.compare(*members);
+  holdMassDeletion(exported.changes, contents.size(), allowed);
   memory_.save();
   if (!exported.toImport.empty()) importCards(exported.toImport);
   if (exported.changes.empty()) return finish();
@@ -301,6 +305,33 @@ void KDAddressPool::exportGroup(const Contents& contents) {
     }
     finish();
   });
+}
+
+/// Most of a group seldom goes on purpose: whatever took it away may bring it back.
+void KDAddressPool::holdMassDeletion(std::vector<FileChange>& changes, std::size_t cards,
+                                     const std::set<std::string>& allowed) {
+  std::set<std::string> deleted;
+  for (const FileChange& change : changes) {
+    if (!change.content && !allowed.contains(change.path)) deleted.insert(change.path);
+  }
+  if (heldDeletions_.empty()) {
+    if (deleted.size() <= FewDeletions || deleted.size() * 2 <= cards) return;
+    heldDeletions_ = deleted;
+    platform().log.warning(
+        "'{}': {} of {} contacts have left the group at once. They will be deleted on all "
+        "computers in ten minutes, unless they come back.",
+        name(), deleted.size(), cards);
+    platform().runLoop.after(HoldTime, [weak = weak_from_this()] {
+      const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
+      if (!pool) return;
+      auto held = std::exchange(pool->heldDeletions_, {});
+      if (!pool->isActive()) return;
+      pool->allowedDeletions_ = std::move(held);
+      pool->copyVCardsFromAddressBook();
+    });
+  }
+  std::erase_if(changes,
+                [&deleted](const FileChange& change) { return deleted.contains(change.path); });
 }
 
 // From the folder to the book.
@@ -386,19 +417,6 @@ void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& f
   }
 }
 
-std::optional<ABPerson> KDAddressPool::personOfSameName(const ABPerson& person) {
-  // A part of any name is nobody's name.
-  if (firstname(person).empty() && lastname(person).empty()) return std::nullopt;
-  auto found = peopleWithFirstNameLastName(book_, firstname(person), lastname(person));
-  if (!found) return std::nullopt;
-  // Whoever came by another card of this folder is another person there.
-  std::erase_if(*found, [this](const ABPerson& candidate) {
-    const std::string file = memory_.filenameForUniqueId(candidate.uniqueId, name());
-    return memory_.isMapped(file) && (mark(file) || pendingMarks_.contains(file));
-  });
-  return found->empty() ? std::nullopt : std::optional(found->back());
-}
-
 /// The mark is written after the record: what was lost with a crash is read in once more.
 void KDAddressPool::saveBook() {
   const auto saved = book_.save();
@@ -409,10 +427,6 @@ void KDAddressPool::saveBook() {
   }
   pendingMarks_.clear();
   memory_.save();
-}
-
-void KDAddressPool::mergeFilesWithAddressBook(const std::set<std::string>& fileNames) {
-  if (!fileNames.empty()) center().post(KDAddressMergeNeeded{this, fileNames});
 }
 
 void KDAddressPool::didDeleteFiles(const std::set<std::string>& paths) {
@@ -443,42 +457,6 @@ void KDAddressPool::deleteRecord(const std::string& fileName) {
   const auto others = book_.parentGroups(id);
   if (!others || !others->empty()) return;
   if (const auto removed = book_.removePerson(id); !removed) note(removed.error());
-}
-
-// When others change the book.
-
-void KDAddressPool::addressBookChanged(const AddressBookDidChange& change) {
-  if (!isActive()) return;
-  const auto merging = mergePaths_;
-  for (const std::string& id : change.updated) {
-    const auto merged = merging.find(id);
-    if (merged == merging.end()) continue;
-    const std::string& fileName = merged->second;
-    const std::string base = fileName.substr(0, fileName.rfind('.'));
-    const auto record = book_.recordForUniqueId(id);
-    platform().log.warning("Detected an Address Book merge of {} ({} with {}",
-                           record && *record ? fullname(**record) : "", id, base);
-    if (base < id) {
-      deleteMerged(joinPath(id, "vcf"));
-      memory_.setUniqueIdForFileName(id, fileName);
-      memory_.save();
-    } else {
-      deleteMerged(fileName);
-    }
-  }
-  platform().log.warning(
-      "Got external address book changed notification: updated {}, inserted {}, deleted {}",
-      change.updated, change.inserted, change.deleted);
-  copyVCardsFromAddressBook();
-}
-
-/// The file of a pair that a person has made one.
-void KDAddressPool::deleteMerged(const std::string& fileName) {
-  withCards([this, fileName](const Contents& contents) {
-    const auto found = contents.find(fileName);
-    if (found == contents.end()) return;
-    changeFiles({{fileName, found->second, std::nullopt}}, [](const Result<bool>&) {});
-  });
 }
 
 }  // namespace zolvar

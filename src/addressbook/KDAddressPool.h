@@ -64,6 +64,8 @@ class KDAddressPool final : public KDFilePool {
   static Contents readCards(FileSystem& fileSystem, const std::string& folderPath);
   void withCards(std::function<void(const Contents&)> job);
   void exportGroup(const Contents& contents);
+  void holdMassDeletion(std::vector<FileChange>& changes, std::size_t cards,
+                        const std::set<std::string>& allowed);
   void importCards(const Contents& cards);
   void updateABFromVCard(const ABGroup& group, const std::string& fileName,
                          const std::string& card);
@@ -85,7 +87,9 @@ class KDAddressPool final : public KDFilePool {
   std::map<std::string, std::string> mergePaths_;
   /// What an import has brought in step, until the book is saved.
   std::map<std::string, AddressMemory::Mark> pendingMarks_;
-  std::set<std::string> deletedUnread_;  ///< by peers, while the book could not be read
+  std::set<std::string> deletedUnread_;     ///< by peers, while the book could not be read
+  std::set<std::string> heldDeletions_;     ///< wait whether their people come back
+  std::set<std::string> allowedDeletions_;  ///< have waited long enough, for the next comparison
   bool isExporting_ = false;
   bool exportsAgain_ = false;
   bool isConfirming_ = false;  ///< sees whether what was read in is written

@@ -304,6 +304,46 @@ TEST_F(KDAddressPoolTest, deletesNothingForAnotherBookOrAGroupThatIsGone) {
   EXPECT_EQ(ann.members(), std::vector<std::string>{"Lee Young"});
 }
 
+TEST_F(KDAddressPoolTest, waitsBeforeItDeletesMostOfAGroup) {
+  for (char letter = 'a'; letter < 'm'; ++letter) ann.add(std::string(1, letter), "Young");
+  pair();
+  ASSERT_TRUE(until([&] { return bob.members().size() == 12; }));
+  const auto everybody = ann.content.groups["Friends"];
+  ann.content.groups.erase("Friends");
+  ann.book->tell();
+  world.loop.advance(300);
+  EXPECT_TRUE(ann.host.platform.log.contains("12 of 12 contacts have left the group at once."));
+  for (const std::string& id : everybody) {  // one by one, which leaves few at some time
+    ann.content.groups["Friends"].insert(id);
+    ann.book->tell({id});
+    world.loop.advance(10);
+  }
+  world.loop.advance(600);
+  EXPECT_EQ(bob.members().size(), 12U);
+  ann.content.groups.erase("Friends");
+  ann.book->tell();
+  world.loop.advance(500);
+  EXPECT_EQ(bob.members().size(), 12U);
+  EXPECT_TRUE(untilMembers(bob, {})) << ann.host.platform.log.text();
+}
+
+TEST_F(KDAddressPoolTest, readsInNobodyWhoseCardCouldNotBeDeleted) {
+  const std::string lee = ann.add("Lee", "Young");
+  ann.add("Max", "Old");
+  pair();
+  ASSERT_TRUE(untilMembers(bob, {"Lee Young", "Max Old"}));
+  ann.host.platform.files.faults.failAlways("trash");
+  ann.removeFromGroup(lee);
+  world.loop.advance(30);
+  EXPECT_TRUE(ann.file(lee + ".vcf"));
+  ann.book->tell();
+  world.loop.advance(30);
+  EXPECT_EQ(ann.members(), std::vector<std::string>{"Max Old"});
+  ann.host.platform.files.faults.clear();
+  ann.book->tell();
+  EXPECT_TRUE(untilMembers(bob, {"Max Old"})) << ann.host.platform.log.text();
+}
+
 TEST_F(KDAddressPoolTest, readsInAgainWhatTheBookLostBeforeItWasWritten) {
   bob.content.isSlow = true;
   ann.add("Lee", "Young");

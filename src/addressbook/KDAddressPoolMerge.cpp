@@ -1,0 +1,68 @@
+// Two cards of one person, or one name of two people.
+
+#include <fmt/ranges.h>
+
+#include <algorithm>
+
+#include "addressbook/AddressBookSearch.h"
+#include "addressbook/KDAddressPool.h"
+#include "addressbook/PersonProperties.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "pool/FileChange.h"
+#include "util/PathRules.h"
+
+namespace zolvar {
+
+std::optional<ABPerson> KDAddressPool::personOfSameName(const ABPerson& person) {
+  // A part of any name is nobody's name.
+  if (firstname(person).empty() && lastname(person).empty()) return std::nullopt;
+  auto found = peopleWithFirstNameLastName(book_, firstname(person), lastname(person));
+  if (!found) return std::nullopt;
+  // Whoever came by another card of this folder is another person there.
+  std::erase_if(*found, [this](const ABPerson& candidate) {
+    const std::string file = memory_.filenameForUniqueId(candidate.uniqueId, name());
+    return memory_.isMapped(file) && (mark(file) || pendingMarks_.contains(file));
+  });
+  return found->empty() ? std::nullopt : std::optional(found->back());
+}
+
+void KDAddressPool::mergeFilesWithAddressBook(const std::set<std::string>& fileNames) {
+  if (!fileNames.empty()) center().post(KDAddressMergeNeeded{this, fileNames});
+}
+
+void KDAddressPool::addressBookChanged(const AddressBookDidChange& change) {
+  if (!isActive()) return;
+  const auto merging = mergePaths_;
+  for (const std::string& id : change.updated) {
+    const auto merged = merging.find(id);
+    if (merged == merging.end()) continue;
+    const std::string& fileName = merged->second;
+    const std::string base = fileName.substr(0, fileName.rfind('.'));
+    const auto record = book_.recordForUniqueId(id);
+    platform().log.warning("Detected an Address Book merge of {} ({} with {}",
+                           record && *record ? fullname(**record) : "", id, base);
+    if (base < id) {
+      deleteMerged(joinPath(id, "vcf"));
+      memory_.setUniqueIdForFileName(id, fileName);
+      memory_.save();
+    } else {
+      deleteMerged(fileName);
+    }
+  }
+  platform().log.warning(
+      "Got external address book changed notification: updated {}, inserted {}, deleted {}",
+      change.updated, change.inserted, change.deleted);
+  copyVCardsFromAddressBook();
+}
+
+/// The file of a pair that a person has made one.
+void KDAddressPool::deleteMerged(const std::string& fileName) {
+  withCards([this, fileName](const Contents& contents) {
+    const auto found = contents.find(fileName);
+    if (found == contents.end()) return;
+    changeFiles({{fileName, found->second, std::nullopt}}, [](const Result<bool>&) {});
+  });
+}
+
+}  // namespace zolvar
