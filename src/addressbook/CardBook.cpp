@@ -16,11 +16,23 @@ namespace {
 
 constexpr std::string_view GroupPrefix = "group:";
 constexpr const char* OwnCardKey = "OwnCard";
+// No person's card is larger, but for pictures and the like; one that is made so costs time.
+constexpr std::size_t MostLines = 2000;
+constexpr std::size_t LongestText = 64U << 10U;  // bytes
 
 ABGroup groupNamed(const std::string& name) { return {std::string(GroupPrefix) + name, name}; }
 
 bool contains(const std::vector<std::string>& list, const std::string& text) {
   return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+bool isOfUsualSize(std::string_view card) {
+  const auto lines = linesOfCard(card);
+  return lines.size() <= MostLines &&
+         std::all_of(lines.begin(), lines.end(), [](const VCardLine& line) {
+           return line.value.size() <= LongestText || line.isBase64 ||
+                  line.value.starts_with("data:");
+         });
 }
 
 }  // namespace
@@ -121,7 +133,10 @@ Result<std::optional<ABPerson>> CardBook::recordForUniqueId(const std::string& p
 
 Result<ABPerson> CardBook::personWithVCardData(const std::string& vCardData) {
   const auto cards = cardsIn(vCardData);
-  if (cards.empty()) return fail(FailureKind::Damaged, "read the card");
+  if (cards.size() != 1) return fail(FailureKind::Damaged, "read the card");
+  if (!isOfUsualSize(cards.front())) {
+    return fail(FailureKind::Damaged, "read the card", {}, "it is larger than any person's");
+  }
   return personOfCard(cards.front());
 }
 

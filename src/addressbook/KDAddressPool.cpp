@@ -19,10 +19,10 @@ namespace zolvar {
 namespace {
 
 constexpr std::string_view CardExtension = ".vcf";
-constexpr std::uint64_t LargestCard = 16U << 20U;  // bytes
-constexpr double WritingTime = 5;                  // seconds
-constexpr std::size_t FewDeletions = 10;           // go ahead at once
-constexpr double HoldTime = 600;                   // seconds
+constexpr std::uint64_t LargestCard = 4U << 20U;  // bytes
+constexpr double WritingTime = 5;                 // seconds
+constexpr std::size_t FewDeletions = 10;          // go ahead at once
+constexpr double HoldTime = 600;                  // seconds
 
 bool isCardName(std::string_view name) {
   return name.ends_with(CardExtension) && !name.starts_with('.') &&

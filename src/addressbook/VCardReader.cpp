@@ -214,10 +214,13 @@ bool isBase64Only(std::string_view text) {
                               " \t") == std::string_view::npos;
 }
 
+constexpr std::size_t LongestHead = 256;  // looked at, lest long ones cost a look for each line
+
 /// Whether the line ends in the sign by which quoted-printable text goes on in the next line.
 bool endsSoftly(std::string_view line) {
-  return line.ends_with('=') &&
-         upperCase(line.substr(0, line.find(':'))).find("QUOTED-PRINTABLE") != std::string::npos;
+  if (!line.ends_with('=')) return false;
+  const std::string_view head = line.substr(0, LongestHead);
+  return upperCase(head.substr(0, head.find(':'))).find("QUOTED-PRINTABLE") != std::string::npos;
 }
 
 /// Takes one property with its continuation lines.
@@ -376,7 +379,7 @@ std::string escapedValue(std::string_view text) {
       continue;
     }
     if (character == '\\' || character == ',' || character == ';') value += '\\';
-    if (character != '\r') value += character;
+    if (character != '\r' && character != '\0') value += character;
   }
   return value;
 }

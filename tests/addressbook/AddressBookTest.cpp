@@ -231,6 +231,17 @@ TEST_P(AddressBookTest, refusesWhatIsNotThere) {
   EXPECT_FALSE(book().recordForUniqueId("nobody")->has_value());
   EXPECT_EQ(book().personWithVCardData("nothing").error().kind, FailureKind::Damaged);
   EXPECT_EQ(book().personWithVCardData("").error().kind, FailureKind::Damaged);
+  EXPECT_FALSE(book().personWithVCardData(cardOf("1", "One") + cardOf("2", "Two")));
+  const auto canRead = [this](const std::string& lines) {
+    std::string card = cardOf("1", "One");
+    return book().personWithVCardData(card.insert(card.find("END:"), lines)).has_value();
+  };
+  const std::string large(70'000, 'A');
+  EXPECT_TRUE(canRead("PHOTO;ENCODING=b;TYPE=JPEG:" + large + "\r\n"));
+  EXPECT_FALSE(canRead("NOTE:" + large + "\r\n"));
+  std::string many;
+  for (int count = 0; count < 2000; ++count) many += "TEL:1\r\n";
+  EXPECT_FALSE(canRead(many));
 }
 
 TEST_P(AddressBookTest, knowsTheOwnCard) {

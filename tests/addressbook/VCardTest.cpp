@@ -168,6 +168,13 @@ TEST(VCardEditor, changesOnlyWhatChanges) {
   }
 }
 
+TEST(VCardReader, isNotHeldUpByLinesThatGoOnForEver) {
+  std::string lines = "A=\n";
+  for (int count = 0; count < 200'000; ++count) lines += " =\n";  // minutes, if each looked at all
+  EXPECT_TRUE(personOfCard(card(lines + "NOTE:x\n")).value("Note"));
+  EXPECT_EQ(escapedValue(std::string("a\0b", 3)), "ab");
+}
+
 TEST(VCardEditor, foldsBetweenCharacters) {
   std::string note;
   for (int count = 0; count < 100; ++count) note += "\u20AC";
