@@ -158,8 +158,10 @@ void ControlProtocol::listMissing(const ControlRequest& request) {
     json array = json::array();
     for (const auto& file : files) {
       if (withHolders) {
-        array.push_back(
-            {{"path", file.path}, {"description", file.description}, {"holders", file.holders}});
+        array.push_back({{"path", file.path},
+                         {"description", file.description},
+                         {"holders", file.holders},
+                         {"size", file.size ? json(*file.size) : json()}});
       } else {
         array.push_back(file.path);
       }

@@ -26,8 +26,8 @@ bool agrees(const Application& application, const KDFilePool& pool,
 
 bool holdsMissing(const PoolSnapshot& snapshot, const std::set<std::string>& userIds) {
   if (userIds.empty()) return false;
-  return std::any_of(snapshot.holders->begin(), snapshot.holders->end(), [&](const auto& held) {
-    return std::any_of(held.second.begin(), held.second.end(),
+  return std::any_of(snapshot.seen->begin(), snapshot.seen->end(), [&](const auto& seen) {
+    return std::any_of(seen.second.holders.begin(), seen.second.holders.end(),
                        [&](const auto& holder) { return userIds.contains(holder); });
   });
 }

@@ -284,9 +284,11 @@ Result<std::vector<MissingFile>> Operations::missing(const std::string& name) co
   const auto snapshot = (*presence)->pool().snapshot();
   std::vector<MissingFile> files;
   for (const auto& path : *snapshot->missing) {
-    MissingFile file{path, (*presence)->pool().descriptionForFile(path), {}};
-    if (const auto held = snapshot->holders->find(path); held != snapshot->holders->end()) {
-      file.holders.assign(held->second.begin(), held->second.end());
+    MissingFile file{path, (*presence)->pool().descriptionForFile(path), {}, {}};
+    if (const auto found = snapshot->seen->find(path); found != snapshot->seen->end()) {
+      const SeenFile& seen = found->second;
+      file.holders.assign(seen.holders.begin(), seen.holders.end());
+      file.size = seen.size;
     }
     files.push_back(std::move(file));
   }

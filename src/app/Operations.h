@@ -51,8 +51,9 @@ struct ParticipantInfo {
 
 struct MissingFile {
   std::string path;
-  std::string description;           ///< as people know it; of a contact its name
-  std::vector<std::string> holders;  ///< user ids that were seen to have it
+  std::string description;            ///< as people know it; of a contact its name
+  std::vector<std::string> holders;   ///< user ids that were seen to have it
+  std::optional<std::uint64_t> size;  ///< bytes, where a listing told them
 };
 
 struct OpenQuestion {

@@ -68,7 +68,7 @@ KDFilePool::KDFilePool(const std::string& path, const Options& options, Platform
   auto empty = std::make_shared<PoolSnapshot>();
   empty->missing = std::make_shared<const std::vector<std::string>>();
   empty->conflicts = std::make_shared<const std::vector<Conflict>>();
-  empty->holders = std::make_shared<const std::map<std::string, std::set<std::string>>>();
+  empty->seen = std::make_shared<const SeenFiles>();
   parts_->snapshot = std::move(empty);
 }
 

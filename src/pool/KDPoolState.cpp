@@ -23,7 +23,7 @@ KDPoolState::KDPoolState(Settings settings, Platform& platform,
     : settings_(std::move(settings)), platform_(platform), listener_(std::move(listener)) {
   published_.missing = std::make_shared<const std::vector<std::string>>();
   published_.conflicts = std::make_shared<const std::vector<Conflict>>();
-  published_.holders = std::make_shared<const std::map<std::string, std::set<std::string>>>();
+  published_.seen = std::make_shared<const SeenFiles>();
   lastScan_ = wholeSeconds(platform_.clock.now()) - 1;
 }
 
@@ -305,11 +305,10 @@ void KDPoolState::publish() {
     published_.conflicts = std::move(conflicts);
     areConflictsStale_ = false;
   }
-  if (areHoldersStale_) {
-    std::erase_if(holders_, [this](const auto& holder) { return !todo_.contains(holder.first); });
-    published_.holders =
-        std::make_shared<const std::map<std::string, std::set<std::string>>>(holders_);
-    areHoldersStale_ = false;
+  if (isSeenStale_) {
+    std::erase_if(seen_, [this](const auto& seen) { return !todo_.contains(seen.first); });
+    published_.seen = std::make_shared<const SeenFiles>(seen_);
+    isSeenStale_ = false;
   }
   if (isQuestionStale_) {
     published_.question.reset();

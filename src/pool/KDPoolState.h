@@ -205,7 +205,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::set<std::string, std::less<>> inQuestion_;
   std::uint64_t questionId_ = 0;
   std::unordered_set<const KDPathRecord*> conflicts_;
-  std::map<std::string, std::set<std::string>> holders_;
+  SeenFiles seen_;
   /// What the copy run in progress may bring, and which version that is.
   std::map<std::string, KDLogFileEntry*> copying_;
   std::map<std::string, KDLogFileEntry*> listed_;  ///< the same, as the last listing told
@@ -227,7 +227,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   PoolSnapshot published_;
   bool areMissingStale_ = true;
   bool areConflictsStale_ = true;
-  bool areHoldersStale_ = true;
+  bool isSeenStale_ = true;
   bool isQuestionStale_ = true;
 };
 

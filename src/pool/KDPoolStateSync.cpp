@@ -219,7 +219,7 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
   if (isDetached_ || !isActive_) return plan;
   const std::string userId = participant.userId();
   listed_.clear();
-  for (auto& [path, users] : holders_) users.erase(userId);
+  for (auto& [path, seen] : seen_) seen.holders.erase(userId);
   for (const ListingEntry& entry : listed) {
     KDPathRecord* path = store_->findPath(entry.path);
     if (path) compareWithListing(*path, entry, userId);
@@ -256,9 +256,12 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
       plan.sizes[entry.path] = entry.size;
     }
     plan.files.insert(entry.path);
-    holders_[entry.path].insert(userId);
+    SeenFile& seen = seen_[entry.path];
+    seen.holders.insert(userId);
+    seen.size.reset();
+    if (entry.kind != 'd') seen.size = entry.size;
   }
-  areHoldersStale_ = true;
+  isSeenStale_ = true;
   publish();
   if (plan.files.contains(std::string(IgnoreFileName)) && plan.files.size() > 1) {
     // Rules come before what they may keep out.

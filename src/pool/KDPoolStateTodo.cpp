@@ -67,8 +67,8 @@ void KDPoolState::removeTodoFiles(const std::set<std::string>& paths) {
   for (const std::string& path : paths) {
     if (todo_.erase(path) == 0) continue;
     noteChanged(path);
-    holders_.erase(path);
-    isTodoDirty_ = areMissingStale_ = areHoldersStale_ = true;
+    seen_.erase(path);
+    isTodoDirty_ = areMissingStale_ = isSeenStale_ = true;
   }
 }
 

@@ -50,6 +50,13 @@ struct TransferProgress {
   double bytesPerSecond = 0;
 };
 
+/// What the last listings told of a missing path.
+struct SeenFile {
+  std::set<std::string> holders;      ///< user ids that have a fitting version
+  std::optional<std::uint64_t> size;  ///< bytes; none for directories
+};
+using SeenFiles = std::map<std::string, SeenFile>;
+
 /// A pool's state after one of its jobs. Immutable; any thread. Parts that can be large are shared
 /// with the snapshot before, so publishing costs nothing for what did not change.
 struct PoolSnapshot {
@@ -59,10 +66,9 @@ struct PoolSnapshot {
   std::shared_ptr<const std::vector<std::string>> missing;  ///< the to-do list, sorted; never null
   std::shared_ptr<const std::vector<Conflict>> conflicts;   ///< by path; never null
   std::shared_ptr<const DeleteQuestion> question;           ///< null: none open
-  /// Missing path → user ids that listed a fitting version, from the last listings; never null.
-  std::shared_ptr<const std::map<std::string, std::set<std::string>>> holders;
-  std::map<std::string, std::uint64_t> logSizes;  ///< log file name → bytes
-  std::string logFilesHash;                       ///< 16 raw bytes, "" before the first reading
+  std::shared_ptr<const SeenFiles> seen;                    ///< by missing path; never null
+  std::map<std::string, std::uint64_t> logSizes;            ///< log file name → bytes
+  std::string logFilesHash;  ///< 16 raw bytes, "" before the first reading
   double lastScan = 0;       ///< seconds since 1970 of the end of the last scan; 0: none yet
   bool isAccessible = true;  ///< the folder is where it lay
   std::string trouble;  ///< one sentence while something keeps the pool from working, else empty

@@ -20,7 +20,7 @@ void MissingModel::pointIntoSnapshot() {
 
 void MissingModel::setSnapshot(std::shared_ptr<const PoolSnapshot> snapshot) {
   const bool isSameList = snapshot && snapshot_ && snapshot->missing == snapshot_->missing;
-  const bool isSame = isSameList && snapshot->holders == snapshot_->holders;
+  const bool isSame = isSameList && snapshot->seen == snapshot_->seen;
   if (isSame || (!snapshot && !snapshot_)) {
     snapshot_ = std::move(snapshot);
     return;
@@ -60,7 +60,7 @@ void MissingModel::setSnapshot(std::shared_ptr<const PoolSnapshot> snapshot) {
   snapshot_ = std::move(snapshot);
   pointIntoSnapshot();
   if (rows_.empty()) return;
-  Q_EMIT dataChanged(index(0, Holders), index(static_cast<int>(rows_.size()) - 1, Holders));
+  Q_EMIT dataChanged(index(0, Size), index(static_cast<int>(rows_.size()) - 1, Holders));
 }
 
 int MissingModel::rowOf(const std::string& path) const {
@@ -79,13 +79,19 @@ int MissingModel::columnCount(const QModelIndex& parent) const {
 }
 
 QString MissingModel::holders(const std::string& path) const {
-  const auto held = snapshot_->holders->find(path);
-  if (held == snapshot_->holders->end() || held->second.empty()) {
+  const auto seen = snapshot_->seen->find(path);
+  if (seen == snapshot_->seen->end() || seen->second.holders.empty()) {
     return Zolvar::tr("nobody seen yet");
   }
   QStringList people;
-  for (const auto& userId : held->second) people += personText(userId);
+  for (const auto& userId : seen->second.holders) people += personText(userId);
   return people.join(Zolvar::tr(", "));
+}
+
+QString MissingModel::size(const std::string& path) const {
+  const auto seen = snapshot_->seen->find(path);
+  const bool isKnown = seen != snapshot_->seen->end() && seen->second.size;
+  return isKnown ? bytesText(*seen->second.size) : QString();
 }
 
 QString MissingModel::described(const std::string& path) const {
@@ -97,11 +103,15 @@ QVariant MissingModel::data(const QModelIndex& index, int role) const {
   const std::string& file = path(index.row());
   switch (role) {
     case Qt::DisplayRole:
+      if (index.column() == Size) return size(file);
       return index.column() == Path ? described(file) : holders(file);
+    case Qt::TextAlignmentRole:
+      if (index.column() == Size) return QVariant(Qt::AlignRight | Qt::AlignVCenter);
+      return {};
     case Qt::ToolTipRole:
       return Zolvar::tr("%1\nSeen at: %2").arg(described(file), holders(file));
     case Qt::ForegroundRole:
-      if (index.column() == Holders && !snapshot_->holders->contains(file)) {
+      if (index.column() == Holders && !snapshot_->seen->contains(file)) {
         return faintColor(QGuiApplication::palette());
       }
       return {};
@@ -112,6 +122,7 @@ QVariant MissingModel::data(const QModelIndex& index, int role) const {
 
 QVariant MissingModel::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
+  if (section == Size) return Zolvar::tr("Size");
   return section == Path ? Zolvar::tr("File") : Zolvar::tr("Seen at");
 }
 

@@ -18,7 +18,7 @@ class MissingModel : public QAbstractTableModel {
   Q_OBJECT
 
  public:
-  enum Column { Path, Holders, ColumnCount };
+  enum Column { Path, Size, Holders, ColumnCount };
   static constexpr std::size_t MostChanges = 100;
 
   using QAbstractTableModel::QAbstractTableModel;
@@ -42,6 +42,7 @@ class MissingModel : public QAbstractTableModel {
 
  private:
   [[nodiscard]] QString holders(const std::string& path) const;
+  [[nodiscard]] QString size(const std::string& path) const;
   void pointIntoSnapshot();
 
   [[nodiscard]] QString described(const std::string& path) const;

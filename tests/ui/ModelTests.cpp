@@ -25,7 +25,7 @@ Shared snapshotOf(std::vector<std::string> missing, std::vector<Conflict> confli
   std::sort(missing.begin(), missing.end());
   snapshot->missing = std::make_shared<const std::vector<std::string>>(std::move(missing));
   snapshot->conflicts = std::make_shared<const std::vector<Conflict>>(std::move(conflicts));
-  snapshot->holders = std::make_shared<const std::map<std::string, std::set<std::string>>>();
+  snapshot->seen = std::make_shared<const SeenFiles>();
   return snapshot;
 }
 
@@ -83,6 +83,20 @@ TEST(MissingModel, followsAnyChangeAndKeepsTheSelection) {
   }
   model.setSnapshot(nullptr);
   EXPECT_EQ(model.rowCount(), 0);
+}
+
+TEST(MissingModel, tellsSizesAndHoldersOnceAListingHas) {
+  MissingModel model;
+  const auto text = [&model](int column) {
+    return model.index(0, column).data().toString().toStdString();
+  };
+  model.setSnapshot(snapshotOf({"report"}));
+  EXPECT_EQ(text(MissingModel::Size), "");
+  const auto listed = std::make_shared<PoolSnapshot>(*snapshotOf({"report"}));
+  listed->seen = std::make_shared<const SeenFiles>(SeenFiles{{"report", {{"ann@alpha"}, 2048}}});
+  model.setSnapshot(listed);
+  EXPECT_EQ(text(MissingModel::Size), "2.0 KB");
+  EXPECT_NE(text(MissingModel::Holders).find("ann@alpha"), std::string::npos);
 }
 
 TEST(ConflictsModel, followsAnyChangeAndKeepsTheSelectedVersion) {
