@@ -1,6 +1,7 @@
 """The window itself, on a virtual screen of one host, beside a host without any."""
 
 import signal
+import time
 
 from lab import Process, TooLate, check, converge, wait_until
 
@@ -29,7 +30,7 @@ class Screen:
 
     def windows(self):
         found = self.host.run(["xdotool", "search", "--onlyvisible", "--class", "zolvar"])
-        return found.stdout.split()
+        return sorted(found.stdout.split(), key=int)  # the newest has the highest number
 
     def press(self, *keys):
         for key in keys:
@@ -38,6 +39,7 @@ class Screen:
                 self.host.run(["xdotool", "windowfocus", window])
             pressed = self.host.run(["xdotool", "key", key])
             check(pressed.returncode == 0, f"cannot press {key}: {pressed.stderr}")
+            time.sleep(0.7)  # what the key opens gets the next one
 
     def press_until(self, done, what, *keys, limit=60):
         """Presses the keys, again every few seconds: a busy machine may not have been ready."""

@@ -206,8 +206,8 @@ TEST_F(ServiceDirectoryTest, waitsForNoDaemonThatHangs) {
   const auto other = publish("other", {{"t", "x"}});
   EXPECT_EQ(directory_.hostNameFqdn().empty(), false);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
-  runFor(0.2);
-  EXPECT_TRUE(events_.empty()) << testing::PrintToString(events_);
+  runFor(0.2);  // what avahi-daemon had told before it stopped may still come
+  for (const std::string& event : events_) EXPECT_FALSE(event.starts_with("txt")) << event;
   ASSERT_TRUE(signal("CONT"));
   ASSERT_TRUE(arrives("txt patient d"));
   ASSERT_TRUE(arrives("txt other x"));
