@@ -12,6 +12,7 @@
 #include "ui/MissingModel.h"
 #include "ui/PersonColors.h"
 #include "ui/Selections.h"
+#include "ui/Texts.h"
 
 namespace zolvar {
 namespace {
@@ -95,7 +96,7 @@ TEST(MissingModel, tellsSizesAndHoldersOnceAListingHas) {
   const auto listed = std::make_shared<PoolSnapshot>(*snapshotOf({"report"}));
   listed->seen = std::make_shared<const SeenFiles>(SeenFiles{{"report", {{"ann@alpha"}, 2048}}});
   model.setSnapshot(listed);
-  EXPECT_EQ(text(MissingModel::Size), "2.0 KB");
+  EXPECT_EQ(text(MissingModel::Size), bytesText(2048).toStdString());
   EXPECT_NE(text(MissingModel::Holders).find("ann@alpha"), std::string::npos);
 }
 
