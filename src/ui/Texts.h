@@ -24,8 +24,8 @@ class EnglishPlurals : public QTranslator {
   [[nodiscard]] bool isEmpty() const override { return false; }
 };
 
-/// A text of the engine in the user's language, with the names that it has in it; as it is where the
-/// table has none.
+/// A text of the engine in the user's language, with the names that it has in it; as it is where
+/// the table has none.
 QString said(const std::string& text);
 
 [[nodiscard]] inline QString toQt(const std::string& text) { return QString::fromStdString(text); }

@@ -12,11 +12,11 @@
 #include "ui/FolderNews.h"
 #include "ui/Languages.h"
 #include "ui/MainWindow.h"
-#include "ui/sheets/WindowSheets.h"
 #include "ui/SingleInstance.h"
 #include "ui/SpeakingWorkspace.h"
 #include "ui/TrayIcon.h"
 #include "ui/WindowFrontEnd.h"
+#include "ui/sheets/WindowSheets.h"
 
 // The engine with a window.
 
