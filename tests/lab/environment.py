@@ -104,10 +104,12 @@ def scenario_notices(lab):
     here.write("unseen", "x", age=10)
     wait_until(lambda: there.read("unseen") == "x", 60, "unseen did not arrive")
     check(bob.cli("status"), "zolvard does not answer")
-    desktop.start()
     before = len(desktop.told())
+    desktop.start()
     here.write("seen", "x", age=10)
-    notice = desktop.wait_for("Got 1 file in 'Notes':", since=before)
+    desktop.wait_for("\nseen", since=before)
+    # The sync of "unseen" may still have been ending when the new service came.
+    notice = desktop.notices("Got 1 file in 'Notes':", since=before)[0]
     check(notice["replaces"] == 0, f"the new service knows no old notice: {notice}")
 
 
