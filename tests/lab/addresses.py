@@ -195,7 +195,12 @@ def life(mine, theirs, group):
     check(set(mine.people()) == {"Lee Young", "Not Shared"}, f"{mine.people().keys()}")
 
     converge(here, there)
-    before = logs(here, there)
+
+    def at_rest():
+        found = logs(here, there)
+        time.sleep(6)
+        return found == logs(here, there) and found
+    before = wait_until(at_rest, 60, "the logs do not come to rest")
     end = time.monotonic() + QUIET
     while time.monotonic() < end:
         mine.touch()

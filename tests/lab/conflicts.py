@@ -2,7 +2,7 @@
 
 import time
 
-from lab import always, check, converge, pair, survives, wait_until
+from lab import TooLate, always, check, converge, pair, survives, wait_until
 
 
 def disputed(path, *folders):
@@ -100,7 +100,8 @@ def scenario_edit_upon_arrival(lab):
         return not open_notes
     end = time.monotonic() + 60
     while not all_answered():
-        check(time.monotonic() < end, f"the notes did not come: {open_notes}")
+        if time.monotonic() > end:
+            raise TooLate(f"the notes did not come: {open_notes}")
     converge(here, there, conflicts=None)
     for number in range(30):
         check(survives(f"bob's answer {number}", here, there), f"answer {number} is lost")

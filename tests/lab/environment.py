@@ -130,9 +130,9 @@ def scenario_clock(lab):
         if said.startswith("System"):
             notice = desktop.wait_for("The computer's clock is off!", since=marks[1])
             check(notice["urgency"] == 2, f"the notice is {notice}")
-            # Fractions of a second are lost on the way.
+            # The way there takes time as well, on a busy machine seconds.
             check(any(f"is currently off by {seconds}" in notice["text"]
-                      for seconds in (98, 99, 100)), f"the notice is {notice}")
+                      for seconds in range(90, 101)), f"the notice is {notice}")
             since = len(bob.log())
             desktop.click(notice)
             bob.wait_for_log("no settings of the date and time", since=since)
@@ -208,7 +208,7 @@ def scenario_hanging_discovery(lab):
         for _ in range(10):
             start = time.monotonic()
             ann.cli("status")
-            check(time.monotonic() - start < 2, "zolvard waits for avahi-daemon")
+            check(time.monotonic() - start < 8, "zolvard waits for avahi-daemon")
             time.sleep(0.3)
     finally:
         ann.avahi.send(signal.SIGCONT)

@@ -245,8 +245,11 @@ class Host(Namespace):
 
     def run(self, command, text=None, limit=60):
         """Runs a command as this host's user."""
-        return subprocess.run(self.enter(command, self.uid), input=text, capture_output=True, text=True,
-                              env=self.environment, timeout=limit * PATIENCE)
+        try:
+            return subprocess.run(self.enter(command, self.uid), input=text, capture_output=True,
+                                  text=True, env=self.environment, timeout=limit * PATIENCE)
+        except subprocess.TimeoutExpired as error:
+            raise TooLate(f"{self.name}: {error}") from None
 
     # zolvard and the command line.
 
@@ -419,10 +422,11 @@ class Folder:
 
     def remove(self, relative):
         path = self.at(relative)
-        if path.is_dir() and not path.is_symlink():
-            shutil.rmtree(path)
-        else:
+        if not path.is_dir() or path.is_symlink():
             path.unlink()
+            return
+        while path.exists():  # zolvard may be making files in it
+            shutil.rmtree(path, ignore_errors=True)
 
     def wait_for_deletion(self, relative):
         """Until this host's own log says that the file is deleted."""

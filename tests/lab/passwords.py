@@ -3,6 +3,15 @@
 from lab import Refused, check, converge, wait_until
 
 
+def password_in_force(host, password):
+    """Until the transfer daemon asks for that password."""
+    def found():
+        return any(password.encode() in path.read_bytes()
+                   for path in host.seen(host.home / ".local/share/Zolvar").glob("*")
+                   if path.is_file())
+    wait_until(found, 30, f"{host.name}'s new password does not reach the transfer daemon")
+
+
 def auth_failed(host, since):
     host.wait_for_log("Auth failed syncing", limit=60, since=since)
 
@@ -41,6 +50,7 @@ def scenario_wrong_then_right(lab):
     # Both take part; then one of them changes the password.
     marks = len(ann.log()), len(bob.log())
     ann.command("password", "Guess", text="changed\n")
+    password_in_force(ann, "changed")
     here.write("secret", "after the change", age=10)
     there.write("other", "bob's", age=10)
     auth_failed(ann, marks[0])
@@ -59,7 +69,8 @@ def scenario_none_on_one_side(lab):
     there = bob.subscribe("Half")
     converge(here, there)
     marks = len(ann.log()), len(bob.log())
-    ann.command("password", "Half", text="new\n")
+    ann.command("password", "Half", text="brand new\n")
+    password_in_force(ann, "brand new")
     here.write("secret", "changed", age=10)
     there.write("other", "bob's", age=10)
     auth_failed(ann, marks[0])

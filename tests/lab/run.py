@@ -3,7 +3,8 @@
 
 A set is a module beside this file; its functions named scenario… run in order on the same hosts,
 and on fresh ones after a failure. What came too late may be the machine's doing: such a scenario
-gets a second try on fresh hosts, and the last line names it. What is wrong is wrong at once. Exits with 77 where no lab can be made, unless CI is set.
+gets a second try on fresh hosts, and the last line names it. What is wrong is wrong at once. Exits
+with 77 where no lab can be made, unless CI is set.
 """
 
 import argparse

@@ -141,7 +141,7 @@ def scenario_standstill(lab):
         for host in (ann, bob, dan):
             began = time.monotonic()
             host.cli("list")
-            check(time.monotonic() - began < 5, f"{host.name}'s program hardly answers")
+            check(time.monotonic() - began < 10, f"{host.name}'s program hardly answers")
         time.sleep(max(0, STANDSTILL - (time.monotonic() - start)))
     finally:
         signal_all(frozen, signal.SIGCONT)
@@ -204,7 +204,8 @@ def scenario_bad_network(lab):
     there.write("start 4", "dan, while connections were cut", age=5)
     wait_until(lambda: cable.said().count("reset a connection") >= 3, 120,
                lambda: f"not cut: {cable.said()}")
-    check("onnection reset" in dan.log()[since:] + ann.log(), "nobody says that a connection was reset")
+    wait_until(lambda: "onnection reset" in dan.log()[since:] + ann.log(), 30,
+               "nobody says that a connection was reset")
     converge(here, there, limit=150)
     check(there.read("start 1") == "ann, on a bad line", "ann's edit is lost")
     check(here.read("start 2") == "dan, on a bad line", "dan's edit is lost")
