@@ -70,6 +70,9 @@ class Folder {
   /// Replaces the file as a whole: written aside, synced, renamed, directory synced.
   virtual Result<> replace(std::string_view path, std::string_view bytes, std::uint32_t mode) = 0;
 
+  /// Whatever was written beneath the root, by whomever, is on the disk afterwards. Takes as long
+  /// as the disk does, perhaps with what others have written there.
+  virtual Result<> flush() = 0;
   /// Empties a file that another process may be appending to.
   virtual Result<> clear(std::string_view path) = 0;
 

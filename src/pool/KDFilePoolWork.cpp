@@ -52,6 +52,7 @@ void KDFilePool::syncWithParticipant(const ParticipantAddress& participant) {
       pool->noteTaskDidEnd(end.loadedFiles,
                            [pool, participant, end] { pool->syncEnded(participant, end); });
     });
+    sync->bringToDisk();
   });
 }
 

@@ -5,6 +5,7 @@
 #include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
+#include "pool/CopyRunRecord.h"
 #include "util/InconsistencyError.h"
 #include "util/PathRules.h"
 #include "util/QMDigest.h"
@@ -88,6 +89,7 @@ Result<> KDPoolState::activate() {
 
 Result<> KDPoolState::readEverything() {
   record_.reset();
+  isRecordHeld_ = false;
   localLog_.reset();
   tree_.reset();
   conflicts_.clear();
@@ -101,6 +103,9 @@ Result<> KDPoolState::readEverything() {
   record_ = std::make_unique<KDDiskRecord>(
       *supportFolder_, joinPath(RecordFolder, hexHash(settings_.poolName) + ".fprec"),
       platform_.log, [this](std::string_view path) { noteChanged(path); });
+
+  copyRuns_ = std::make_unique<CopyRunRecord>(
+      *supportFolder_, joinPath(RecordFolder, hexHash(settings_.poolName) + ".fprun"));
 
   if (const GuardReport report = guard_->settle(); report.trouble) {
     platform_.log.error("{}", report.trouble->message());
@@ -170,6 +175,7 @@ Result<> KDPoolState::readAllLogs() {
 
 void KDPoolState::leave() {
   if (isActive_) {
+    isRecordHeld_ = false;
     flush();
     isTodoDirty_ = true;
     saveTodoFiles();
@@ -245,10 +251,16 @@ Result<> KDPoolState::flush() {
   // Before the log: what a choice makes wanted must still be wanted after a crash.
   if (isTodoDirty_) saveTodoFiles();
   if (localLog_ && localLog_->hasEntriesToAppend()) {
+    std::uint64_t& merged = mergedOffsets_[std::string(lastPathComponent(ownLogPath()))];
+    const std::uint64_t mergedBefore = merged;
+    const auto before = folder_->attributes(ownLogPath());
     result = localLog_->synchronizeFile();
+    // A load in progress has brought lines of ours, from before a restored backup: its end reads
+    // them, and these once more.
+    if (before && before->size > mergedBefore) merged = mergedBefore;
     if (!result) platform_.log.error("{}", result.error().message());
   }
-  if (record_) {
+  if (record_ && !isRecordHeld_) {
     // After the log: a record must never name a version that the log does not hold.
     if (const auto written = result ? record_->flush() : Result<>(); !written) {
       platform_.log.error("{}", written.error().message());

@@ -26,6 +26,7 @@
 
 namespace zolvar {
 
+class CopyRunRecord;
 struct FileChange;
 struct FileHistory;
 struct Platform;
@@ -89,6 +90,8 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::set<std::string> timeWarpedFilesFromSet(const std::set<std::string>& files) override;
   bool settleReplacedFiles(const std::vector<ReplacedFile>& replaced) override;
   std::set<std::string> checkTodoFiles() override;
+  [[nodiscard]] bool awaitsDisk() const override { return isRecordHeld_; }
+  void filesAreOnDisk() override;
   [[nodiscard]] std::set<std::string> todoFiles() const override;
 
  private:
@@ -111,6 +114,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
 
   // Making and merging entries (KDPoolStateBranches.cpp).
   [[nodiscard]] double notBefore(std::string_view path) const;
+  [[nodiscard]] double afterDeletions(const KDPathRecord& path) const;
   void appendOwn(const KDEntryStore::Made& made);
   bool mergeEntry(KDLogFileEntry* entry);
   void logSelectionOfBranchEntry(KDLogFileEntry& entry);
@@ -132,8 +136,10 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
                                   KDLogFileEntry* parent);
   void chooseOwn(const Scan& scan);
   void chooseWhatLiesHere();
+  void wantWhatWasChosen(Scan& scan);
   void tellApart();
   void logWritten(const std::vector<std::string>& paths);
+  void putAwayLeftovers(const Scan& scan);
   void settleVanished(Scan& scan);
   void look(Scan& scan);
   void lookAtFolders(Scan& scan);
@@ -191,6 +197,8 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::unique_ptr<KDEntryStore> store_;
   std::unique_ptr<KDVersionTree> tree_;
   std::unique_ptr<KDDiskRecord> record_;
+  bool isRecordHeld_ = false;  ///< not written: it names files that may not be on the disk yet
+  std::unique_ptr<CopyRunRecord> copyRuns_;
   std::unique_ptr<KDLogFile> localLog_;
   std::unique_ptr<LogGuard> guard_;
   double ownLastLogTime_ = 0;

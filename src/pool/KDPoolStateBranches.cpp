@@ -1,5 +1,8 @@
 // Making entries of our own, merging entries, and what a person decides about branches.
 
+#include <algorithm>
+
+#include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "pool/KDPoolState.h"
@@ -21,6 +24,18 @@ double KDPoolState::notBefore(std::string_view path) const {
   const KDPathRecord* record = store_->findPath(path);
   const bool isTaken = record && tree_->version(*record, settings_.userId, ownLastLogTime_);
   return isTaken ? ownLastLogTime_ + 1 : ownLastLogTime_;
+}
+
+/// The same for a deletion: of two deletions of a path's branches the later one never was known to
+/// who made the earlier one, whatever the clocks say.
+double KDPoolState::afterDeletions(const KDPathRecord& path) const {
+  const double latest = platform_.clock.now() + KDEntryStore::LongestFutureWait;
+  double earliest = notBefore(path.text);
+  for (const KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
+    if (leaf->exists() || leaf->logTime() > latest) continue;
+    earliest = std::max(earliest, leaf->logTime() + 1);
+  }
+  return earliest;
 }
 
 void KDPoolState::appendOwn(const KDEntryStore::Made& made) {
@@ -127,8 +142,8 @@ void KDPoolState::logDeletionOfBranchLeaf(KDLogFileEntry& leaf) {
     }
   }
   for (KDLogFileEntry* one : leaves) {
-    appendOwn(store_->branchDeletionEntryForUser(platform_.clock, platform_.log,
-                                                 notBefore(one->path()), *one, settings_.userId));
+    appendOwn(store_->branchDeletionEntryForUser(
+        platform_.clock, platform_.log, afterDeletions(one->pathRecord()), *one, settings_.userId));
   }
 }
 
@@ -190,17 +205,14 @@ Result<> KDPoolState::selectBranch(const std::string& path, const VersionId& ver
     return fail(FailureKind::Refused, attempt, path,
                 "a folder with files in it lies there; move these away first");
   }
-  // The choice is on disk before anything is taken away.
+  // What lies here stays until the chosen version can be had, directly before it is copied: its
+  // only holder may be away, or may give it up for ours at this very moment.
   logSelectionOfBranchEntry(leaf);
   if (!isHere) addTodoFiles({path});
-  if (const auto written = flush(); !written) return written;
-  if (!isHere) {
-    if (record.disk && record.disk->kind != FileKind::Directory) trashOne(path);
-    listener_->fullSyncNeeded();
-  }
-  (void)flush();
+  const auto written = flush();
+  if (!isHere) listener_->fullSyncNeeded();
   publish();
-  return {};
+  return written;
 }
 
 Result<> KDPoolState::deleteBranch(const std::string& path, const VersionId& version) {

@@ -6,6 +6,7 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "pool/KDPoolState.h"
+#include "pool/ScanDecision.h"
 #include "util/InconsistencyError.h"
 
 namespace zolvar {
@@ -39,6 +40,17 @@ void KDPoolState::applyRemoteLogEntries(std::vector<KDLogFileEntry*> entries) {
     const KDPathRecord* path = store_->findPath(text);
     return path && path->activeLeafCount > 0 && !path->disk;
   });
+  std::vector<std::string> kept;
+  std::erase_if(toDelete, [&](const std::string& text) {
+    const KDPathRecord* path = store_->findPath(text);
+    const KDDiskState* disk = path ? path->disk : nullptr;
+    const auto attributes = folder_->attributes(text);
+    const bool isKept = disk && disk->entry && attributes && disk->isUnchanged(*attributes) &&
+                        !todo_.contains(text) && wasKeptInCrossedDrops(*tree_, *disk->entry);
+    if (isKept) kept.push_back(text);
+    return isKept;
+  });
+  logWritten(kept);
   if (!toDelete.empty()) {
     listener_->willDeleteFiles(toDelete);
     deleteFiles(toDelete);

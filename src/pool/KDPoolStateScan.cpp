@@ -7,6 +7,8 @@
 #include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
+#include "pool/ArrivingName.h"
+#include "pool/CopyRunRecord.h"
 #include "pool/KDPoolState.h"
 #include "pool/LinkTarget.h"
 #include "pool/ScanDecision.h"
@@ -74,12 +76,14 @@ void KDPoolState::scan() {
   look(scan);
   if (isDetached_) return;
 
+  putAwayLeftovers(scan);
   if (!scan.reappeared.empty()) {
     for (const std::string& path : scan.reappeared) inQuestion_.erase(path);
     isQuestionStale_ = true;
   }
   chooseOwn(scan);
   chooseWhatLiesHere();
+  if (isFirstRun_) wantWhatWasChosen(scan);
   (void)flush();
   for (const std::string& path : scan.emptied) {
     trashOne(path);
@@ -184,6 +188,23 @@ void KDPoolState::lookAtFolders(Scan& scan) {
   }
 }
 
+/// What a copy run leaves that is cut off hard is nobody's file.
+void KDPoolState::putAwayLeftovers(const Scan& scan) {
+  bool isAllGone = true;
+  for (const std::string& path : scan.leftovers) {
+    platform_.log.warning("A transfer was cut off; '{}' in {}, which it left, goes to the Trash.",
+                          path, settings_.folderPath);
+    trashOne(path);
+    isAllGone = isAllGone && !folder_->attributes(path);
+  }
+  if (isAllGone) {
+    if (const auto ended = copyRuns_->end(); !ended) {
+      platform_.log.warning("{}", ended.error().message());
+    }
+  }
+  for (const std::string& path : scan.shaped) copyRuns_->noteSeen(path);
+}
+
 void KDPoolState::noteUnseen(Scan& scan, std::string_view directory, const Failure& failure) {
   scan.unseen.emplace_back(directory);
   warnOnce("unreadable " + std::string(directory), failure.message());
@@ -202,6 +223,19 @@ void KDPoolState::chooseWhatLiesHere() {
     if (isHere && !tree_->selectedLeaf(*path).leaf) paths.push_back(store_->findPath(path->text));
   }
   for (KDPathRecord* path : paths) (void)selectedLeaf(*path);
+}
+
+/// A load brings another's list of missing files in place of ours, and then the program ends: what
+/// was chosen and does not lie here is nowhere noted as missing.
+void KDPoolState::wantWhatWasChosen(Scan& scan) {
+  for (const KDPathRecord* path : conflicts_) {
+    const KDLogFileEntry* chosen = tree_->selectedLeaf(*path).leaf;
+    const KDDiskState* disk = path->disk;
+    if (!chosen || !disk || !disk->entry || path->seenInScan != scan.number) continue;
+    const bool isIt = disk->kind == FileKind::Directory ? chosen->isDirectory()
+                                                        : disk->entry->isParentOfEntry(chosen);
+    if (!isIt && !todo_.contains(path->text)) scan.toFetch.emplace(path->text);
+  }
 }
 
 /// Two people have given their versions of a file one time. By its time nobody could tell which one
@@ -224,6 +258,13 @@ void KDPoolState::tellApart() {
 Folder::Visit KDPoolState::visit(Scan& scan, std::string_view path,
                                  const FileAttributes& attributes) {
   KDPathRecord* record = store_->findPath(path);
+  if (!(record && record->newest) && isShapedAsArriving(lastPathComponent(path))) {
+    if (copyRuns_->isLeftover(path, attributes, scan.now, todo_)) {
+      scan.leftovers.emplace_back(path);
+      return Folder::Visit::Enter;
+    }
+    scan.shaped.emplace_back(path);
+  }
   if (!ignore_.isEmpty() && ignore_.ignoresItem(path, attributes.kind == FileKind::Directory)) {
     return Folder::Visit::Skip;
   }

@@ -20,7 +20,9 @@ struct KDPoolState::Scan {
   std::set<std::string, std::less<>> listed;       ///< directories whose entries were visited
   std::set<std::string, std::less<>> walked;       ///< directories visited with all beneath them
   std::set<std::string, std::less<>> directories;  ///< found among what was listed
-  std::vector<std::string> unseen;  ///< directories of which nothing may be called missing
+  std::vector<std::string> unseen;     ///< directories of which nothing may be called missing
+  std::vector<std::string> leftovers;  ///< of copy runs that were cut off
+  std::vector<std::string> shaped;     ///< called like such, and perhaps none
   std::set<std::string> toDelete;
   std::set<std::string> emptied;  ///< by a power failure
   std::set<std::string> toFetch;

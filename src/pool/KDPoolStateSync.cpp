@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "log/LogReader.h"
+#include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
+#include "pool/CopyRunRecord.h"
 #include "pool/FileBeginning.h"
 #include "pool/KDPoolState.h"
 #include "pool/ScanDecision.h"
@@ -59,6 +61,7 @@ void KDPoolState::finishLogLoad() {
     if (todoFile && (!todoFile_ || todoFile->inode != todoFile_->inode)) {
       isTodoDirty_ = true;  // the run brought the peer's list in place of ours
     }
+    const std::string ownName = settings_.userId + std::string(LogFileExtension);
     std::vector<KDLogFileEntry*> entries;
     for (const GuardedLog& guarded : report.logs) {
       const std::uint64_t offset = mergedOffsets_[guarded.name];
@@ -83,7 +86,7 @@ void KDPoolState::finishLogLoad() {
                             guarded.name);
       }
       mergedOffsets_[guarded.name] = summary.endOffset;
-      if (offset == 0) {  // new to us, or read once more
+      if (offset == 0 || guarded.name == ownName) {  // new to us, or read once more
         std::erase_if(summary.entries, [this](const KDLogFileEntry* entry) {
           const KDLogFileEntry* known = tree_->version(entry->pathRecord(), entry->id());
           return known && known->isEqual(*entry);
@@ -187,6 +190,7 @@ void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& ent
     KDDiskState state = KDDiskState::of(*attributes, other);
     state.isUnseen = true;
     record_->set(path, state);
+    isRecordHeld_ = true;
     logDeletionOfBranchLeaf(own);
     return;
   }
@@ -211,6 +215,7 @@ void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& ent
     listener_->scanWanted();
   }
   record_->set(path, state);
+  isRecordHeld_ = true;
 }
 
 CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
@@ -250,6 +255,11 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
       // Nothing older than what lies here already, if it still does.
       if (remote && path->disk && path->disk->entry && !path->disk->isGuess &&
           folder_->attributes(entry.path) && remote->isParentOfEntry(path->disk->entry)) {
+        continue;
+      }
+      // What lies here of another branch makes room for the chosen version, not for older ones.
+      if (leaf && remote != leaf && path->disk && path->disk->entry &&
+          !path->disk->entry->isParentOfEntry(leaf) && folder_->attributes(entry.path)) {
         continue;
       }
       listed_[entry.path] = remote;
@@ -328,7 +338,7 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
     const KDLogFileEntry* leaf = path ? tree_->selectedLeaf(*path).leaf : nullptr;
     const bool isDirectory = attributes && attributes->kind == FileKind::Directory;
     if (isDirectory && leaf && !leaf->isDirectory()) isFree = isFree && canGiveWay(text);
-    // A choice that a crash cut short has not yet put away what lies here.
+    // A choice is carried out here: now that the chosen version can be had.
     const bool isOtherBranch =
         leaf && path->disk && path->disk->entry && !path->disk->entry->isParentOfEntry(leaf);
     if (isFree && attributes && !isDirectory && path->disk &&
@@ -344,7 +354,15 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
                             text, settings_.folderPath);
     }
   }
-  for (const std::string& path : ready) copying_[path] = listed_[path];
+  for (const std::string& path : ready) {
+    copying_[path] = listed_[path];
+    noteChanged(path);  // what the run leaves there is looked at
+  }
+  if (!ready.empty()) {
+    if (const auto noted = copyRuns_->begin(platform_.clock.now()); !noted) {
+      platform_.log.warning("{}", noted.error().message());
+    }
+  }
   return ready;
 }
 

@@ -97,6 +97,7 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
       // A copy run brought what its author has not logged yet: no edit of ours until it changes.
       if (copying_.contains(text) && !isUnchanged) {
         record_->set(*path, KDDiskState::of(*attributes, nullptr));
+        isRecordHeld_ = true;
       }
       platform_.log.warning(
           "Warning: File {} might have been modified during sync. May create a conflict.",
@@ -116,6 +117,7 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
     if (found == selected.leaf) {
       if (attributes->kind == FileKind::Directory || !isUnchanged || !disk->entry) {
         record_->set(*path, KDDiskState::of(*attributes, found));
+        isRecordHeld_ = isRecordHeld_ || attributes->kind == FileKind::Regular;
       }
       if (conflicts_.contains(path)) (void)folder_->setLabel(text, ConflictLabel);
       done.insert(text);
@@ -124,6 +126,7 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
     // Another version: an older one of the same line may have come from a peer that lags behind.
     if (!isUnchanged && copying_.contains(text)) {
       record_->set(*path, KDDiskState::of(*attributes, found));
+      isRecordHeld_ = true;
     }
   }
   copying_.clear();
@@ -131,6 +134,11 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
   (void)flush();
   publish();
   return done;
+}
+
+void KDPoolState::filesAreOnDisk() {
+  isRecordHeld_ = false;
+  if (isActive_ && !isDetached_) (void)flush();
 }
 
 std::set<std::string> KDPoolState::todoFiles() const { return {todo_.begin(), todo_.end()}; }

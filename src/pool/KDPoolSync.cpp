@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "platform/Clock.h"
+#include "platform/FileSystem.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "pool/SyncContext.h"
@@ -112,6 +113,22 @@ SyncEnd KDPoolSync::performSyncWithParticipant(const ParticipantAddress& partici
                              statusText(end.status));
   if (context.progress) context.progress(std::nullopt);
   return end;
+}
+
+void KDPoolSync::bringToDisk() {
+  SyncContext& context = work_->context;
+  const auto place = context.onState([](PoolSyncSteps& steps) -> Result<std::string> {
+    if (steps.isDetached() || !steps.awaitsDisk()) return std::string();
+    return steps.accessibleFolderPath();
+  });
+  if (!place || place->empty()) return;
+  const auto folder = context.platform.fileSystem.open(*place);
+  const auto flushed = folder ? (*folder)->flush() : tl::unexpected(folder.error());
+  if (!flushed) {  // the next sync tries again
+    context.platform.log.warning("{}", flushed.error().message());
+    return;
+  }
+  context.onState([](PoolSyncSteps& steps) { steps.filesAreOnDisk(); });
 }
 
 Result<> KDPoolSync::fetchVersion(const std::string& path, double modTime, const std::string& to,

@@ -50,6 +50,9 @@ class KDPoolSync {
   /// The body of a sync; on the transfer lane. Never throws anything derived from std::exception.
   SyncEnd performSyncWithParticipant(const ParticipantAddress& participant,
                                      const Settings& settings);
+  /// Makes what the syncs before have brought outlast a power failure, and lets it be put on
+  /// record; on the transfer lane, when nobody waits for the sync any more.
+  void bringToDisk();
   /// Copies one version of a file, whose listed time must be `modTime`, to `to` (a path outside the
   /// folder that does not exist yet); tries the participants in turn. On the transfer lane.
   Result<> fetchVersion(const std::string& path, double modTime, const std::string& to,

@@ -76,6 +76,10 @@ class PoolSyncSteps {
   virtual bool settleReplacedFiles(const std::vector<ReplacedFile>& replaced) = 0;
   /// Takes arrived and no longer wanted paths off the list and returns them; writes the local log.
   virtual std::set<std::string> checkTodoFiles() = 0;
+  /// Whether files have come of which nobody knows that a power failure would leave them; they are
+  /// not put on record before filesAreOnDisk is told.
+  [[nodiscard]] virtual bool awaitsDisk() const = 0;
+  virtual void filesAreOnDisk() = 0;
   /// What is still wanted, for the log line of an incomplete sync.
   virtual std::set<std::string> todoFiles() const = 0;
 };

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
+#include <utility>
 
 #include "pool/KDDiskRecord.h"
 #include "pool/KDVersionTree.h"
@@ -24,6 +26,9 @@ ScanDecision decideKnown(const KDVersionTree& tree, KDLogFileEntry* existing, bo
   if (!leaf->exists()) {
     // Recorded as the version that was deleted: the deletion is still to be carried out, perhaps
     // because the program ended before it was. Put back by someone since: there is no record.
+    if (isRecorded && !facts.isTodo && wasKeptInCrossedDrops(tree, *existing)) {
+      return {ScanAction::LogRecreation, existing};
+    }
     if (isRecorded) return {ScanAction::Delete, existing};
     if (facts.isTodo && facts.isFirstRun) return {ScanAction::Delete, existing};
     if (facts.isTodo) return {ScanAction::LogRecreation, existing};
@@ -86,6 +91,25 @@ ScanDecision decideDirectory(const KDVersionTree& tree, const KDPathRecord& path
 double comparedTime(const FileAttributes& attributes) {
   if (attributes.kind == FileKind::Directory) return 0;
   return static_cast<double>(std::max<std::int64_t>(attributes.modTime, 1));
+}
+
+bool wasKeptInCrossedDrops(const KDVersionTree& tree, const KDLogFileEntry& version) {
+  const KDPathRecord& path = version.pathRecord();
+  if (path.activeLeafCount > 0 || version.isDirectory()) return false;
+  using Moment = std::pair<double, std::string_view>;
+  Moment deleted;
+  Moment dropped;  // another version, by the local user
+  for (const KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
+    const Moment moment(leaf->logTime(), leaf->userId());
+    const bool isOurs = leaf->userId() == tree.localUserId();
+    if (version.isParentOfEntry(leaf)) {
+      if (isOurs) return false;
+      deleted = std::max(deleted, moment);
+    } else if (isOurs) {
+      dropped = std::max(dropped, moment);
+    }
+  }
+  return deleted < dropped;
 }
 
 ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,

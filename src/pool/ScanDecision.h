@@ -42,6 +42,11 @@ struct ScanDecision {
 /// at least 1 (0 means deleted).
 [[nodiscard]] double comparedTime(const FileAttributes& attributes);
 
+/// Whether two people dropped each other's versions before either knew, so that none is left alive,
+/// and this one, which a peer deleted, is what the local user kept. Only for who was the later one,
+/// so that one of the two comes back.
+[[nodiscard]] bool wasKeptInCrossedDrops(const KDVersionTree& tree, const KDLogFileEntry& version);
+
 /// A file that a copy run left and whose version stays unknown counts as an edit of ours when it is
 /// older than this (seconds): by then the log of whoever wrote it would have come.
 inline constexpr double UnknownCopyPatience = 600;

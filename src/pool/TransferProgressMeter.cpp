@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "platform/FileSystem.h"
+#include "pool/ArrivingName.h"
 #include "util/PathRules.h"
 
 namespace zolvar {
@@ -15,19 +16,6 @@ constexpr double FirstSearchDelay = 0.5;  ///< seconds; doubles while nothing is
 constexpr double LongestSearchDelay = 8;
 constexpr std::uint64_t LeastWatchedSize = 1U << 20;  ///< bytes; smaller files arrive at once
 constexpr std::size_t NearStep = 8;  ///< a file that was left out does not hide this many after it
-constexpr std::size_t SuffixLength = 7;  ///< ".XXXXXX"
-
-/// Whether `name` is what the tool calls a file `target` while it arrives: a dot before (none when
-/// the name begins with one) and a dot and six characters behind, cut to the longest name.
-bool isArriving(std::string_view name, std::string_view target) {
-  if (name.size() <= SuffixLength + 1 || name[name.size() - SuffixLength] != '.') return false;
-  std::string_view core = name.substr(0, name.size() - SuffixLength);
-  if (!target.starts_with('.')) {
-    if (!core.starts_with('.')) return false;
-    core.remove_prefix(1);
-  }
-  return core == target || (name.size() >= LongestComponent - 4 && target.starts_with(core));
-}
 
 }  // namespace
 

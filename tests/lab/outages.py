@@ -1,10 +1,11 @@
 """Machines, programs and cables fail at any moment; afterwards all is as if they had not."""
 
+import os
 import random
 import signal
 import time
 
-from lab import check, converge, survives, wait_until
+from lab import check, children, converge, survives, wait_until
 
 
 def pair(lab, name):
@@ -72,6 +73,41 @@ def scenario_receiver_killed(lab):
     bob.start()
     tree = converge(here, there, limit=180)
     check(not any(path.startswith(".large.") for path in tree), f"a leftover was shared: {tree}")
+
+
+def descendants(pid):
+    for child in children(pid):
+        yield int(child)
+        yield from descendants(child)
+
+
+def scenario_tool_killed(lab):
+    """The transfer tool is killed hard in the middle of a file; what it leaves is nobody's file."""
+    ann, bob, here, there = pair(lab, "Tool")
+    ann.command("set", "BWLimitOut", "2000")
+    here.write("large", b"0123456789abcdef" * (2 << 20), age=30)
+    arriving = []
+
+    def began():
+        arriving[:] = [path for path in there.root.glob(".large.*")
+                       if path.stat().st_size > 1 << 18]
+        return arriving
+    wait_until(began, 60, "the transfer did not begin")
+    tools = []
+    for pid in descendants(bob.zolvard.entered.pid):
+        with open(f"/proc/{pid}/cmdline", "rb") as command:
+            if b"--files-from" in command.read():
+                tools.append(pid)
+    for pid in reversed(tools):  # the one that writes first, or it tidies up
+        os.kill(pid, signal.SIGKILL)
+    check(arriving[0].exists(), "nothing was left")
+    there.write(".large.sample", "mine", age=30)
+    ann.command("set", "BWLimitOut", "0")
+    tree = converge(here, there, limit=180)
+    check([path for path in tree if path.startswith(".large.")] == [".large.sample"],
+          f"a leftover was shared: {tree}")
+    trash = bob.seen(bob.home / ".local/share")
+    check(any(trash.rglob(arriving[0].name)), f"{arriving[0].name} is in no Trash")
 
 
 def scenario_cable(lab):

@@ -242,10 +242,12 @@ TEST_F(KDPoolStateTest, keepsBothSidesOfAConcurrentEdit) {
   EXPECT_EQ(host.files.label(path("f")), 6);
 
   ASSERT_TRUE(state->selectBranch("f", leafOf("bob@beta.local")));
-  EXPECT_TRUE(host.files.wasTrashed("mine"));
+  EXPECT_EQ(*host.files.readAll(path("f")), "mine") << "bob may be away";
   EXPECT_EQ(missing(), std::vector<std::string>{"f"});
   EXPECT_FALSE(state->selectBranch("f", leafOf("bob@beta.local"))) << "chosen already";
+  scan();
   fetch("f", "bob's", 190);
+  EXPECT_TRUE(host.files.wasTrashed("mine"));
   EXPECT_EQ(*host.files.readAll(path("f")), "bob's");
   EXPECT_FALSE(state->deleteBranch("f", {"me@alpha.local", 1})) << "no such version";
   ASSERT_TRUE(state->deleteBranch("f", leafOf("me@alpha.local")));
@@ -416,6 +418,50 @@ TEST_F(KDPoolStateTest, readsALogThatCouldBeMadeWholeOnlyByTheNextLoad) {
   host.files.faults.clear();
   arrives("carol@gamma.local", {});
   EXPECT_EQ(missing(), (std::vector<std::string>{"f", "g", "h"}));
+}
+
+TEST_F(KDPoolStateTest, readsOwnLinesThatALoadBringsBeforeAnEntryIsMade) {
+  put("a", "one");
+  scan();
+  ASSERT_TRUE(state->prepareLogLoad());
+  const std::string longer = ownLog() + line(200, 0, "lost", 190) + "\n";
+  host.files.save(path(".Zolvar/me@alpha.local.fplog"), longer, now() + 5);
+  put("b", "two");
+  scan();  // a person's decision would do the same
+  state->finishLogLoad();
+  EXPECT_EQ(missing(), std::vector<std::string>{"lost"});
+  EXPECT_EQ(heard.snapshot->fileCount, 3U);
+  EXPECT_EQ(ownLines(), 3U) << ownLog();
+}
+
+TEST_F(KDPoolStateTest, putsAwayWhatACutOffTransferLeft) {
+  const auto lies = [this](const std::string& name, std::uint32_t mode) {
+    host.files.write(path(name), "half");
+    host.files.setMode(path(name), mode);
+  };
+  arrives("bob@beta.local",
+          {line(99, 0, "d", 99), line(100, 0, "d/env", 90), line(101, 0, "d/.rc", 91)});
+  lies("d/.env.before", 0600);
+  scan();
+  ASSERT_EQ(state->prepareCopy({"d/env", "d/.rc"}).size(), 2U);
+  host.clock.advance(5);
+  for (const char* name : {"d/.env.aB3xYz", "d/.rc.000000"}) lies(name, 0600);
+  lies("d/.env.sample", 0644);
+  for (const char* name : {"d/.env.samples", "d/.env.sam+le", "d/.other.aB3xYz", ".env.aB3xYz"}) {
+    lies(name, 0600);
+  }
+  restart();
+  host.clock.advance(20);
+  scan();
+  EXPECT_FALSE(host.files.exists(path("d/.env.aB3xYz")));
+  EXPECT_FALSE(host.files.exists(path("d/.rc.000000")));
+  EXPECT_TRUE(host.files.wasTrashed("half"));
+  EXPECT_EQ(ownLog().find("d/.env.aB3xYz"), std::string::npos) << ownLog();
+  EXPECT_EQ(ownLines(), 6U) << ownLog();
+  lies("d/.env.aB3xYz", 0600);  // no run was cut off since
+  host.clock.advance(20);
+  scan();
+  EXPECT_EQ(ownLines(), 7U) << ownLog();
 }
 
 TEST_F(KDPoolStateTest, whatLiesInAnotherFolderDescendsFromNothingRecorded) {

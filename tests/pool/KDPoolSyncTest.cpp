@@ -28,6 +28,7 @@ struct ScriptedSteps : PoolSyncSteps {
   bool recovering = false;
   bool accessible = true;
   bool prepares = true;
+  bool awaits = false;
   std::string throwsIn;
   std::string detachesIn;
   std::set<std::string> wanted, warped, loaded;
@@ -83,6 +84,8 @@ struct ScriptedSteps : PoolSyncSteps {
     for (const std::string& path : loaded) wanted.erase(path);
     return loaded;
   }
+  [[nodiscard]] bool awaitsDisk() const override { return awaits; }
+  void filesAreOnDisk() override { awaits = false; }
   [[nodiscard]] std::set<std::string> todoFiles() const override { return wanted; }
 };
 

@@ -69,7 +69,7 @@ TEST_F(TransferProgressMeterTest, seesALargeFileGrowAndAveragesTheRate) {
                               {{"sub/" + name, Size, {1000}}, {".env", 8, {1000}}}, 0);
   arrive({".env", 8, {1000}});
   EXPECT_EQ(8U, meter.tick(1).bytesDone);
-  const std::string temporary = Pool + "sub/." + name.substr(0, 247) + ".aB3xYz";
+  const std::string temporary = Pool + "sub/." + name.substr(0, 246) + ".aB3xYz";
   double now = 1;
   TransferProgress progress;
   for (std::uint64_t megabytes = 1; megabytes <= 9; ++megabytes) {

@@ -122,6 +122,49 @@ TEST_F(Scenario, editsAtOnceBranchAndAPersonChooses) {
   }
 }
 
+TEST_F(Scenario, choicesThatCrossLeaveAVersionInTheFolder) {
+  net.share(a, "Docs", {{"x", "one"}, {"y", "one"}}, {&b});
+  const auto apart = [this] { net.world.network.partition({{"alpha"}, {"beta"}}); };
+  apart();
+  for (const char* path : {"Docs/x", "Docs/y"}) {
+    a.write(path, "by alpha");
+    b.write(path, "by beta");
+  }
+  net.advance(60);
+  net.world.network.heal();
+  net.settle();
+  apart();
+  a.drop("Docs/x", b);
+  a.use("Docs/y", b);
+  net.advance(60);
+  b.drop("Docs/x", a);
+  b.use("Docs/y", a);
+  net.advance(60);
+  EXPECT_EQ(a.read("Docs/y"), "by alpha") << "nothing else can be had yet";
+  EXPECT_EQ(b.read("Docs/y"), "by beta");
+  net.world.network.heal();
+  net.settle();
+  EXPECT_EQ(a.conflicts("Docs"), Paths{"y"});
+  for (SimulatedPeer* peer : {&a, &b}) {
+    EXPECT_EQ(peer->read("Docs/x"), "by beta") << "the later one's wish";
+    EXPECT_NE(peer->read("Docs/y"), "(none)");
+  }
+  // Who knows what the other has dropped deletes what is left, whatever the clocks say.
+  b.host.clock.step(-9);
+  a.host.clock.step(9);
+  a.write("Docs/x", "by alpha again");
+  b.write("Docs/x", "by beta again");
+  net.settle();
+  if (a.conflicts("Docs").front() == "x") a.drop("Docs/x", b);
+  net.settle();
+  b.erase("Docs/x");
+  net.advance(60);
+  b.answer("Docs", true);
+  net.settle();
+  EXPECT_EQ(a.read("Docs/x"), "(none)");
+  EXPECT_EQ(b.read("Docs/x"), "(none)");
+}
+
 TEST_F(Scenario, anEditTravelsThroughASecondPeerAfterItsAuthorLeft) {
   auto& c = net.peer("gamma");
   net.share(a, "Docs", {{"x", "one"}}, {&b, &c});

@@ -251,6 +251,7 @@ TEST_F(Trouble, aCutAStalledAndAKilledTransferAreMadeGood) {
     for (const auto& [path, content] : expected) EXPECT_EQ(b.read("Docs/" + path), content) << path;
     EXPECT_EQ(b.missing("Docs"), Paths{});
     EXPECT_EQ(b.conflicts("Docs"), Paths{});
+    net.expectSame("Docs", expected);  // and no leftover was shared
   }
   EXPECT_EQ(b.host.processes.troubles.cutAfterFiles, std::nullopt);
 }

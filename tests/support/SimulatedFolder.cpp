@@ -17,6 +17,12 @@ tl::unexpected<Failure> failedWith(int error, const char* operation, std::string
   return tl::unexpected(failureFromErrno(error, operation, std::string(path)));
 }
 
+void flushBelow(const SimulatedTree::Node& node) {
+  node->durable.reset();
+  node->isFlushed = true;
+  for (const auto& [name, child] : node->children) flushBelow(child);
+}
+
 }  // namespace
 
 SimulatedFolder::SimulatedFolder(SimulatedFileSystem& files, SimulatedTree::Node root)
@@ -154,6 +160,12 @@ Result<> SimulatedFolder::replace(std::string_view path, std::string_view bytes,
   if (!place) return failed(place, "replace", path);
   const auto written = tree_.replaceFile(*place, bytes, mode, true);
   if (!written) return failed(written, "replace", path);
+  return {};
+}
+
+Result<> SimulatedFolder::flush() {
+  if (const auto begun = begin("flush", ""); !begun) return begun;
+  flushBelow(root_);
   return {};
 }
 

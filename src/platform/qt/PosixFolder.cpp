@@ -178,6 +178,13 @@ Result<> PosixFolder::replace(std::string_view path, std::string_view bytes, std
 
 Result<> PosixFolder::clear(std::string_view path) {
   constexpr const char* Attempt = "empty";
+Result<> PosixFolder::flush() {
+  constexpr const char* Attempt = "flush";
+  const Descriptor root(openat(root_.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (root.get() < 0 || syncfs(root.get()) != 0) return failed(Attempt, "");
+  return {};
+}
+
   const auto file = openRegular(path, O_WRONLY, Attempt);
   if (!file) return tl::unexpected(file.error());
   if (ftruncate(file->get(), 0) != 0) return failed(Attempt, path);

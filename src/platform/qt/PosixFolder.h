@@ -30,6 +30,7 @@ class PosixFolder : public Folder {
 
   Result<> clear(std::string_view path) override;
   Result<> link(std::string_view from, std::string_view to) override;
+  Result<> flush() override;
   Result<> makeSymbolicLink(std::string_view path, std::string_view target) override;
   Result<> rename(std::string_view from, std::string_view to) override;
   Result<> moveIn(const std::string& absoluteSource, std::string_view path) override;
