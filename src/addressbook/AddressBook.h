@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -58,7 +59,12 @@ class AddressBook {
   [[nodiscard]] virtual Result<std::optional<ABPerson>> recordForUniqueId(
       const std::string& personId) = 0;
   /// A person from one card of text; not in the book. Fails: Damaged (no card).
-  [[nodiscard]] virtual Result<ABPerson> personWithVCardData(const std::string& vCardData) = 0;
+  [[nodiscard]] Result<ABPerson> personWithVCardData(const std::string& vCardData) const {
+    return cardReader()(vCardData);
+  }
+  /// What reads cards for this book, on any thread, even after its end.
+  using CardReader = std::function<Result<ABPerson>(const std::string& vCardData)>;
+  [[nodiscard]] virtual CardReader cardReader() const = 0;
   /// Adds the person with all that the card says, but in no group, whatever the card says of
   /// groups. Returns the new record's id; a card's own UID is taken over where it is free.
   virtual Result<std::string> addPerson(const ABPerson& person) = 0;

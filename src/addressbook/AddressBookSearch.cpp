@@ -42,10 +42,6 @@ std::u32string loweredText(const std::string& text) {
   return points;
 }
 
-bool containsWithoutCase(const std::string& text, const std::string& sought) {
-  return loweredText(text).find(loweredText(sought)) != std::u32string::npos;
-}
-
 }  // namespace
 
 Result<std::optional<ABGroup>> groupWithName(AddressBook& book, const std::string& name) {
@@ -56,16 +52,26 @@ Result<std::optional<ABGroup>> groupWithName(AddressBook& book, const std::strin
   return found == groups->end() ? std::nullopt : std::optional(*found);
 }
 
-Result<std::vector<ABPerson>> peopleWithFirstNameLastName(AddressBook& book,
-                                                          const std::string& first,
-                                                          const std::string& last) {
-  auto people = book.people();
-  if (!people) return people;
-  std::erase_if(*people, [&](const ABPerson& person) {
-    return !containsWithoutCase(firstname(person), first) ||
-           !containsWithoutCase(lastname(person), last);
-  });
-  return people;
+PeopleByName::PeopleByName(const std::vector<ABPerson>& people) {
+  people_.reserve(people.size());
+  for (const ABPerson& person : people) {
+    people_.push_back(
+        {person.uniqueId, loweredText(firstname(person)), loweredText(lastname(person))});
+  }
+}
+
+std::vector<std::string> PeopleByName::find(const std::string& first,
+                                            const std::string& last) const {
+  const std::u32string soughtFirst = loweredText(first);
+  const std::u32string soughtLast = loweredText(last);
+  std::vector<std::string> ids;
+  for (const Named& person : people_) {
+    if (person.last.find(soughtLast) != std::u32string::npos &&
+        person.first.find(soughtFirst) != std::u32string::npos) {
+      ids.push_back(person.id);
+    }
+  }
+  return ids;
 }
 
 bool hasSameName(const ABPerson& person, const ABPerson& other) {

@@ -11,11 +11,24 @@ namespace zolvar {
 /// The first group of exactly this name; nothing when there is none.
 Result<std::optional<ABGroup>> groupWithName(AddressBook& book, const std::string& name);
 
-/// The people whose first name contains the one name and whose last name contains the other,
-/// whatever the case of their letters (of the Latin, Greek and Cyrillic alphabets).
-Result<std::vector<ABPerson>> peopleWithFirstNameLastName(AddressBook& book,
-                                                          const std::string& first,
-                                                          const std::string& last);
+/// Everyone of one moment, to be searched for the people whose first name contains the one name and
+/// whose last name contains the other, whatever the case of their letters (of the Latin, Greek and
+/// Cyrillic alphabets). Immutable.
+class PeopleByName {
+ public:
+  explicit PeopleByName(const std::vector<ABPerson>& people);
+  /// Ids, in the order of the people.
+  [[nodiscard]] std::vector<std::string> find(const std::string& first,
+                                              const std::string& last) const;
+
+ private:
+  struct Named {
+    std::string id;
+    std::u32string first;
+    std::u32string last;
+  };
+  std::vector<Named> people_;
+};
 
 /// Whether first and last names are the same, whatever the case of their letters.
 [[nodiscard]] bool hasSameName(const ABPerson& person, const ABPerson& other);

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/Log.h"
 #include "util/PathRules.h"
@@ -15,10 +16,22 @@ namespace {
 constexpr const char* UidMappings = "uid-mappings.plist";
 constexpr const char* Marks = "address-marks.plist";
 constexpr const char* CardExtension = ".vcf";
-constexpr std::string_view MatchedSuffix = " matched";
-constexpr std::string_view NewSuffix = " new";
 constexpr std::uint64_t LargestFile = 64U << 20U;  // bytes
 constexpr std::uint32_t FileMode = 0600;
+
+struct Flag {
+  std::string_view suffix;
+  bool AddressMemory::Mark::*member;
+};
+/// In the reverse order of their writing.
+constexpr Flag Flags[] = {{" deleted", &AddressMemory::Mark::isDeleted},
+                          {" new", &AddressMemory::Mark::isNew},
+                          {" matched", &AddressMemory::Mark::isMatched}};
+
+std::string textOf(const AddressMemory::Mark& mark) {
+  return fmt::format("{} {}{}{}{}", mark.record, mark.file, mark.isMatched ? " matched" : "",
+                     mark.isNew ? " new" : "", mark.isDeleted ? " deleted" : "");
+}
 
 std::string markKey(const std::string& poolName, const std::string& fileName) {
   return poolName + "/" + fileName;
@@ -39,19 +52,34 @@ void AddressMemory::load() {
   const auto path = fileSystem_.supportFolder();
   const auto folder = path ? fileSystem_.open(*path) : tl::unexpected(path.error());
   if (!folder) return;
-  read(**folder, UidMappings, uids_);
+  const bool isMappingKnown = read(**folder, UidMappings, uids_);
   read(**folder, Marks, marks_);
+  indexMapping();
+  if (isMappingKnown || marks_.strings.empty()) return;
+  log_.warning("It was forgotten which contacts the files of shared groups stand for ('{}').",
+               UidMappings);
+  for (auto& [key, text] : marks_.strings) {
+    auto mark = markUnlocked(key);
+    if (!mark) continue;
+    mark->isNew = true;
+    put(marks_, key, textOf(*mark));
+  }
 }
 
-void AddressMemory::read(Folder& folder, const char* name, File& file) {
+bool AddressMemory::read(Folder& folder, const char* name, File& file) {
   const auto bytes = folder.read(name, 0, LargestFile);
-  if (!bytes) return;
+  if (!bytes) return false;
   auto dictionary = dictionaryFromPropertyList(*bytes);
   if (dictionary) {
     file.strings = std::move(dictionary->strings);
   } else {
     log_.warning("{}", dictionary.error().message());
   }
+  return dictionary.has_value();
+}
+
+void AddressMemory::indexMapping() {
+  for (const auto& [fileName, recordId] : uids_.strings) filesByRecord_[recordId].insert(fileName);
 }
 
 std::string AddressMemory::uniqueIdForFilename(const std::string& fileName) const {
@@ -62,20 +90,36 @@ std::string AddressMemory::uniqueIdForFilename(const std::string& fileName) cons
   return dot == std::string::npos || dot == 0 ? fileName : fileName.substr(0, dot);
 }
 
+std::set<std::string> AddressMemory::filesUnlocked(const std::string& recordId,
+                                                   const std::string& poolName) const {
+  const auto found = filesByRecord_.find(recordId);
+  std::set<std::string> files;
+  if (found != filesByRecord_.end()) files = found->second;
+  const std::string ownName = recordId + CardExtension;
+  if (!uids_.strings.contains(ownName) && marks_.strings.contains(markKey(poolName, ownName))) {
+    files.insert(ownName);
+  }
+  return files;
+}
+
+std::set<std::string> AddressMemory::filesOf(const std::string& recordId,
+                                             const std::string& poolName) const {
+  const std::lock_guard guard(mutex_);
+  return filesUnlocked(recordId, poolName);
+}
+
 std::string AddressMemory::filenameForUniqueId(const std::string& recordId,
                                                const std::string& poolName) const {
   const std::lock_guard guard(mutex_);
-  const std::string ownName = recordId + CardExtension;
-  const auto isOfPool = [&](const std::string& fileName) {
-    return marks_.strings.contains(markKey(poolName, fileName));
-  };
-  std::string found;
-  for (auto entry = uids_.strings.rbegin(); entry != uids_.strings.rend(); ++entry) {
-    if (entry->second != recordId) continue;
-    if (isOfPool(entry->first)) return entry->first;
-    if (found.empty()) found = entry->first;
+  std::string matched;
+  std::string unmarked;
+  for (const std::string& fileName : filesUnlocked(recordId, poolName)) {
+    const auto mark = markUnlocked(markKey(poolName, fileName));
+    if (mark && !mark->isMatched) return fileName;
+    (mark ? matched : unmarked) = fileName;
   }
-  return found.empty() || isOfPool(ownName) ? ownName : found;
+  if (!matched.empty()) return matched;
+  return unmarked.empty() ? recordId + CardExtension : unmarked;
 }
 
 bool AddressMemory::isMapped(const std::string& fileName) const {
@@ -86,11 +130,16 @@ bool AddressMemory::isMapped(const std::string& fileName) const {
 void AddressMemory::setUniqueIdForFileName(const std::string& recordId,
                                            const std::string& fileName) {
   const std::lock_guard guard(mutex_);
+  const auto known = uids_.strings.find(fileName);
+  if (known != uids_.strings.end()) filesByRecord_[known->second].erase(fileName);
   put(uids_, fileName, recordId);
+  filesByRecord_[recordId].insert(fileName);
 }
 
 void AddressMemory::forgetFile(const std::string& poolName, const std::string& fileName) {
   const std::lock_guard guard(mutex_);
+  const auto known = uids_.strings.find(fileName);
+  if (known != uids_.strings.end()) filesByRecord_[known->second].erase(fileName);
   erase(uids_, fileName);
   erase(marks_, markKey(poolName, fileName));
 }
@@ -98,17 +147,18 @@ void AddressMemory::forgetFile(const std::string& poolName, const std::string& f
 std::optional<AddressMemory::Mark> AddressMemory::mark(const std::string& poolName,
                                                        const std::string& fileName) const {
   const std::lock_guard guard(mutex_);
-  const auto found = marks_.strings.find(markKey(poolName, fileName));
-  if (found == marks_.strings.end()) return std::nullopt;
+  return markUnlocked(markKey(poolName, fileName));
+}
+
+std::optional<AddressMemory::Mark> AddressMemory::markUnlocked(const std::string& key) const {
+  const auto found = marks_.strings.find(key);
+  if (found == marks_.strings.end() || key.find('/') == std::string::npos) return std::nullopt;
   Mark mark;
   std::string text = found->second;
-  const auto takeSuffix = [&text](std::string_view suffix) {
-    const bool has = text.ends_with(suffix);
-    if (has) text.resize(text.size() - suffix.size());
-    return has;
-  };
-  mark.isNew = takeSuffix(NewSuffix);
-  mark.isMatched = takeSuffix(MatchedSuffix);
+  for (const Flag& flag : Flags) {
+    mark.*flag.member = text.ends_with(flag.suffix);
+    if (mark.*flag.member) text.resize(text.size() - flag.suffix.size());
+  }
   const std::size_t blank = text.find(' ');
   if (blank == std::string::npos) return std::nullopt;
   mark.record = text.substr(0, blank);
@@ -119,9 +169,7 @@ std::optional<AddressMemory::Mark> AddressMemory::mark(const std::string& poolNa
 void AddressMemory::setMark(const std::string& poolName, const std::string& fileName,
                             const Mark& mark) {
   const std::lock_guard guard(mutex_);
-  put(marks_, markKey(poolName, fileName),
-      fmt::format("{} {}{}{}", mark.record, mark.file, mark.isMatched ? MatchedSuffix : "",
-                  mark.isNew ? NewSuffix : ""));
+  put(marks_, markKey(poolName, fileName), textOf(mark));
 }
 
 void AddressMemory::removeMark(const std::string& poolName, const std::string& fileName) {
@@ -154,21 +202,28 @@ void AddressMemory::put(File& file, const std::string& key, const std::string& v
 }
 
 void AddressMemory::save() {
-  const std::lock_guard guard(mutex_);
-  if (!uids_.isDirty && !marks_.isDirty) return;
+  const std::lock_guard order(writing_);
   const auto path = fileSystem_.supportFolder();
   const auto folder = path ? fileSystem_.open(*path) : tl::unexpected(path.error());
   if (!folder) return;
+  // A mark without the file that it is about would have that file read in once more, no worse.
   write(**folder, UidMappings, uids_);
   write(**folder, Marks, marks_);
 }
 
 /// What could not be written stays in memory, for the next time.
 void AddressMemory::write(Folder& folder, const char* name, File& file) {
-  if (!file.isDirty) return;
-  const auto written = folder.replace(name, propertyListFromDictionary(file.strings), FileMode);
-  file.isDirty = !written;
-  if (!written) log_.debug("{}", written.error().message());
+  std::map<std::string, std::string> strings;
+  {
+    const std::lock_guard guard(mutex_);
+    if (!std::exchange(file.isDirty, false)) return;
+    strings = file.strings;
+  }
+  const auto written = folder.replace(name, propertyListFromDictionary(strings), FileMode);
+  if (written) return;
+  log_.debug("{}", written.error().message());
+  const std::lock_guard guard(mutex_);
+  file.isDirty = true;
 }
 
 }  // namespace zolvar

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "platform/FileSystem.h"
@@ -13,9 +15,11 @@ class Log;
 
 /// What all address pools of this user remember from one run to the next: which record of the
 /// address book each card's file stands for, and how both looked when they were last the same.
-/// Kept in two property lists of the support folder; one that is missing or damaged is empty. One
-/// object, owned by the application, serves all pools. Any thread; changes are on disk after save.
-class AddressMemory {
+/// Kept in two property lists of the support folder; one that is missing or damaged is empty, and
+/// without the mapping all that was in step counts as new, so that no file is deleted for having no
+/// record. One object, owned by the application, serves all pools. Any thread; changes are on disk
+/// after save, which waits for the disk and holds nobody else up.
+class AddressMemory : public std::enable_shared_from_this<AddressMemory> {
  public:
   /// How a record and its file looked when they were last in step.
   struct Mark {
@@ -25,6 +29,8 @@ class AddressMemory {
     bool isMatched = false;
     /// Read in, but not known to be written in the book: lost, it is read in once more.
     bool isNew = false;
+    /// Others deleted the file while the book could not be read.
+    bool isDeleted = false;
     bool operator==(const Mark&) const = default;
   };
 
@@ -38,9 +44,12 @@ class AddressMemory {
   /// The mapped record, else the file name without its extension.
   [[nodiscard]] std::string uniqueIdForFilename(const std::string& fileName) const;
   /// The last file name that is mapped to the record, one of the pool's before others, else the
-  /// record id with the extension "vcf".
+  /// record id with the extension "vcf". Of several files that were in step, the first.
   [[nodiscard]] std::string filenameForUniqueId(const std::string& recordId,
                                                 const std::string& poolName) const;
+  /// All files that are mapped to the record, and the one of its own name if the pool knows it.
+  [[nodiscard]] std::set<std::string> filesOf(const std::string& recordId,
+                                              const std::string& poolName) const;
   [[nodiscard]] bool isMapped(const std::string& fileName) const;
   void setUniqueIdForFileName(const std::string& recordId, const std::string& fileName);
   void forgetFile(const std::string& poolName, const std::string& fileName);
@@ -61,16 +70,22 @@ class AddressMemory {
     std::map<std::string, std::string> strings;
     bool isDirty = false;
   };
-  void read(Folder& folder, const char* name, File& file);
+  bool read(Folder& folder, const char* name, File& file);
   void write(Folder& folder, const char* name, File& file);
   void erase(File& file, const std::string& key);
   void put(File& file, const std::string& key, const std::string& value);
+  [[nodiscard]] std::optional<Mark> markUnlocked(const std::string& key) const;
+  [[nodiscard]] std::set<std::string> filesUnlocked(const std::string& recordId,
+                                                    const std::string& poolName) const;
+  void indexMapping();
 
   FileSystem& fileSystem_;
   Log& log_;
+  std::mutex writing_;        ///< one save after the other
   mutable std::mutex mutex_;  ///< guards all below
   bool isLoaded_ = false;
-  File uids_;   ///< file name → record id
+  File uids_;                                                   ///< file name → record id
+  std::map<std::string, std::set<std::string>> filesByRecord_;  ///< the opposite
   File marks_;  ///< "POOL/FILE" → mark; "POOL" → the book's identity
 };
 

@@ -131,13 +131,15 @@ Result<std::optional<ABPerson>> CardBook::recordForUniqueId(const std::string& p
   return record ? std::optional(record->person) : std::nullopt;
 }
 
-Result<ABPerson> CardBook::personWithVCardData(const std::string& vCardData) {
-  const auto cards = cardsIn(vCardData);
-  if (cards.size() != 1) return fail(FailureKind::Damaged, "read the card");
-  if (!isOfUsualSize(cards.front())) {
-    return fail(FailureKind::Damaged, "read the card", {}, "it is larger than any person's");
-  }
-  return personOfCard(cards.front());
+AddressBook::CardReader CardBook::cardReader() const {
+  return [](const std::string& vCardData) -> Result<ABPerson> {
+    const auto cards = cardsIn(vCardData);
+    if (cards.size() != 1) return fail(FailureKind::Damaged, "read the card");
+    if (!isOfUsualSize(cards.front())) {
+      return fail(FailureKind::Damaged, "read the card", {}, "it is larger than any person's");
+    }
+    return personOfCard(cards.front());
+  };
 }
 
 Result<std::optional<ABPerson>> CardBook::me() {

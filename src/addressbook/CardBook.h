@@ -41,7 +41,7 @@ class CardBook : public AddressBook {
   [[nodiscard]] Result<std::vector<ABPerson>> people() override;
   [[nodiscard]] Result<std::optional<ABPerson>> recordForUniqueId(
       const std::string& personId) override;
-  [[nodiscard]] Result<ABPerson> personWithVCardData(const std::string& vCardData) override;
+  [[nodiscard]] CardReader cardReader() const override;
   Result<std::string> addPerson(const ABPerson& person) override;
   Result<> removePerson(const std::string& personId) override;
   Result<> setValues(const std::string& personId, const ABChanges& changes) override;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "addressbook/AddressBookSearch.h"
 #include "addressbook/PersonProperties.h"
@@ -12,32 +13,14 @@
 #include "platform/RunLoop.h"
 #include "pool/FileChange.h"
 #include "util/PathRules.h"
-#include "util/QMDigest.h"
 
 namespace zolvar {
 
 namespace {
 
-constexpr std::string_view CardExtension = ".vcf";
 constexpr std::uint64_t LargestCard = 4U << 20U;  // bytes
 constexpr double WritingTime = 5;                 // seconds
-constexpr std::size_t FewDeletions = 10;          // go ahead at once
-constexpr double HoldTime = 600;                  // seconds
-
-bool isCardName(std::string_view name) {
-  return name.ends_with(CardExtension) && !name.starts_with('.') &&
-         name.find('/') == std::string_view::npos;
-}
-
-std::string digestOf(const std::string& bytes) {
-  QMDigest digest(QMDigest::Algorithm::MD5);
-  digest.update(bytes);
-  std::string text;
-  for (const char byte : digest.finish()) {
-    text += fmt::format("{:02x}", static_cast<unsigned char>(byte));
-  }
-  return text;
-}
+constexpr std::size_t CardsATurn = 25;            // read in before others have their turn
 
 }  // namespace
 
@@ -95,7 +78,7 @@ Result<ABGroup> KDAddressPool::syncGroup() {
   groupsBook_ = book_.identity();
   memory_.load();
   memory_.useBook(name(), groupsBook_, !found->has_value());
-  memory_.save();
+  saveMemory();
   return *group_;
 }
 
@@ -118,153 +101,74 @@ void KDAddressPool::didActivate() {
   copyVCardsFromAddressBook();
 }
 
+/// What is in step already needs no look.
 void KDAddressPool::willDeactivate() {
-  exportGroup(readCards(platform().fileSystem, folderPath()));
+  toImport_.clear();  // read in with the next activation
+  if (!isExporting_ && !exportsAgain_ && !isBehind_) return;
+  const auto group = groupToCompare();
+  if (!group) return;
+  Outcome outcome{readCards(platform().fileSystem, book_.cardReader(), folderPath()), {}};
+  outcome.difference = compareGroup(*group, outcome.cards, memory_, platform().log);
+  exportGroup(std::move(outcome));
 }
 
-KDAddressPool::Contents KDAddressPool::readCards(FileSystem& fileSystem,
-                                                 const std::string& folderPath) {
-  Contents contents;
+MirroredCards KDAddressPool::readCards(FileSystem& fileSystem,
+                                       const AddressBook::CardReader& reader,
+                                       const std::string& folderPath) {
+  MirroredCards cards;
   const auto folder = fileSystem.open(folderPath);
   const auto files = folder ? (*folder)->list("") : tl::unexpected(folder.error());
-  if (!files) return contents;
+  if (!files) return cards;
   for (const auto& [name, attributes] : *files) {
     if (!isCardName(name) || attributes.kind != FileKind::Regular) continue;
-    if (auto content = (*folder)->read(name, 0, LargestCard)) contents[name] = std::move(*content);
+    MirroredCard& card = cards[name];
+    auto text = (*folder)->read(name, 0, LargestCard);
+    if (!text || attributes.size > LargestCard) {
+      card.isRead = false;
+      card.problem = text ? "it is too large" : text.error().message();
+      continue;
+    }
+    card.text = std::move(*text);
+    card.digest = cardDigest(card.text);
+    if (auto person = reader(card.text)) {
+      card.person = std::move(*person);
+    } else {
+      card.problem = person.error().reason.empty() ? "it is no card" : person.error().reason;
+    }
   }
-  return contents;
+  return cards;
 }
 
-void KDAddressPool::withCards(std::function<void(const Contents&)> job) {
+void KDAddressPool::withCards(std::function<void(const MirroredCards&)> job) {
   onFilesLane([weak = weak_from_this(), &fileSystem = platform().fileSystem,
-               &runLoop = platform().runLoop, path = folderPath(), job = std::move(job)] {
-    runLoop.post([weak, job, contents = readCards(fileSystem, path)] {
-      if (const auto pool = weak.lock()) job(contents);
+               reader = book_.cardReader(), &runLoop = platform().runLoop, path = folderPath(),
+               job = std::move(job)] {
+    const auto cards = std::make_shared<const MirroredCards>(readCards(fileSystem, reader, path));
+    runLoop.post([weak, job, cards] {
+      if (const auto pool = weak.lock()) job(*cards);
     });
   });
 }
 
-// From the book to the folder.
-
-void KDAddressPool::copyVCardsFromAddressBook() {
-  exportsAgain_ = isExporting_;
-  if (isExporting_ || !isActive()) return;
-  isExporting_ = true;
-  withCards([this](const Contents& contents) {
-    isExporting_ = isActive();
-    if (isExporting_) exportGroup(contents);
-  });
+/// Once for each card, and once more when it is another one.
+void KDAddressPool::noteProblems(const MirroredCards& cards) {
+  for (const auto& [fileName, card] : cards) {
+    if (card.problem.empty()) {
+      problems_.erase(fileName);
+      continue;
+    }
+    const auto [known, isNew] = problems_.try_emplace(fileName, card.digest);
+    if (!isNew && known->second == card.digest) continue;
+    known->second = card.digest;
+    platform().log.warning("'{}': nobody is read in from '{}': {}.", name(), fileName,
+                           card.problem);
+  }
 }
 
-/// One comparison of the group's members with the cards in the folder.
-class KDAddressPool::Export {
- public:
-  Export(KDAddressPool& pool, const Contents& contents)
-      : pool_(pool), contents_(contents), missing_(pool.snapshot()->missing) {}
+// From the book to the folder.
 
-  void compare(const std::vector<ABPerson>& members) {
-    for (const ABPerson& member : members) compareMember(member);
-    for (const auto& [fileName, card] : contents_) {
-      if (ids_.contains(pool_.memory_.uniqueIdForFilename(fileName))) continue;
-      if (fileNames_.contains(fileName) || isMissing(fileName)) continue;
-      const auto mark = pool_.mark(fileName);
-      if (mark && mark->isMatched) {
-        // Whoever leaves the group only had a like name: the card is not theirs to take along.
-        const auto own = pool_.book_.recordForUniqueId(pool_.memory_.uniqueIdForFilename(fileName));
-        if (own && !*own) toImport[fileName] = card;
-        continue;
-      }
-      if (mark && !mark->isNew) {
-        changes.push_back({fileName, card, std::nullopt});
-      } else {
-        toImport[fileName] = card;
-      }
-    }
-  }
-
-  std::vector<FileChange> changes;
-  std::map<std::string, AddressMemory::Mark> marks;  ///< once the changes are carried out
-  Contents toImport;
-
- private:
-  [[nodiscard]] bool isMissing(const std::string& fileName) const {
-    return std::binary_search(missing_->begin(), missing_->end(), fileName);
-  }
-
-  /// A file of other people's is not written over while it is only alike by a part of the name.
-  [[nodiscard]] std::string fileNameFor(const ABPerson& member) const {
-    std::string fileName = pool_.memory_.filenameForUniqueId(member.uniqueId, pool_.name());
-    const auto mark = pool_.mark(fileName);
-    const auto file = contents_.find(fileName);
-    if (mark && mark->isMatched && file != contents_.end()) {
-      const auto person = pool_.book_.personWithVCardData(file->second);
-      if (person && !hasSameName(*person, member)) {
-        fileName = member.uniqueId + std::string(CardExtension);
-      }
-    }
-    if (!isCardName(fileName) || !isSafeRelativePath(fileName) ||
-        pool_.memory_.uniqueIdForFilename(fileName) != member.uniqueId) {
-      fileName = digestOf(member.uniqueId) + std::string(CardExtension);
-      pool_.memory_.setUniqueIdForFileName(member.uniqueId, fileName);
-    }
-    return fileName;
-  }
-
-  void compareMember(const ABPerson& member) {
-    const std::string fileName = fileNameFor(member);
-    ids_.insert(member.uniqueId);
-    fileNames_.insert(fileName);
-    if (isMissing(fileName)) return;  // what is to come is read in, or met with our change, later
-    const std::string digest = digestOfProperties(member, pool_.checked_);
-    const bool isNew = !pool_.book_.isWritten(member.uniqueId);
-    const auto file = contents_.find(fileName);
-    std::optional<std::string> expected;
-    if (file != contents_.end()) {
-      const auto mark = pool_.mark(fileName);
-      const std::string fileDigest = digestOf(file->second);
-      const auto person = pool_.book_.personWithVCardData(file->second);
-      if (person && hasEqualProperties(member, *person, pool_.checked_)) {
-        pool_.memory_.setMark(pool_.name(), fileName, {digest, fileDigest, false, isNew});
-        return;
-      }
-      if (mark && mark->record == digest) {
-        if (mark->file != fileDigest) {
-          toImport[fileName] = file->second;
-        } else if (mark->isNew && !isNew) {
-          pool_.memory_.setMark(pool_.name(), fileName,
-                                {digest, fileDigest, mark->isMatched, false});
-        }
-        return;  // the book keeps it in its own way, or two people wait to be merged
-      }
-      expected = file->second;
-    }
-    pool_.platform().log.warning("Writing vcard file for {} as {}", fullnameOrOrganization(member),
-                                 fileName);
-    marks[fileName] = {digest, digestOf(member.vCardData), false, isNew};
-    changes.push_back({fileName, expected, member.vCardData});
-  }
-
-  KDAddressPool& pool_;
-  const Contents& contents_;
-  std::shared_ptr<const std::vector<std::string>> missing_;
-  std::set<std::string> ids_;
-  std::set<std::string> fileNames_;
-};
-
-void KDAddressPool::exportGroup(const Contents& contents) {
-  const auto finish = [weak = weak_from_this()] {
-    const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
-    if (!pool) return;
-    pool->isExporting_ = pool->isConfirming_ = false;
-    if (std::exchange(pool->exportsAgain_, false)) pool->copyVCardsFromAddressBook();
-  };
-  const auto allowed = std::exchange(allowedDeletions_, {});
+Result<ComparedGroup> KDAddressPool::groupToCompare() {
   const auto group = syncGroup();
-  if (!deletedUnread_.empty()) {
-    for (const std::string& fileName : std::exchange(deletedUnread_, {})) {
-      if (!contents.contains(fileName)) deleteRecord(fileName);
-    }
-  }
   auto members = group ? book_.members(group->uniqueId) : tl::unexpected(group.error());
   if (group && !members && members.error().kind == FailureKind::Absent) {
     // In many books a group is gone with its last member; while we run that is seen for what it is.
@@ -273,25 +177,78 @@ void KDAddressPool::exportGroup(const Contents& contents) {
       members = std::vector<ABPerson>();
     }
   }
-  if (!members) {
-    note(members.error());
-    return finish();
-  }
+  if (!members) return tl::unexpected(members.error());
   // What is only in memory must not be told as known.
-  if (const auto saved = book_.save(); !saved) {
-    note(saved.error());
-    return finish();
+  if (const auto saved = book_.save(); !saved) return tl::unexpected(saved.error());
+  ComparedGroup compared{name(), std::move(*members), {}, checked_, snapshot()->missing};
+  for (const ABPerson& member : compared.members) {
+    if (!book_.isWritten(member.uniqueId)) compared.unwritten.insert(member.uniqueId);
   }
-  Export exported(*this, contents);
-  exported.compare(*members);
-  holdMassDeletion(exported.changes, contents.size(), allowed);
-  memory_.save();
-  if (!exported.toImport.empty()) importCards(exported.toImport);
-  if (exported.changes.empty()) return finish();
-  changeFiles(exported.changes, [weak = weak_from_this(), changes = exported.changes,
-                                 marks = exported.marks, finish](const Result<bool>& changed) {
+  return compared;
+}
+
+void KDAddressPool::copyVCardsFromAddressBook() {
+  exportsAgain_ = isExporting_ || isImporting_;
+  if (exportsAgain_ || !isActive()) return;
+  isExporting_ = true;
+  auto group = groupToCompare();
+  if (!group) {
+    note(group.error());
+    isBehind_ = true;
+    return exportEnded();
+  }
+  onFilesLane([weak = weak_from_this(), memory = memory_.shared_from_this(),
+               reader = book_.cardReader(), &fileSystem = platform().fileSystem,
+               &log = platform().log, &runLoop = platform().runLoop, path = folderPath(),
+               group = std::make_shared<const ComparedGroup>(std::move(*group))] {
+    const auto outcome = std::make_shared<Outcome>();
+    outcome->cards = readCards(fileSystem, reader, path);
+    outcome->difference = compareGroup(*group, outcome->cards, *memory, log);
+    runLoop.post([weak, outcome] {
+      const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
+      if (!pool) return;
+      if (pool->isActive()) return pool->exportGroup(std::move(*outcome));
+      pool->isExporting_ = false;
+    });
+  });
+}
+
+void KDAddressPool::exportEnded() {
+  isExporting_ = isConfirming_ = false;
+  if (std::exchange(exportsAgain_, false)) copyVCardsFromAddressBook();
+}
+
+void KDAddressPool::exportGroup(Outcome outcome) {
+  GroupDifference& difference = outcome.difference;
+  noteProblems(outcome.cards);
+  isBehind_ = false;
+  for (const std::string& fileName : difference.deletions) {
+    deleteRecord(fileName, difference.deletions);
+  }
+  for (const auto& [fileName, recordId] : difference.mappings) {
+    memory_.setUniqueIdForFileName(recordId, fileName);
+  }
+  for (const auto& [fileName, settled] : difference.settled) {
+    if (mark(fileName) == settled.before) memory_.setMark(name(), fileName, settled.now);
+  }
+  for (const std::string& fileName : difference.orphans) {
+    const auto own = book_.recordForUniqueId(memory_.uniqueIdForFilename(fileName));
+    if (own && !*own) difference.toImport.insert(fileName);
+  }
+  holdMassDeletion(difference.changes, outcome.cards.size(), std::exchange(allowedDeletions_, {}));
+  if (!difference.deletions.empty()) saveBook();
+  saveMemory();
+  MirroredCards toImport;
+  for (const std::string& fileName : difference.toImport) {
+    toImport.insert(outcome.cards.extract(fileName));
+  }
+  if (!toImport.empty()) importCards(toImport, [] {});
+  if (difference.changes.empty()) return exportEnded();
+  changeFiles(difference.changes, [weak = weak_from_this(), changes = difference.changes,
+                                   marks = difference.marks](const Result<bool>& changed) {
     const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
     if (!pool) return;
+    pool->isBehind_ = pool->isBehind_ || !changed.value_or(false);
     if (!changed) {
       pool->note(changed.error());
     } else if (*changed) {  // else the next comparison finds what is in step
@@ -301,67 +258,80 @@ void KDAddressPool::exportGroup(const Contents& contents) {
       for (const FileChange& change : changes) {
         if (!change.content) pool->memory_.removeMark(pool->name(), change.path);
       }
-      pool->memory_.save();
+      pool->saveMemory();
     }
-    finish();
+    pool->exportEnded();
   });
-}
-
-/// Most of a group seldom goes on purpose: whatever took it away may bring it back.
-void KDAddressPool::holdMassDeletion(std::vector<FileChange>& changes, std::size_t cards,
-                                     const std::set<std::string>& allowed) {
-  std::set<std::string> deleted;
-  for (const FileChange& change : changes) {
-    if (!change.content && !allowed.contains(change.path)) deleted.insert(change.path);
-  }
-  if (heldDeletions_.empty()) {
-    if (deleted.size() <= FewDeletions || deleted.size() * 2 <= cards) return;
-    heldDeletions_ = deleted;
-    platform().log.warning(
-        "'{}': {} of {} contacts have left the group at once. They will be deleted on all "
-        "computers in ten minutes, unless they come back.",
-        name(), deleted.size(), cards);
-    platform().runLoop.after(HoldTime, [weak = weak_from_this()] {
-      const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
-      if (!pool) return;
-      auto held = std::exchange(pool->heldDeletions_, {});
-      if (!pool->isActive()) return;
-      pool->allowedDeletions_ = std::move(held);
-      pool->copyVCardsFromAddressBook();
-    });
-  }
-  std::erase_if(changes,
-                [&deleted](const FileChange& change) { return deleted.contains(change.path); });
 }
 
 // From the folder to the book.
 
 void KDAddressPool::noteTaskDidEnd(const std::set<std::string>& loadedFiles,
                                    const std::function<void()>& tell) {
-  if (!isActive()) return tell();
-  withCards([this, loadedFiles, tell](const Contents& contents) {
-    Contents loaded;
-    for (const std::string& file : loadedFiles) {
-      const auto found = contents.find(file);
-      if (found != contents.end()) loaded.insert(*found);
-    }
-    if (!loaded.empty() && isActive()) importCards(loaded);
+  if (!isActive() || (loadedFiles.empty() && !isBehind_)) return tell();
+  if (loadedFiles.empty()) {
     tell();
-    copyVCardsFromAddressBook();
+    return copyVCardsFromAddressBook();
+  }
+  withCards([this, loadedFiles, tell](const MirroredCards& cards) {
+    noteProblems(cards);
+    MirroredCards loaded;
+    for (const std::string& file : loadedFiles) {
+      const auto found = cards.find(file);
+      if (found != cards.end()) loaded.insert(*found);
+    }
+    if (!isActive()) return tell();
+    importCards(loaded, [this, tell] {
+      tell();
+      copyVCardsFromAddressBook();
+    });
   });
 }
 
-void KDAddressPool::importCards(const Contents& cards) {
+void KDAddressPool::importCards(const MirroredCards& cards, std::function<void()> done) {
+  for (const auto& [fileName, card] : cards) toImport_.insert_or_assign(fileName, card);
+  afterImport_.push_back(std::move(done));
+  confirmsImport_ = confirmsImport_ || (!isConfirming_ && !cards.empty());
+  if (std::exchange(isImporting_, true)) return;
   memory_.load();
-  const auto group = syncGroup();
-  if (!group) return note(group.error());
-  for (const auto& [fileName, card] : cards) updateABFromVCard(*group, fileName, card);
+  importSome();
+}
+
+void KDAddressPool::importSome() {
+  const auto group = toImport_.empty() ? tl::unexpected(Failure()) : syncGroup();
+  if (!group) {
+    if (!toImport_.empty()) note(group.error());
+    toImport_.clear();
+    return importEnded();
+  }
+  for (std::size_t count = 0; count < CardsATurn && !toImport_.empty(); ++count) {
+    const auto next = toImport_.extract(toImport_.begin());
+    updateABFromVCard(*group, next.key(), next.mapped());
+  }
   saveBook();
+  if (toImport_.empty()) return importEnded();
+  platform().runLoop.post([weak = weak_from_this()] {
+    const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
+    if (pool) pool->importSome();
+  });
+}
+
+void KDAddressPool::importEnded() {
+  isImporting_ = false;
+  names_.reset();
   std::set<std::string> toMerge;
-  for (const auto& [recordId, fileName] : mergePaths_) toMerge.insert(fileName);
+  for (const auto& [recordId, fileName] : mergePaths_) {
+    const auto person = mergePeople_.find(fileName);
+    if (person == mergePeople_.end() || !isMerged(recordId, person->second)) {
+      toMerge.insert(fileName);
+    }
+  }
   mergeFilesWithAddressBook(toMerge);
   mergePaths_.clear();
-  if (isConfirming_) return;
+  mergePeople_.clear();
+  for (const auto& done : std::exchange(afterImport_, {})) done();
+  if (exportsAgain_ && !isExporting_) copyVCardsFromAddressBook();
+  if (!std::exchange(confirmsImport_, false)) return;
   // Then the book has written what it will.
   platform().runLoop.after(WritingTime, [weak = weak_from_this()] {
     const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
@@ -371,36 +341,45 @@ void KDAddressPool::importCards(const Contents& cards) {
   });
 }
 
+bool KDAddressPool::isMerged(const std::string& recordId, const ABPerson& person) {
+  const auto record = book_.recordForUniqueId(recordId);
+  return record && *record && hasSameName(**record, person) && hasAllOf(**record, person, checked_);
+}
+
 void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& fileName,
-                                      const std::string& card) {
-  const auto person = book_.personWithVCardData(card);
-  if (!person) return;
+                                      const MirroredCard& card) {
+  if (!card.person) return;
+  const ABPerson& person = *card.person;
   std::string id = memory_.uniqueIdForFilename(fileName);
   auto record = book_.recordForUniqueId(id);
   if (!record) return note(record.error());
   const auto known = mark(fileName);
-  if (*record && !known && !memory_.isMapped(fileName) && !hasSameName(**record, *person)) {
-    record->reset();  // the file is called by another book's id, which means nothing here
+  if (*record && !known && (!hasSameName(**record, person) || !marksInStep(id).empty())) {
+    record->reset();  // the id means nothing here: it is another book's, or goes by another file
   }
   bool isMatched = false;
   bool isNew = known && known->isNew;
   Result<> changed;
   if (*record) {
-    if (known && known->isMatched) {
-      // Two people as long as nobody has made them one.
-      isMatched = true;
-      mergePaths_[id] = fileName;
-    } else {
+    // Two people as long as nobody has made them one, and of unknown history while either would
+    // lose something.
+    isMatched =
+        known ? known->isMatched
+              : !hasAllOf(person, **record, checked_) && !hasAllOf(**record, person, checked_);
+    if (!isMatched) {
       if (known && isChanged(**record, *known)) return;  // written out instead, as a later version
-      const ABChanges changes = copyPropertiesFromPerson(**record, *person, checked_);
+      if (!known && !hasAllOf(person, **record, checked_)) {  // poorer: written over instead
+        if (auto added = book_.addMember(group.uniqueId, id); !added) note(added.error());
+        return;
+      }
+      const ABChanges changes = copyPropertiesFromPerson(**record, person, checked_);
       if (!changes.empty()) changed = book_.setValues(id, changes);
     }
   } else {
-    if (const auto match = personOfSameName(*person)) {
+    if (const auto match = idOfSameName(person)) {
       isMatched = true;
-      id = match->uniqueId;
-      mergePaths_[id] = fileName;
-    } else if (auto added = book_.addPerson(*person)) {
+      id = *match;
+    } else if (auto added = book_.addPerson(person)) {
       id = *added;
       isNew = true;
     } else {
@@ -408,12 +387,16 @@ void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& f
     }
     memory_.setUniqueIdForFileName(id, fileName);
   }
+  if (isMatched) {
+    mergePaths_[id] = fileName;
+    mergePeople_[fileName] = person;
+  }
   if (changed) changed = book_.addMember(group.uniqueId, id);
   if (!changed) return note(changed.error());
   // As the book took it over, which may differ from what it was given.
   if (const auto taken = book_.recordForUniqueId(id); taken && *taken) {
-    pendingMarks_[fileName] = {digestOfProperties(**taken, checked_), digestOf(card), isMatched,
-                               isNew};
+    pendingMarks_[fileName] = {digestOfProperties(**taken, checked_), card.digest, isMatched, isNew,
+                               false};
   }
 }
 
@@ -426,37 +409,11 @@ void KDAddressPool::saveBook() {
     for (const auto& [fileName, mark] : pendingMarks_) memory_.setMark(name(), fileName, mark);
   }
   pendingMarks_.clear();
-  memory_.save();
+  saveMemory();
 }
 
-void KDAddressPool::didDeleteFiles(const std::set<std::string>& paths) {
-  memory_.load();
-  for (const std::string& path : paths) deleteRecord(std::string(lastPathComponent(path)));
-  saveBook();
-}
-
-void KDAddressPool::deleteRecord(const std::string& fileName) {
-  const std::string id = memory_.uniqueIdForFilename(fileName);
-  const auto record = book_.recordForUniqueId(id);
-  if (!record) {
-    deletedUnread_.insert(fileName);
-    return note(record.error());
-  }
-  const auto known = mark(fileName);
-  if (*record && known && known->isMatched) {
-    return memory_.forgetFile(name(), fileName);  // our own person, who only had a like name
-  }
-  memory_.removeMark(name(), fileName);
-  // What was never in step is not ours to delete; what changed since is written out anew.
-  if (!*record || !known || isChanged(**record, *known)) return;
-  const auto group = syncGroup();
-  if (!group) return note(group.error());
-  if (const auto removed = book_.removeMember(group->uniqueId, id); !removed) {
-    return note(removed.error());
-  }
-  const auto others = book_.parentGroups(id);
-  if (!others || !others->empty()) return;
-  if (const auto removed = book_.removePerson(id); !removed) note(removed.error());
+void KDAddressPool::saveMemory() {
+  onFilesLane([memory = memory_.shared_from_this()] { memory->save(); });
 }
 
 }  // namespace zolvar

@@ -8,7 +8,9 @@
 #include <vector>
 
 #include "addressbook/AddressBook.h"
+#include "addressbook/AddressBookSearch.h"
 #include "addressbook/AddressMemory.h"
+#include "addressbook/GroupComparison.h"
 #include "pool/KDFilePool.h"
 
 namespace zolvar {
@@ -20,10 +22,12 @@ namespace zolvar {
 ///
 /// What was read in is written out again only when the record changed since, and the other way
 /// round: AddressMemory holds how record and file looked when they were last in step. A file that
-/// was never in step is read in, never deleted for having no member.
+/// was never in step is read in, never deleted for having no member. A card of somebody of the same
+/// name takes the place of nobody's until a person has merged the two (GroupComparison.h).
 ///
-/// Main thread; files are read and written on the pool's lane. Book and memory outlive it. A book
-/// that cannot be read, or a card that is none, leaves everything as it is.
+/// Main thread; files are read, compared and written on the pool's lane, and many cards are read in
+/// a few at a time. Book and memory outlive it. A book that cannot be read, or a card that is none,
+/// leaves everything as it is.
 class KDAddressPool final : public KDFilePool {
  public:
   static constexpr std::string_view Extension = ".zolvaraddresses";
@@ -46,8 +50,10 @@ class KDAddressPool final : public KDFilePool {
   [[nodiscard]] const std::map<std::string, std::string>& mergePaths() const { return mergePaths_; }
 
  private:
-  using Contents = std::map<std::string, std::string>;  ///< file name → card
-  class Export;
+  struct Outcome {
+    MirroredCards cards;
+    GroupDifference difference;
+  };
 
   KDAddressPool(const std::string& path, const Options& options, Platform& platform,
                 NotificationCenter& center, KDFilePoolDelegate* delegate, AddressBook& book,
@@ -61,21 +67,31 @@ class KDAddressPool final : public KDFilePool {
   [[nodiscard]] bool shouldDeleteFiles() const override { return true; }
   [[nodiscard]] bool isPolled() const override { return false; }
 
-  static Contents readCards(FileSystem& fileSystem, const std::string& folderPath);
-  void withCards(std::function<void(const Contents&)> job);
-  void exportGroup(const Contents& contents);
+  static MirroredCards readCards(FileSystem& fileSystem, const AddressBook::CardReader& reader,
+                                 const std::string& folderPath);
+  void withCards(std::function<void(const MirroredCards&)> job);
+  [[nodiscard]] Result<ComparedGroup> groupToCompare();
+  void exportEnded();
+  void exportGroup(Outcome outcome);
   void holdMassDeletion(std::vector<FileChange>& changes, std::size_t cards,
                         const std::set<std::string>& allowed);
-  void importCards(const Contents& cards);
+  void importCards(const MirroredCards& cards, std::function<void()> done);
+  void importSome();
+  void importEnded();
   void updateABFromVCard(const ABGroup& group, const std::string& fileName,
-                         const std::string& card);
-  [[nodiscard]] std::optional<ABPerson> personOfSameName(const ABPerson& person);
+                         const MirroredCard& card);
+  [[nodiscard]] bool isMerged(const std::string& recordId, const ABPerson& person);
+  void noteProblems(const MirroredCards& cards);
+  [[nodiscard]] std::optional<std::string> idOfSameName(const ABPerson& person);
   void mergeFilesWithAddressBook(const std::set<std::string>& fileNames);
   void addressBookChanged(const AddressBookDidChange& change);
   void deleteMerged(const std::string& fileName);
-  void deleteRecord(const std::string& fileName);
+  void deleteRecord(const std::string& fileName, const std::set<std::string>& deleted);
   [[nodiscard]] std::optional<AddressMemory::Mark> mark(const std::string& fileName) const;
+  [[nodiscard]] std::map<std::string, AddressMemory::Mark> marksInStep(
+      const std::string& recordId) const;
   void saveBook();
+  void saveMemory();
   void note(const Failure& failure);
   [[nodiscard]] bool isChanged(const ABPerson& record, const AddressMemory::Mark& mark) const;
 
@@ -85,13 +101,20 @@ class KDAddressPool final : public KDFilePool {
   std::optional<ABGroup> group_;
   std::string groupsBook_;  ///< the identity of the book that has it
   std::map<std::string, std::string> mergePaths_;
+  MirroredCards toImport_;  ///< not read in yet
+  std::vector<std::function<void()>> afterImport_;
+  std::map<std::string, ABPerson> mergePeople_;  ///< whom the files of mergePaths_ tell of
+  std::optional<PeopleByName> names_;            ///< for the import that goes on
   /// What an import has brought in step, until the book is saved.
   std::map<std::string, AddressMemory::Mark> pendingMarks_;
-  std::set<std::string> deletedUnread_;     ///< by peers, while the book could not be read
-  std::set<std::string> heldDeletions_;     ///< wait whether their people come back
+  std::map<std::string, std::string> problems_;  ///< told: file name → digest of the card
+  std::set<std::string> heldDeletions_;          ///< wait whether their people come back
   std::set<std::string> allowedDeletions_;  ///< have waited long enough, for the next comparison
   bool isExporting_ = false;
   bool exportsAgain_ = false;
+  bool isBehind_ = false;  ///< the last export could not do all
+  bool isImporting_ = false;
+  bool confirmsImport_ = false;
   bool isConfirming_ = false;  ///< sees whether what was read in is written
   NotificationCenter::Observation observation_;
 };

@@ -14,17 +14,24 @@
 
 namespace zolvar {
 
-std::optional<ABPerson> KDAddressPool::personOfSameName(const ABPerson& person) {
+std::optional<std::string> KDAddressPool::idOfSameName(const ABPerson& person) {
   // A part of any name is nobody's name.
   if (firstname(person).empty() && lastname(person).empty()) return std::nullopt;
-  auto found = peopleWithFirstNameLastName(book_, firstname(person), lastname(person));
-  if (!found) return std::nullopt;
+  if (!names_) {
+    const auto people = book_.people();
+    if (!people) return std::nullopt;
+    names_.emplace(*people);
+  }
+  auto found = names_->find(firstname(person), lastname(person));
   // Whoever came by another card of this folder is another person there.
-  std::erase_if(*found, [this](const ABPerson& candidate) {
-    const std::string file = memory_.filenameForUniqueId(candidate.uniqueId, name());
-    return memory_.isMapped(file) && (mark(file) || pendingMarks_.contains(file));
+  std::erase_if(found, [this](const std::string& id) {
+    const auto files = memory_.filesOf(id, name());
+    const auto record = book_.recordForUniqueId(id);
+    return !record || !*record || std::any_of(files.begin(), files.end(), [&](const auto& file) {
+      return memory_.isMapped(file) && (mark(file) || pendingMarks_.contains(file));
+    });
   });
-  return found->empty() ? std::nullopt : std::optional(found->back());
+  return found.empty() ? std::nullopt : std::optional(found.back());
 }
 
 void KDAddressPool::mergeFilesWithAddressBook(const std::set<std::string>& fileNames) {
@@ -45,7 +52,7 @@ void KDAddressPool::addressBookChanged(const AddressBookDidChange& change) {
     if (base < id) {
       deleteMerged(joinPath(id, "vcf"));
       memory_.setUniqueIdForFileName(id, fileName);
-      memory_.save();
+      saveMemory();
     } else {
       deleteMerged(fileName);
     }
@@ -58,10 +65,10 @@ void KDAddressPool::addressBookChanged(const AddressBookDidChange& change) {
 
 /// The file of a pair that a person has made one.
 void KDAddressPool::deleteMerged(const std::string& fileName) {
-  withCards([this, fileName](const Contents& contents) {
-    const auto found = contents.find(fileName);
-    if (found == contents.end()) return;
-    changeFiles({{fileName, found->second, std::nullopt}}, [](const Result<bool>&) {});
+  withCards([this, fileName](const MirroredCards& cards) {
+    const auto found = cards.find(fileName);
+    if (found == cards.end() || !found->second.isRead) return;
+    changeFiles({{fileName, found->second.text, std::nullopt}}, [](const Result<bool>&) {});
   });
 }
 

@@ -74,6 +74,25 @@ bool hasEqualProperties(const ABPerson& person, const ABPerson& other,
   return copyPropertiesFromPerson(person, other, checked).empty();
 }
 
+bool hasAllOf(const ABPerson& person, const ABPerson& other,
+              const std::vector<std::string>& checked) {
+  return std::all_of(checked.begin(), checked.end(), [&](const std::string& property) {
+    const ABValue* theirs = other.value(property);
+    if (!theirs || property == ABProperty::FirstName || property == ABProperty::LastName) {
+      return true;
+    }
+    const ABValue* mine = person.value(property);
+    if (!mine) return false;
+    const auto* entries = std::get_if<ABMultiValue>(theirs);
+    const auto* own = std::get_if<ABMultiValue>(mine);
+    if (!entries || !own) return hasEqualABValue(*mine, *theirs);
+    return std::all_of(entries->begin(), entries->end(), [&](const ABMultiValueEntry& entry) {
+      return std::any_of(own->begin(), own->end(),
+                         [&](const auto& each) { return each.value == entry.value; });
+    });
+  });
+}
+
 ABChanges copyPropertiesFromPerson(const ABPerson& person, const ABPerson& other,
                                    const std::vector<std::string>& checked) {
   ABChanges changes;

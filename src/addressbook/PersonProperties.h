@@ -19,6 +19,10 @@ std::vector<std::string> checkedProperties(const AddressBook& book);
 /// Whether all the properties are equal; one that both lack is.
 [[nodiscard]] bool hasEqualProperties(const ABPerson& person, const ABPerson& other,
                                       const std::vector<std::string>& checked);
+/// Whether nothing of the other one but the first and the last name would be missing: the same
+/// single values, and all entries of the multi-values, whatever their labels.
+[[nodiscard]] bool hasAllOf(const ABPerson& person, const ABPerson& other,
+                            const std::vector<std::string>& checked);
 /// What to change in `person` so that the properties are those of `other`.
 [[nodiscard]] ABChanges copyPropertiesFromPerson(const ABPerson& person, const ABPerson& other,
                                                  const std::vector<std::string>& checked);

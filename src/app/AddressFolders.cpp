@@ -16,7 +16,8 @@ namespace zolvar {
 AddressFolders::AddressFolders(Application& application, const AddressBookMaker& maker)
     : application_(application),
       book_(maker(application.platform(), application.center())),
-      memory_(application.platform().fileSystem, application.platform().log),
+      memory_(std::make_shared<AddressMemory>(application.platform().fileSystem,
+                                              application.platform().log)),
       observation_(application.center().observe<KDAddressMergeNeeded>(
           [this](const KDAddressMergeNeeded& needed) { mergeNeeded(needed); })) {
   (void)book_->groups();  // begins to read it
@@ -27,7 +28,7 @@ AddressFolders::~AddressFolders() = default;
 KDPeer::PoolClass AddressFolders::poolClass(KDFilePoolDelegate* delegate) {
   return [this, delegate](const std::string& path, const KDFilePool::Options& options) {
     return KDAddressPool::make(path, options, application_.platform(), application_.center(),
-                               delegate, *book_, memory_);
+                               delegate, *book_, *memory_);
   };
 }
 

@@ -40,7 +40,7 @@ class AddressFolders {
 
   Application& application_;
   std::unique_ptr<AddressBook> book_;
-  AddressMemory memory_;
+  const std::shared_ptr<AddressMemory> memory_;
   NotificationCenter::Observation observation_;
 };
 

@@ -221,6 +221,117 @@ TEST_F(KDAddressPoolTest, writesAMergedPersonUnderTheNameThatEveryoneKnows) {
   EXPECT_TRUE(untilMembers(bob, {"Ann Lee (Lab)"}));
 }
 
+TEST_F(KDAddressPoolTest, keepsTheRicherOfTwoCardsOfOneNameUntilTheyAreMerged) {
+  const std::string here = bob.add("Ann", "Lee", "");
+  const std::string lee = ann.add("Ann", "Lee");
+  ann.set(lee, ABProperty::Organization, "Acme");
+  pair();
+  ASSERT_TRUE(untilMembers(bob, {"Ann Lee"})) << bob.host.platform.log.text();
+  const auto card = ann.file(lee + ".vcf");
+  bob.set(here, ABProperty::Suffix, "Jr");
+  ASSERT_TRUE(until([&] { return ann.file(here + ".vcf").has_value(); }));
+  world.loop.advance(60);
+  EXPECT_EQ(bob.file(lee + ".vcf"), card) << "poorer by a company";
+  EXPECT_EQ(ann.members(), std::vector<std::string>{"Ann Lee (Acme)"});
+
+  bob.set(here, ABProperty::Organization, "Acme");
+  ASSERT_TRUE(untilMembers(ann, {"Ann Lee, Jr (Acme)"})) << ann.host.platform.log.text();
+  world.loop.advance(60);
+  ann.set(lee, ABProperty::Organization, "Lab");
+  ASSERT_TRUE(untilMembers(bob, {"Ann Lee, Jr (Lab)"})) << bob.host.platform.log.text();
+  bob.set(here, ABProperty::Suffix, "Sr");
+  ASSERT_TRUE(untilMembers(ann, {"Ann Lee, Sr (Lab)"})) << ann.host.platform.log.text();
+  world.loop.advance(120);
+  EXPECT_EQ(bob.members(), ann.members());
+  EXPECT_TRUE(bob.host.pool(Pool).snapshot()->conflicts->empty());
+  ann.removeFromGroup(lee);
+  EXPECT_TRUE(untilMembers(bob, {})) << bob.host.platform.log.text();
+}
+
+TEST_F(KDAddressPoolTest, takesTwinsInBothGroupsForOne) {
+  const std::string here = bob.add("Ann", "Lee");
+  const std::string lee = ann.add("Ann", "Lee");
+  pair();
+  world.loop.advance(120);
+  for (const char* text : {"a", "b"}) {
+    bob.set(here, ABProperty::Organization, text);
+    ASSERT_TRUE(until([&] { return organization(ann.content.people.at(lee)) == text; }));
+    ann.set(lee, ABProperty::Suffix, text);
+    ASSERT_TRUE(until([&] { return honorpostfix(bob.content.people.at(here)) == text; }));
+    world.loop.advance(60);
+  }
+  EXPECT_EQ(ann.content.people.size() + bob.content.people.size(), 2U);
+  const auto before = ann.logLines();
+  world.loop.advance(300);
+  EXPECT_EQ(ann.logLines(), before);
+}
+
+TEST_F(KDAddressPoolTest, replacesNothingByACardOfTheSameIdAndName) {
+  ann.content.prefix = bob.content.prefix = "";  // two copies of one card, each with more than once
+  const std::string lee = ann.add("Ann", "Lee");
+  ASSERT_EQ(bob.add("Ann", "Lee", ""), lee);
+  ann.set(lee, ABProperty::Organization, "Acme");
+  bob.set(lee, ABProperty::Suffix, "Jr");
+  pair();
+  ASSERT_TRUE(untilMembers(bob, {"Ann Lee, Jr"})) << bob.host.platform.log.text();
+  world.loop.advance(60);
+  EXPECT_EQ(ann.members(), std::vector<std::string>{"Ann Lee (Acme)"});
+  bob.set(lee, ABProperty::Organization, "Acme");
+  EXPECT_TRUE(untilMembers(ann, {"Ann Lee, Jr (Acme)"})) << ann.host.platform.log.text();
+}
+
+TEST_F(KDAddressPoolTest, findsFilesAgainWithoutTheMappingOrUnderOtherIds) {
+  ann.add("Lee", "Young");
+  ann.set(ann.add("Max", "Old"), ABProperty::Suffix, "Jr");
+  bob.content.losesSuffixes = true;
+  pair();
+  ASSERT_TRUE(untilMembers(bob, {"Lee Young", "Max Old"})) << bob.host.platform.log.text();
+  world.loop.advance(60);
+  const auto before = std::make_pair(ann.logLines(), bob.logLines());
+  const auto restart = [&](const std::function<void()>& meanwhile) {
+    bob.host.stop();
+    meanwhile();
+    bob.host.platform.clock.restart();
+    bob.host.start();
+    world.loop.advance(120);
+    EXPECT_EQ(std::make_pair(ann.logLines(), bob.logLines()), before);
+    EXPECT_EQ(bob.host.platform.workspace.count("Merge Contacts"), 0U);
+    EXPECT_EQ(bob.members(), (std::vector<std::string>{"Lee Young", "Max Old"}));
+  };
+  restart([&] {
+    const auto path = AddressMemory::uidMappingsPath(bob.host.platform.files);
+    ASSERT_TRUE(bob.host.platform.files.readAll(*path));
+    bob.host.platform.files.remove(*path);
+  });
+  restart([&] {  // a server gave ids of its own
+    AddressBookContent& content = bob.content;
+    for (auto& [id, person] : std::exchange(content.people, {})) {
+      person.uniqueId = "server-" + id;
+      content.people["server-" + id] = person;
+      content.groups["Friends"].erase(id);
+      content.groups["Friends"].insert("server-" + id);
+    }
+  });
+  bob.set(bob.idOf("Lee Young"), ABProperty::Organization, "Acme");
+  EXPECT_TRUE(untilMembers(ann, {"Lee Young (Acme)", "Max Old, Jr"}));
+}
+
+TEST_F(KDAddressPoolTest, tellsOnceOfACardThatNobodyCanRead) {
+  ann.add("Lee", "Young");
+  pair();
+  ASSERT_TRUE(untilMembers(bob, {"Lee Young"}));
+  ann.host.platform.files.write(ann.folder() + "/odd.vcf", "no card");
+  ann.add("Max", "Old");
+  ann.book->tell();
+  ASSERT_TRUE(untilMembers(bob, {"Lee Young", "Max Old"}));
+  ann.add("Eve", "New");
+  ann.book->tell();
+  ASSERT_TRUE(untilMembers(bob, {"Eve New", "Lee Young", "Max Old"}));
+  EXPECT_EQ(ann.host.platform.log.count("nobody is read in from 'odd.vcf': it is no card."), 1U)
+      << ann.host.platform.log.text();
+  EXPECT_TRUE(ann.file("odd.vcf"));
+}
+
 TEST_F(KDAddressPoolTest, tellsPeopleOfTheSameNameApart) {
   ann.add("John", "Smith");
   ann.set(ann.add("John", "Smith"), ABProperty::Organization, "Acme");
@@ -272,6 +383,8 @@ TEST_F(KDAddressPoolTest, deletesLaterWhatWentWhileTheBookCouldNotBeRead) {
   bob.content.isUnreachable = true;
   ann.removeFromGroup(lee);
   ASSERT_TRUE(until([&] { return !bob.file(lee + ".vcf"); }));
+  world.loop.advance(60);
+  bob.host.restart();
   world.loop.advance(60);
   bob.content.isUnreachable = false;
   bob.book->tell();

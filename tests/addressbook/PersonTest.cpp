@@ -88,8 +88,9 @@ TEST_F(PersonTest, findsPeopleByPartsOfTheirNames) {
   content.people["A1"] = MemoryAddressBook::person("Anne", "Leeds");
   content.people["A2"] = MemoryAddressBook::person("Ann", "Smith");
   content.people["A3"] = MemoryAddressBook::person("Änne", "ÖZTÜRK");
-  const auto count = [this](const char* first, const char* last) {
-    return peopleWithFirstNameLastName(book, first, last)->size();
+  const PeopleByName people(*book.people());
+  const auto count = [&](const char* first, const char* last) {
+    return people.find(first, last).size();
   };
   EXPECT_EQ(count("ANN", "lee"), 1U);
   EXPECT_EQ(count("ann", ""), 2U);

@@ -82,18 +82,20 @@ Result<std::optional<ABPerson>> MemoryAddressBook::recordForUniqueId(const std::
   return found == content_.people.end() ? std::nullopt : std::optional(found->second);
 }
 
-Result<ABPerson> MemoryAddressBook::personWithVCardData(const std::string& vCardData) {
-  if (!vCardData.starts_with("BEGIN:VCARD\n")) return fail(FailureKind::Damaged, "read a card");
-  ABPerson person;
-  person.vCardData = vCardData;
-  std::istringstream lines(vCardData);
-  for (std::string line; std::getline(lines, line);) {
-    const std::size_t colon = line.find(':');
-    const std::string property = line.substr(0, colon);
-    if (property == "BEGIN" || property == "END" || property == "Book") continue;
-    person.values[property] = line.substr(colon + 1);
-  }
-  return person;
+AddressBook::CardReader MemoryAddressBook::cardReader() const {
+  return [](const std::string& vCardData) -> Result<ABPerson> {
+    if (!vCardData.starts_with("BEGIN:VCARD\n")) return fail(FailureKind::Damaged, "read a card");
+    ABPerson person;
+    person.vCardData = vCardData;
+    std::istringstream lines(vCardData);
+    for (std::string line; std::getline(lines, line);) {
+      const std::size_t colon = line.find(':');
+      const std::string property = line.substr(0, colon);
+      if (property == "BEGIN" || property == "END" || property == "Book") continue;
+      person.values[property] = line.substr(colon + 1);
+    }
+    return person;
+  };
 }
 
 void MemoryAddressBook::put(ABPerson person) {
