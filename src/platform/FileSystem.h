@@ -97,8 +97,8 @@ class Folder {
   /// Moves the item to the desktop's Trash; where that refuses, to the support folder's own
   /// "Trash/", keeping the relative path and a date. Never removes anything outright.
   virtual Result<> trash(std::string_view path) = 0;
-  /// Colour label 0 (none) … 7 as extended attribute "user.zolvar.label"; quietly nothing where
-  /// attributes are not supported.
+  /// Colour label 0 (none) … 7 as extended attribute "user.zolvar.label", any but 0 also as an
+  /// emblem in file managers; quietly nothing where these are not supported.
   virtual Result<> setLabel(std::string_view path, int number) = 0;
 };
 

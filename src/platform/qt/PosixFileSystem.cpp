@@ -51,7 +51,7 @@ Result<std::unique_ptr<Folder>> PosixFileSystem::open(const std::string& absolut
   struct stat status;
   if (!root || fstat(root.get(), &status) != 0) return failed(Attempt, absolutePath);
   return std::make_unique<PosixFolder>(std::move(root), FileIdentity{status.st_dev, status.st_ino},
-                                       trash_);
+                                       trash_, emblems_);
 }
 
 Result<> PosixFileSystem::makeFolder(const std::string& absolutePath) {

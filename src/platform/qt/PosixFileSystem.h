@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/FileSystem.h"
+#include "platform/qt/FileEmblems.h"
 #include "platform/qt/PosixTrash.h"
 
 namespace zolvar {
@@ -32,6 +33,7 @@ class PosixFileSystem : public FileSystem {
  private:
   RunLoop& runLoop_;
   const PosixTrash trash_;
+  const FileEmblems emblems_;
 };
 
 }  // namespace zolvar

@@ -13,6 +13,7 @@
 #include <limits>
 
 #include "platform/qt/BeneathPath.h"
+#include "platform/qt/FileEmblems.h"
 #include "platform/qt/FolderWalk.h"
 #include "platform/qt/PosixTrash.h"
 #include "platform/qt/PosixTree.h"
@@ -35,8 +36,9 @@ bool isLinkUnsupported(int error) {
 
 }  // namespace
 
-PosixFolder::PosixFolder(Descriptor root, FileIdentity identity, const PosixTrash& trash)
-    : root_(std::move(root)), identity_(identity), trash_(trash) {}
+PosixFolder::PosixFolder(Descriptor root, FileIdentity identity, const PosixTrash& trash,
+                         const FileEmblems& emblems)
+    : root_(std::move(root)), identity_(identity), trash_(trash), emblems_(emblems) {}
 
 Result<std::string> PosixFolder::currentPath() const {
   const std::string path = pathOfDescriptor(root_.get());
@@ -176,8 +178,6 @@ Result<> PosixFolder::replace(std::string_view path, std::string_view bytes, std
   return syncDirectory(parent, path);
 }
 
-Result<> PosixFolder::clear(std::string_view path) {
-  constexpr const char* Attempt = "empty";
 Result<> PosixFolder::flush() {
   constexpr const char* Attempt = "flush";
   const Descriptor root(openat(root_.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -185,6 +185,8 @@ Result<> PosixFolder::flush() {
   return {};
 }
 
+Result<> PosixFolder::clear(std::string_view path) {
+  constexpr const char* Attempt = "empty";
   const auto file = openRegular(path, O_WRONLY, Attempt);
   if (!file) return tl::unexpected(file.error());
   if (ftruncate(file->get(), 0) != 0) return failed(Attempt, path);
@@ -320,6 +322,8 @@ Result<> PosixFolder::setLabel(std::string_view path, int number) {
   if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) return {};  // links carry none
   const std::string target = procPathOfDescriptor(item->get());
   const char digit = static_cast<char>('0' + std::clamp(number, 0, 7));
+  // The attribute goes with the file, the emblem stays at its path.
+  emblems_.mark(pathOfDescriptor(item->get()), digit != '0');
   char known = '0';
   (void)getxattr(target.c_str(), LabelAttribute, &known, 1);
   if (known == digit) return {};

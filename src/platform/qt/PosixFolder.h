@@ -5,14 +5,16 @@
 
 namespace zolvar {
 
+class FileEmblems;
 class PosixTrash;
 
 /// A folder held by an O_PATH descriptor. Each operation lets the kernel resolve the path beneath
 /// it, through no link, and then works on the parent directory's descriptor, so that nobody can
-/// exchange a step of the path in between. The trash outlives it.
+/// exchange a step of the path in between. The trash and the emblems outlive it.
 class PosixFolder : public Folder {
  public:
-  PosixFolder(Descriptor root, FileIdentity identity, const PosixTrash& trash);
+  PosixFolder(Descriptor root, FileIdentity identity, const PosixTrash& trash,
+              const FileEmblems& emblems);
 
   [[nodiscard]] Result<std::string> currentPath() const override;
   [[nodiscard]] FileIdentity identity() const override { return identity_; }
@@ -28,9 +30,9 @@ class PosixFolder : public Folder {
   Result<> append(std::string_view path, std::string_view bytes) override;
   Result<> replace(std::string_view path, std::string_view bytes, std::uint32_t mode) override;
 
+  Result<> flush() override;
   Result<> clear(std::string_view path) override;
   Result<> link(std::string_view from, std::string_view to) override;
-  Result<> flush() override;
   Result<> makeSymbolicLink(std::string_view path, std::string_view target) override;
   Result<> rename(std::string_view from, std::string_view to) override;
   Result<> moveIn(const std::string& absoluteSource, std::string_view path) override;
@@ -50,6 +52,7 @@ class PosixFolder : public Folder {
   const Descriptor root_;
   const FileIdentity identity_;
   const PosixTrash& trash_;
+  const FileEmblems& emblems_;
 };
 
 }  // namespace zolvar
