@@ -1845,10 +1845,6 @@ Gesehen bei: %2</translation>
         <translation>S&amp;prache:</translation>
     </message>
     <message>
-        <source>Takes effect at the next start.</source>
-        <translation>Gilt ab dem nächsten Start.</translation>
-    </message>
-    <message>
         <source>While this is off, all folders are paused: nothing is fetched, and nothing is given to others.</source>
         <translation>Solange dies aus ist, sind alle Ordner angehalten: Nichts wird geholt, und nichts wird anderen gegeben.</translation>
     </message>

@@ -299,7 +299,7 @@ Logged %3</source>
     </message>
     <message>
         <source>A setting&apos;s name is not empty and has no &apos;/&apos; and no control character.</source>
-        <translation type="unfinished"></translation>
+        <translation>שם של הגדרה אינו ריק ואין בו &apos;/&apos; ולא תו בקרה.</translation>
     </message>
     <message>
         <source>An authorization error happened while syncing.
@@ -343,11 +343,11 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not append to &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להוסיף אל &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not ask for the free space of &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לברר את המקום הפנוי של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not change the synced folder &apos;{}&apos;</source>
@@ -375,7 +375,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not describe &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לתאר את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not fetch a version of &apos;{}&apos;</source>
@@ -387,7 +387,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not find our own change log &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>יומן השינויים שלנו &apos;{}&apos; לא נמצא</translation>
     </message>
     <message>
         <source>Could not find the computer &apos;{}&apos;</source>
@@ -411,7 +411,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not find the transfer tool &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>כלי ההעברה &apos;{}&apos; לא נמצא</translation>
     </message>
     <message>
         <source>Could not find the version &apos;{}&apos;</source>
@@ -419,15 +419,15 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not flush &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להשלים את הכתיבה של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not label &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לסמן את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not link &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לקשר את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not list the files of &apos;{}&apos;</source>
@@ -435,7 +435,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not load logs &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לטעון את היומנים &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not lock &apos;{}&apos;</source>
@@ -443,11 +443,11 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not look at &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לבדוק את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not make a folder for replaced files in &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה ליצור תיקייה לקבצים שהוחלפו ב־&apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not make the folder &apos;{}&apos;</source>
@@ -459,11 +459,11 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not make the link &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה ליצור את הקישור &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not move into place &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להעביר למקומו את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not move to the Trash &apos;{}&apos;</source>
@@ -475,7 +475,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not reach the keyring &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להגיע למחזיק המפתחות &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not reach the synced folder &apos;{}&apos;</source>
@@ -487,7 +487,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not read the link &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לקרוא את הקישור &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not read the password of &apos;{}&apos;</source>
@@ -515,7 +515,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not set the time of &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לקבוע את הזמן של &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not start the program &apos;{}&apos;</source>
@@ -523,11 +523,11 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Could not start the transfer daemon &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה להפעיל את שירות ההעברה &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not stop the transfer daemon &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לעצור את שירות ההעברה &apos;{}&apos;</translation>
     </message>
     <message>
         <source>Could not store the password of &apos;{}&apos;</source>
@@ -547,15 +547,15 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Error starting client-server protocol. Too many clients?</source>
-        <translation type="unfinished"></translation>
+        <translation>השיחה עם המחשב האחר לא נפתחה. יותר מדי מחשבים בבת אחת?</translation>
     </message>
     <message>
         <source>Error: Server did not start (exitcode {})</source>
-        <translation type="unfinished"></translation>
+        <translation>שירות ההעברה לא הופעל (מצב {})</translation>
     </message>
     <message>
         <source>Everything is paused. Resume with: zolvar resume</source>
-        <translation type="unfinished"></translation>
+        <translation>הכול בהשהיה. לחידוש: zolvar resume</translation>
     </message>
     <message>
         <source>Folder Path not Accessible</source>
@@ -591,7 +591,7 @@ Note, that each subscribers sets her own password and you will only sync with su
     </message>
     <message>
         <source>Left out {} damaged or unsafe lines ({} bytes) of the change log &apos;{}&apos; in {}.</source>
-        <translation type="unfinished"></translation>
+        <translation>{} שורות פגומות או לא בטוחות ({} בתים) של יומן השינויים &apos;{}&apos; שב־{} הושמטו.</translation>
     </message>
     <message>
         <source>Moved Addresses to Trash</source>
@@ -721,7 +721,7 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>The folder&apos;s path cannot be served by the transfer daemon. {}</source>
-        <translation type="unfinished"></translation>
+        <translation>שירות ההעברה אינו יכול להציע את נתיב התיקייה. {}</translation>
     </message>
     <message>
         <source>The folder&apos;s path is too long.</source>
@@ -765,7 +765,7 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>The name is not valid UTF-8 text.</source>
-        <translation type="unfinished"></translation>
+        <translation>השם אינו טקסט UTF-8 תקין.</translation>
     </message>
     <message>
         <source>The name is {} bytes long; at most {} are possible.</source>
@@ -785,35 +785,35 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>The path to fetch to must be a full one, beginning with &apos;/&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>הנתיב שאליו מביאים חייב להיות מלא ולהתחיל ב־&apos;/&apos;.</translation>
     </message>
     <message>
         <source>The setting &apos;activePools&apos; is a JSON array of names, like [&quot;Docs&quot;].</source>
-        <translation type="unfinished"></translation>
+        <translation>ההגדרה &apos;activePools&apos; היא מערך JSON של שמות, כמו [&quot;Docs&quot;].</translation>
     </message>
     <message>
         <source>The setting &apos;{}&apos; is &apos;yes&apos; or &apos;no&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>ההגדרה &apos;{}&apos; היא &apos;yes&apos; או &apos;no&apos;.</translation>
     </message>
     <message>
         <source>The setting &apos;{}&apos; is a whole number.</source>
-        <translation type="unfinished"></translation>
+        <translation>ההגדרה &apos;{}&apos; היא מספר שלם.</translation>
     </message>
     <message>
         <source>The setting &apos;{}&apos; is one of: {}.</source>
-        <translation type="unfinished"></translation>
+        <translation>ההגדרה &apos;{}&apos; היא אחת מאלה: {}.</translation>
     </message>
     <message>
         <source>The setting &apos;{}&apos; is the name of a host, or none.</source>
-        <translation type="unfinished"></translation>
+        <translation>ההגדרה &apos;{}&apos; היא שם של מחשב, או ריקה.</translation>
     </message>
     <message>
         <source>The transfer tool &apos;{}&apos; does not tell its version.</source>
-        <translation type="unfinished"></translation>
+        <translation>כלי ההעברה &apos;{}&apos; אינו מוסר את גרסתו.</translation>
     </message>
     <message>
         <source>The transfer tool rsync {}.{}.{} has known security holes. Please update it to 3.4.3 or later.</source>
-        <translation type="unfinished"></translation>
+        <translation>בכלי ההעברה rsync {}.{}.{} יש פרצות אבטחה ידועות. עדכנו אותו לגרסה 3.4.3 ומעלה.</translation>
     </message>
     <message>
         <source>There is a file of that name</source>
@@ -857,7 +857,7 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>Zolvar keeps the setting &apos;{}&apos; itself.</source>
-        <translation type="unfinished"></translation>
+        <translation>Zolvar מנהל את ההגדרה &apos;{}&apos; בעצמו.</translation>
     </message>
     <message>
         <source>Zolvar will try to create a folder named &apos;{}&apos; in the folder above.</source>
@@ -877,11 +877,11 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>it does not end</source>
-        <translation type="unfinished"></translation>
+        <translation>הוא אינו מסתיים</translation>
     </message>
     <message>
         <source>it has no place on this disk yet</source>
-        <translation type="unfinished"></translation>
+        <translation>אין לו עדיין מקום בכונן זה</translation>
     </message>
     <message>
         <source>it is no folder</source>
@@ -889,19 +889,19 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>it is no folder&apos;s path</source>
-        <translation type="unfinished"></translation>
+        <translation>זה אינו נתיב של תיקייה</translation>
     </message>
     <message>
         <source>it is not installed</source>
-        <translation type="unfinished"></translation>
+        <translation>הוא אינו מותקן</translation>
     </message>
     <message>
         <source>it was deactivated</source>
-        <translation type="unfinished"></translation>
+        <translation>ההרשמה אליה בוטלה</translation>
     </message>
     <message>
         <source>it was left</source>
-        <translation type="unfinished"></translation>
+        <translation>היא נעזבה</translation>
     </message>
     <message>
         <source>it was removed</source>
@@ -909,15 +909,15 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>it was stopped</source>
-        <translation type="unfinished"></translation>
+        <translation>זה נעצר</translation>
     </message>
     <message>
         <source>no log of this folder names it</source>
-        <translation type="unfinished"></translation>
+        <translation>שום יומן של התיקייה אינו מזכיר אותה</translation>
     </message>
     <message>
         <source>no port from {} on is free</source>
-        <translation type="unfinished"></translation>
+        <translation>אין יציאה פנויה החל ב־{}</translation>
     </message>
     <message>
         <source>the file has no such version</source>
@@ -937,11 +937,11 @@ Please select or create another folder to share.</source>
     </message>
     <message>
         <source>the folder or our own change log in it is not there</source>
-        <translation type="unfinished"></translation>
+        <translation>התיקייה או יומן השינויים שלנו בה אינם שם</translation>
     </message>
     <message>
         <source>this version is a deletion</source>
-        <translation type="unfinished"></translation>
+        <translation>גרסה זו היא מחיקה</translation>
     </message>
     <message>
         <source>{} address</source>
@@ -967,7 +967,7 @@ Do you want Zolvar to delete them on the network or try to re-get it?</source>
     </message>
     <message>
         <source>{} versions were kept at &apos;{}&apos;; give the id of one of them.</source>
-        <translation type="unfinished"></translation>
+        <translation>{} גרסאות נשמרו ב־&apos;{}&apos;; ציינו את המזהה של אחת מהן.</translation>
     </message>
     <message>
         <source>Shared by others on this network</source>
@@ -1650,15 +1650,15 @@ Seen at: %2</source>
     </message>
     <message>
         <source>another process holds it</source>
-        <translation type="unfinished"></translation>
+        <translation>תהליך אחר מחזיק בו</translation>
     </message>
     <message>
         <source>it is no file and no link</source>
-        <translation type="unfinished"></translation>
+        <translation>זה אינו קובץ ואינו קישור</translation>
     </message>
     <message>
         <source>it is no regular file</source>
-        <translation type="unfinished"></translation>
+        <translation>זה אינו קובץ רגיל</translation>
     </message>
     <message>
         <source>the file here was changed a moment ago; try again when that change is recorded</source>
@@ -1674,7 +1674,7 @@ Seen at: %2</source>
     </message>
     <message>
         <source>this version is dated so far in the future that nothing can follow it</source>
-        <translation type="unfinished"></translation>
+        <translation>תאריך הגרסה רחוק כל כך בעתיד ששום דבר אינו יכול לבוא אחריה</translation>
     </message>
     <message>
         <source>this version is not a current one: it was changed or deleted since</source>
@@ -1682,7 +1682,7 @@ Seen at: %2</source>
     </message>
     <message>
         <source>&apos;{0}&apos; is paused. Resume it with: zolvar resume &apos;{0}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;{0}&apos; בהשהיה. לחידוש: zolvar resume &apos;{0}&apos;</translation>
     </message>
     <message>
         <source>authentication failed</source>
@@ -1690,7 +1690,7 @@ Seen at: %2</source>
     </message>
     <message>
         <source>error in rsync protocol data stream</source>
-        <translation type="unfinished"></translation>
+        <translation>שגיאה בזרם הנתונים של rsync</translation>
     </message>
     <message>
         <source>loading changes</source>
@@ -1706,7 +1706,7 @@ Seen at: %2</source>
     </message>
     <message>
         <source>Could not empty &apos;{}&apos;</source>
-        <translation type="unfinished"></translation>
+        <translation>לא ניתן היה לרוקן את &apos;{}&apos;</translation>
     </message>
     <message>
         <source>The folder &apos;{}&apos; cannot be shared.</source>
@@ -1714,15 +1714,15 @@ Seen at: %2</source>
     </message>
     <message>
         <source>There is no setting &apos;{}&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>אין הגדרה &apos;{}&apos;.</translation>
     </message>
     <message>
         <source>it is not ready yet; try again when it has been looked through</source>
-        <translation type="unfinished"></translation>
+        <translation>היא עדיין אינה מוכנה; נסו שוב אחרי שתיסרק</translation>
     </message>
     <message>
         <source>it is not where it lay; mount its drive, or bring it back</source>
-        <translation type="unfinished"></translation>
+        <translation>היא אינה במקומה; חברו את הכונן שלה, או החזירו אותה</translation>
     </message>
     <message>
         <source>About Zolvar</source>
@@ -1843,10 +1843,6 @@ Seen at: %2</source>
     <message>
         <source>L&amp;anguage:</source>
         <translation>&amp;שפה:</translation>
-    </message>
-    <message>
-        <source>Takes effect at the next start.</source>
-        <translation>ייכנס לתוקף בהפעלה הבאה.</translation>
     </message>
     <message>
         <source>While this is off, all folders are paused: nothing is fetched, and nothing is given to others.</source>
@@ -2145,11 +2141,11 @@ Seen at: %2</source>
     </message>
     <message>
         <source>There is no group named &apos;{}&apos; in the address book.</source>
-        <translation type="unfinished"></translation>
+        <translation>אין בספר הכתובות קבוצה בשם &apos;{}&apos;.</translation>
     </message>
     <message>
         <source>There is no group named &apos;{}&apos; in the address book. There are: {}.</source>
-        <translation type="unfinished"></translation>
+        <translation>אין בספר הכתובות קבוצה בשם &apos;{}&apos;. יש: {}.</translation>
     </message>
     <message>
         <source>You are not subscribed to any folder yet.</source>
@@ -2193,15 +2189,15 @@ Seen at: %2</source>
     </message>
     <message>
         <source>a folder with files in it lies there; move these away first</source>
-        <translation type="unfinished"></translation>
+        <translation>נמצאת שם תיקייה עם קבצים; העבירו אותם תחילה למקום אחר</translation>
     </message>
     <message>
         <source>Others have contacts whose names are like those of people in your address book ({}). Click to open them there, and merge those that are the same.</source>
-        <translation type="unfinished"></translation>
+        <translation>אצל אחרים יש אנשי קשר ששמותיהם דומים לשמות בספר הכתובות שלכם ({}). לחצו כדי לפתוח אותם שם, ומזגו את הזהים.</translation>
     </message>
     <message>
         <source>Merge Contacts in &apos;{}&apos;?</source>
-        <translation type="unfinished"></translation>
+        <translation>למזג אנשי קשר ב־&apos;{}&apos;?</translation>
     </message>
     <message>
         <source>a file could not be read or written; perhaps a disk is full, or its drive gone</source>

@@ -17,7 +17,7 @@ class UserDefaults;
 /// What a person sets for the whole program, in one place for a preferences panel. Read it, change
 /// the copy, save it. Main thread.
 struct Preferences {
-  std::string language;  ///< empty: the system's; takes effect at the next start
+  std::string language;  ///< empty: the system's
   bool startsAtLogin = true;
   bool syncsByItself = true;   ///< false while everything is paused
   bool isQuick = false;        ///< takes effect at the next start

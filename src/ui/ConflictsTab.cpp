@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
+#include <QPointer>
 #include <QStackedWidget>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -32,8 +33,7 @@ constexpr std::size_t MostPeople = 30;  // in the menu
 ConflictsTab::ConflictsTab(WindowContext& context, WindowMemory& memory, QWidget* parent)
     : QWidget(parent),
       context_(context),
-      model_(context.application.peer().userId(), context.colors),
-      decisions_(context.operations) {
+      model_(context.application.peer().userId(), context.colors) {
   view_ = new QTreeView(this);
   model_.setDescription(
       [this](const std::string& path) { return context_.operations.describe(poolName_, path); });
@@ -67,7 +67,7 @@ ConflictsTab::ConflictsTab(WindowContext& context, WindowMemory& memory, QWidget
   useFrom_->setMenu(people_);
   undo_ = new QAction(Zolvar::tr("&Undo Choice"), this);
   undo_->setShortcut(QKeySequence::Undo);
-  undo_->setEnabled(false);
+  undo_->setEnabled(!context.lastUndo.files.empty());
 
   auto* hint = new QLabel(
       Zolvar::tr("Changed in two places at once. Nothing is lost: every version is kept until you "
@@ -272,8 +272,7 @@ void ConflictsTab::settle(const ConflictChoice& choice) {
                                 nullptr, left);
   }
   context_.sheets->confirm(title, text, button, [this, pool = poolName_, conflicts, choice, told] {
-    decisions_.settle(pool, conflicts, choice,
-                      [this, told](const auto& report) { this->report(told, report); });
+    context_.decisions.settle(pool, conflicts, choice, reporting(told));
   });
 }
 
@@ -286,8 +285,7 @@ void ConflictsTab::useVersion() {
   context_.sheets->confirmSwitch(
       file->path, version->id.userId, dateText(version->modTime).toStdString(),
       [this, pool = poolName_, conflict = *file, id = version->id, told] {
-        decisions_.use(pool, conflict, id,
-                       [this, told](const auto& report) { this->report(told, report); });
+        context_.decisions.use(pool, conflict, id, reporting(told));
       });
 }
 
@@ -307,9 +305,9 @@ void ConflictsTab::dropVersion() {
   context_.sheets->confirm(
       Zolvar::tr("Delete the version from %1 for everybody?").arg(person), text,
       Zolvar::tr("&Delete"), [this, pool = poolName_, conflict = *file, id = version->id, person] {
-        decisions_.drop(pool, conflict, id, [this, person](const auto& report) {
-          this->report(Zolvar::tr("The version from %1 is deleted.").arg(person), report);
-        });
+        context_.decisions.drop(
+            pool, conflict, id,
+            reporting(Zolvar::tr("The version from %1 is deleted.").arg(person)));
       });
 }
 
@@ -328,15 +326,16 @@ void ConflictsTab::compareVersions() {
 }
 
 void ConflictsTab::undo() {
-  const Undo undone = std::exchange(lastUndo_, {});
+  const Undo undone = std::exchange(context_.lastUndo, {});
   undo_->setEnabled(false);
   if (undone.files.empty()) return;
-  decisions_.undo(undone, [this](const ConflictDecisions::Report& report) {
-    problem(Zolvar::tr("Not everything could be brought back."), report);
+  context_.decisions.undo(undone, [self = QPointer(this)](const auto& report) {
+    if (!self) return;
+    self->problem(Zolvar::tr("Not everything could be brought back."), report);
     if (report.settled == 0) return;
-    bar_->say(Zolvar::tr("Your version of %n file(s) is back.", nullptr,
-                         static_cast<int>(report.settled)),
-              MessageBar::Weight::Note);
+    self->bar_->say(Zolvar::tr("Your version of %n file(s) is back.", nullptr,
+                               static_cast<int>(report.settled)),
+                    MessageBar::Weight::Note);
   });
 }
 
@@ -350,11 +349,17 @@ void ConflictsTab::problem(const QString& title, const ConflictDecisions::Report
   context_.sheets->showProblem(title, text);
 }
 
+ConflictDecisions::Done ConflictsTab::reporting(const QString& words) {
+  return [self = QPointer(this), &context = context_, words](const auto& report) {
+    if (report.settled > 0) context.lastUndo = report.undo;
+    if (self) self->report(words, report);
+  };
+}
+
 void ConflictsTab::report(const QString& words, const ConflictDecisions::Report& report) {
   problem(Zolvar::tr("Not every choice could be carried out."), report);
   if (report.settled == 0) return;
-  lastUndo_ = report.undo;
-  const bool canUndo = !lastUndo_.files.empty();
+  const bool canUndo = !context_.lastUndo.files.empty();
   undo_->setEnabled(canUndo);
   bar_->say(words, MessageBar::Weight::Note, canUndo ? Zolvar::tr("&Undo") : QString(),
             [this] { undo(); });

@@ -66,6 +66,8 @@ class ConflictsTab : public QWidget {
   void dropVersion();
   void compareVersions();
   void undo();
+  /// Says how a decision ended, and remembers how to undo it.
+  [[nodiscard]] ConflictDecisions::Done reporting(const QString& words);
   void report(const QString& words, const ConflictDecisions::Report& report);
   void problem(const QString& title, const ConflictDecisions::Report& report);
 
@@ -73,9 +75,7 @@ class ConflictsTab : public QWidget {
   std::string poolName_;
   std::string folder_;
   ConflictsModel model_;
-  ConflictDecisions decisions_;
   std::unique_ptr<VersionComparison> comparison_;
-  Undo lastUndo_;
   QTreeView* view_;
   EmptyState* none_;
   QStackedWidget* stack_;

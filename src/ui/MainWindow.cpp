@@ -4,6 +4,7 @@
 #include <QCloseEvent>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPointer>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QTabWidget>
@@ -277,7 +278,9 @@ void MainWindow::sayItStays() {
                     "Your folders stay in step. The icon in the tray brings the window back "
                     "and ends the program.")
                     .toStdString();
-  context_.platform.workspace.showNotice(notice, [this] { comeToFront(); });
+  context_.platform.workspace.showNotice(notice, [self = QPointer(this)] {
+    if (self) self->comeToFront();
+  });
 }
 
 std::string MainWindow::droppedFolder(const QMimeData& data) const {

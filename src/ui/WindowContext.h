@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/ConflictDecisions.h"
 #include "ui/PersonColors.h"
 
 namespace zolvar {
@@ -22,6 +23,8 @@ struct WindowContext {
   FolderNews& news;
   Sheets* sheets = nullptr;  ///< null before they are made and after they are gone
   PersonColors colors = {};
+  ConflictDecisions decisions{operations};  ///< what is under way ends without a window too
+  Undo lastUndo = {};                       ///< without files: there is nothing to undo
 };
 
 }  // namespace zolvar

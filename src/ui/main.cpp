@@ -3,20 +3,12 @@
 #include <optional>
 
 #include "app/Application.h"
-#include "app/Operations.h"
-#include "app/Outcomes.h"
-#include "app/SheetsController.h"
 #include "cli/ControlSocketPath.h"
 #include "cli/EngineProgram.h"
-#include "platform/UserDefaults.h"
-#include "ui/FolderNews.h"
-#include "ui/Languages.h"
 #include "ui/MainWindow.h"
 #include "ui/SingleInstance.h"
 #include "ui/SpeakingWorkspace.h"
-#include "ui/TrayIcon.h"
-#include "ui/WindowFrontEnd.h"
-#include "ui/sheets/WindowSheets.h"
+#include "ui/SpokenWindow.h"
 
 // The engine with a window.
 
@@ -30,35 +22,16 @@ std::string windowSocketPath() {
 
 /// Shows the window while the event loop runs; returns the loop's status.
 int runWindow(EngineProgram& program, SingleInstance& instance, bool isHidden) {
-  Application& application = program.application();
-  const SpokenLanguage language(program.platform().defaults.string("Language").value_or(""));
-  FolderNews news(application);
-  SheetsController sheetsController(application, program.operations());
-  WindowContext context{application,      program.operations(), application.outcomes(),
-                        sheetsController, program.platform(),   news};
-  MainWindow window(context);
-  WindowSheets sheets(window, context);
-  window.setSheets(&sheets);
-  WindowFrontEnd frontEnd(window, sheets);
-  application.outcomes().setFrontEnd(&frontEnd);
-  instance.listen([&window] { window.comeToFront(); });
-  QObject::connect(&window, &MainWindow::quitWanted, [&program] {
+  SpokenWindow spoken(program.application(), program.operations());
+  instance.listen([&spoken] { spoken.window().comeToFront(); });
+  QObject::connect(&spoken, &SpokenWindow::quitWanted, [&program] {
     // The end of the session closes windows too, and says nothing about the next one.
     program.stop(qApp->isSavingSession() ? EngineProgram::Ending::BySystem
                                          : EngineProgram::Ending::ByHand);
   });
-  std::optional<TrayIcon> tray;
-  if (QSystemTrayIcon::isSystemTrayAvailable()) {
-    tray.emplace(context, window);
-    window.setHasTray(true);
-  }
-  application.start();
-  if (!isHidden || !tray) window.comeToFront();
-  const int status = QCoreApplication::exec();
-  application.outcomes().setFrontEnd(nullptr);
-  window.setSheets(nullptr);
-  window.hide();
-  return status;
+  program.application().start();
+  if (!isHidden || !spoken.hasTray()) spoken.window().comeToFront();
+  return QCoreApplication::exec();
 }
 
 int run(EngineProgram::Options options, bool isHidden) {

@@ -1,18 +1,26 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QTemporaryDir>
+#include <QTreeView>
 #include <atomic>
 #include <thread>
 
 #include "app/OutcomeTexts.h"
+#include "ui/ConflictsTab.h"
 #include "ui/FolderList.h"
 #include "ui/FolderView.h"
 #include "ui/Languages.h"
 #include "ui/SingleInstance.h"
+#include "ui/SpokenWindow.h"
 #include "ui/Texts.h"
 #include "ui/WindowStage.h"
+#include "ui/sheets/DeletionSheet.h"
+#include "ui/sheets/WindowSheets.h"
 
 namespace zolvar {
 namespace {
@@ -75,13 +83,53 @@ TEST(Languages, sayTheEnginesSentences) {
           "What nobody ever wrote down."));
 }
 
-class SpokenWindow : public WindowStage {};
+class SpokenWindowTest : public WindowStage {};
 
-TEST_F(SpokenWindow, isDrawnFromRightToLeft) {
-  const SpokenLanguage hebrew("he");
-  openWindow();
-  EXPECT_TRUE(window->isRightToLeft());
-  EXPECT_GT(window->folderList().x(), window->folderView().x()) << "the list is at the right";
+TEST_F(SpokenWindowTest, takesAnotherLanguageWhenItIsChosen) {
+  shareAmongAll("Recipes", {"bread.txt", "cake.txt"});
+  shareAmongAll("Travel", {"oslo.txt"});
+  makeConflicts("Recipes", {"bread.txt"}, bob);
+  SpokenWindow spoken(*ann.app, *ann.operations);
+  spoken.window().comeToFront();
+  spoken.window().selectFolder("Recipes");
+  spoken.window().folderView().openTab(FolderView::Conflicts);
+  settle(1);
+  auto& conflicts = spoken.window().folderView().conflicts();
+  conflicts.view().selectAll();
+  conflicts.tabActions()[4]->trigger();  // use theirs
+  settle(0.5);
+  const auto press = [&](const QString& text) {
+    for (auto* button : spoken.window().findChildren<QAbstractButton*>()) {
+      if (button->window() != &spoken.window() && button->text() == text) return button->click();
+    }
+    ADD_FAILURE() << "no button " << text.toStdString();
+  };
+  press("Use &Theirs");
+  ann.platform.files.remove("/home/user/Travel/oslo.txt");
+  ASSERT_TRUE(until([&] { return ann.pool("Travel").snapshot()->question != nullptr; }));
+  settle(1);
+  EXPECT_TRUE(conflicts.undoAction().isEnabled());
+
+  spoken.sheets().preferences();
+  for (auto* choice : spoken.window().findChildren<QComboBox*>()) {
+    if (choice->findData("he") >= 0) choice->setCurrentIndex(choice->findData("he"));
+  }
+  press("&Save");
+  settle(2);
+  EXPECT_FALSE(spoken.window().isRightToLeft()) << "the question is still open";
+  press("&Later");
+  settle(2);
+  MainWindow& anew = spoken.window();
+  ASSERT_TRUE(anew.isRightToLeft());
+  EXPECT_TRUE(anew.isVisible());
+  EXPECT_GT(anew.folderList().x(), anew.folderView().x()) << "the list is at the right";
+  EXPECT_EQ(anew.selectedFolder(), "Recipes");
+  EXPECT_EQ(anew.folderView().tab(), FolderView::Conflicts);
+  EXPECT_TRUE(anew.folderView().conflicts().undoAction().isEnabled());
+  const auto* question = anew.findChild<DeletionSheet*>();
+  ASSERT_NE(question, nullptr) << "what the engine asks is asked by the new window";
+  EXPECT_TRUE(question->isVisible());
+  ann.platform.defaults.remove("Language");
 }
 
 TEST(SingleInstance, showsTheFirstOnesWindow) {

@@ -70,7 +70,6 @@ QWidget* PreferencesPanel::generalPage() {
   isQuick_ = new QCheckBox(Zolvar::tr("&Quick pace"), page);
   auto* form = new QFormLayout(page);
   form->addRow(Zolvar::tr("L&anguage:"), language_);
-  form->addRow(QString(), hint(Zolvar::tr("Takes effect at the next start."), page));
   form->addRow(QString(), startsAtLogin_);
   form->addRow(QString(), syncsByItself_);
   form->addRow(QString(), hint(Zolvar::tr("While this is off, all folders are paused: nothing is "
@@ -185,7 +184,9 @@ Preferences PreferencesPanel::shown() const {
 }
 
 void PreferencesPanel::accept() {
-  const auto saved = shown().save(before_, context_.application, context_.operations);
+  const Preferences wanted = shown();
+  const auto saved = wanted.save(before_, context_.application, context_.operations);
+  if (wanted.language != before_.language) Q_EMIT languageChosen();
   if (saved) return Sheet::accept();
   // What could be written is not written once more.
   before_ = Preferences::read(context_.application, context_.operations);
