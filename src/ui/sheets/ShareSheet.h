@@ -1,16 +1,11 @@
 #pragma once
 
-#include "app/SheetsController.h"
-#include "ui/sheets/Sheet.h"
-
-class QLineEdit;
+#include "ui/sheets/PlaceSheet.h"
 
 namespace zolvar {
 
-class FolderPlaceEdit;
-
 /// Shares a folder of this computer: which one, and with what password. Main thread.
-class ShareSheet : public Sheet {
+class ShareSheet : public PlaceSheet {
   Q_OBJECT
 
  public:
@@ -20,13 +15,6 @@ class ShareSheet : public Sheet {
 
  Q_SIGNALS:
   void wasShared(const std::string& poolName);
-
- private:
-  WindowContext& context_;
-  SheetsController controller_;
-  FolderPlaceEdit* place_;
-  QLineEdit* password_;
-  QPushButton* share_;
 };
 
 }  // namespace zolvar

@@ -1,57 +1,35 @@
 #include "ui/sheets/SubscribeSheet.h"
 
-#include <QFormLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
-#include <QPushButton>
 
 #include "app/Application.h"
-#include "platform/FileSystem.h"
-#include "platform/Platform.h"
 #include "ui/Icons.h"
 #include "ui/Texts.h"
 #include "ui/WindowContext.h"
 #include "ui/sheets/FolderPlaceEdit.h"
-#include "ui/sheets/NoteLabel.h"
-#include "ui/sheets/PasswordEdit.h"
 
 namespace zolvar {
 
 SubscribeSheet::SubscribeSheet(WindowContext& context, const std::string& poolName, QWidget* window)
-    : Sheet(window), context_(context), controller_(context.application, context.operations) {
+    : PlaceSheet(context, window) {
   introduce(ownIcon("subscribe"), Zolvar::tr("Subscribe"),
             Zolvar::tr("Subscribe to '%1'").arg(toQt(poolName)), sharers(poolName));
-  controller_.subscribeToPool(poolName);
-  place_ = new FolderPlaceEdit(controller_, context.platform.fileSystem.homeFolder(), this);
+  controller().subscribeToPool(poolName);
   const auto* presence = context.application.peer().presence(poolName);
   const bool needsPassword = context.operations.info(*presence).passwordRequired;
-  password_ = new PasswordEdit(this);
-  password_->setPlaceholderText(needsPassword ? Zolvar::tr("Required") : Zolvar::tr("None"));
-  auto* hint = new NoteLabel(this);
-  if (needsPassword) {
-    hint->say(Zolvar::tr("Ask the others for it: files come from those who have the same one."));
-  }
-  auto* form = addForm();
-  auto* label = new QLabel(Zolvar::tr("&Folder:"), this);
-  label->setBuddy(&place_->edit());
-  form->addRow(label, place_);
-  form->addRow(Zolvar::tr("&Password:"), password_);
-  form->addRow(QString(), hint);
-  auto* subscribe = addButton(Zolvar::tr("&Subscribe"), QDialogButtonBox::AcceptRole);
-  subscribe->setDefault(true);
-  addCancel();
-  connect(place_, &FolderPlaceEdit::changed, this,
-          [this, subscribe] { subscribe->setEnabled(controller_.isAcceptable()); });
-  place_->refresh();
-  (needsPassword ? static_cast<QWidget*>(password_) : place_)->setFocus();
+  const QString hint =
+      Zolvar::tr("Ask the others for it: files come from those who have the same one.");
+  fill(needsPassword ? Zolvar::tr("Required") : Zolvar::tr("None"),
+       needsPassword ? hint : QString(), Zolvar::tr("&Subscribe"));
+  (needsPassword ? static_cast<QWidget&>(password()) : place()).setFocus();
   closeWithFolder(context, poolName);
 }
 
-QString SubscribeSheet::sharers(const std::string& poolName) const {
+QString SubscribeSheet::sharers(const std::string& poolName) {
   constexpr int MostNamed = 3;
   QStringList names;
-  if (const auto participants = context_.operations.participants(poolName)) {
+  if (const auto participants = context().operations.participants(poolName)) {
     for (const auto& info : *participants) {
       if (!info.isLocal) names += personText(info.address.userId());
     }
@@ -68,10 +46,10 @@ QString SubscribeSheet::sharers(const std::string& poolName) const {
 }
 
 void SubscribeSheet::accept() {
-  if (!controller_.isAcceptable()) return;
-  const std::string password = password_->text().toStdString();
-  controller_.doSubscribe(password.empty() ? std::nullopt : std::optional(password),
-                          ending(context_, place_->note(), Zolvar::tr("Subscribing failed.")));
+  if (!controller().isAcceptable()) return;
+  const std::string typed = password().text().toStdString();
+  controller().doSubscribe(typed.empty() ? std::nullopt : std::optional(typed),
+                           ending(context(), place().note(), Zolvar::tr("Subscribing failed.")));
 }
 
 }  // namespace zolvar

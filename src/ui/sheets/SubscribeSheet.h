@@ -1,16 +1,11 @@
 #pragma once
 
-#include "app/SheetsController.h"
-#include "ui/sheets/Sheet.h"
-
-class QLineEdit;
+#include "ui/sheets/PlaceSheet.h"
 
 namespace zolvar {
 
-class FolderPlaceEdit;
-
 /// Subscribes to a folder that others share: where it is to lie, and its password. Main thread.
-class SubscribeSheet : public Sheet {
+class SubscribeSheet : public PlaceSheet {
   Q_OBJECT
 
  public:
@@ -19,12 +14,7 @@ class SubscribeSheet : public Sheet {
   void accept() override;
 
  private:
-  [[nodiscard]] QString sharers(const std::string& poolName) const;
-
-  WindowContext& context_;
-  SheetsController controller_;
-  FolderPlaceEdit* place_;
-  QLineEdit* password_;
+  [[nodiscard]] QString sharers(const std::string& poolName);
 };
 
 }  // namespace zolvar

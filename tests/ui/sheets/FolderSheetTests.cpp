@@ -1,3 +1,6 @@
+#include <QFileDialog>
+
+#include "ui/sheets/FolderPlaceEdit.h"
 #include "ui/sheets/SettingsSheet.h"
 #include "ui/sheets/ShareSheet.h"
 #include "ui/sheets/SheetStage.h"
@@ -79,6 +82,46 @@ TEST_F(FolderSheetTest, subscribesWithThePassword) {
   EXPECT_THAT(text<SubscribeSheet>(), HasSubstr("You are subscribed to 'Photos' already."));
   real->subscribe("Nowhere");
   EXPECT_THAT(text<QuestionSheet>(), HasSubstr("There is no folder named 'Nowhere'."));
+}
+
+TEST_F(FolderSheetTest, takesTheFolderFromTheChooser) {
+  bob.platform.files.write("/home/user/Photos/sea.jpg", "sea");
+  ASSERT_EQ(bob.share("/home/user/Photos"), "");
+  ann.platform.files.write("/home/user/Music/song", "la");
+  ann.platform.files.write("/home/user/Pictures/Photos/old.jpg", "old");
+  openSheets();
+  ASSERT_TRUE(until([&] { return ann.app->peer().presence("Photos") != nullptr; }));
+  // The chooser shows the machine's own folders; what it returns is what counts here.
+  const auto choose = [&](Sheet& on, const QString& folder) {
+    for (auto* button : on.findChildren<QAbstractButton*>()) {
+      if (button->accessibleName() == "Choose the folder") button->click();
+    }
+    settle(0.5);
+    auto* chooser = on.findChild<QFileDialog*>();
+    ASSERT_NE(chooser, nullptr);
+    EXPECT_EQ(chooser->fileMode(), QFileDialog::Directory);
+    EXPECT_EQ(chooser->labelText(QFileDialog::Accept), "Select Folder");
+    if (!folder.isEmpty()) Q_EMIT chooser->fileSelected(folder);
+    chooser->reject();
+    settle(0.5);
+    EXPECT_EQ(on.findChild<QFileDialog*>(), nullptr) << "it is gone";
+  };
+  real->shareFolder("");
+  choose(*sheet<ShareSheet>(), "");
+  EXPECT_FALSE(button<ShareSheet>("Share")->isEnabled()) << "nothing was chosen";
+  choose(*sheet<ShareSheet>(), "/home/user/Music");
+  EXPECT_EQ(sheet<ShareSheet>()->findChild<FolderPlaceEdit*>()->edit().text(), "~/Music");
+  press<ShareSheet>("Share");
+  ASSERT_TRUE(until([&] { return ann.isActive("Music"); }));
+
+  real->subscribe("Photos");
+  choose(*sheet<SubscribeSheet>(), "/home/user/Pictures");
+  EXPECT_EQ(sheet<SubscribeSheet>()->findChild<FolderPlaceEdit*>()->edit().text(),
+            "~/Pictures/Photos")
+      << "a folder of its name lies there";
+  press<SubscribeSheet>("Subscribe");
+  ASSERT_TRUE(
+      until([&] { return ann.platform.files.exists("/home/user/Pictures/Photos/sea.jpg"); }, 300));
 }
 
 TEST_F(FolderSheetTest, changesSettings) {
