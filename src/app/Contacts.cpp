@@ -20,10 +20,12 @@ void Contacts::syncDidEnd(const SyncReport& report) {
   if (report.isSuccess()) {
     contact.standing = Contact::Standing::Reachable;
     contact.reason.clear();
+    contact.failures = 0;
     contact.lastExchange = application_.platform().clock.now();
     return;
   }
   contact.standing = Contact::Standing::Unreachable;
+  ++contact.failures;
   contact.reason = contact.differsInPassword
                        ? "The passwords of the two sides differ, or one side has none."
                        : report.errorMessage;

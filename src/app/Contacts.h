@@ -19,6 +19,7 @@ struct Contact {
   };
   Standing standing = Standing::Seen;
   std::string reason;  ///< one sentence
+  int failures = 0;    ///< in a row
   bool differsInPassword = false;
   double lastExchange = 0;  ///< seconds since 1970 of the last log exchange; 0: none since seen
 };

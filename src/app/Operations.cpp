@@ -241,6 +241,20 @@ std::vector<PoolInfo> Operations::list() const {
   return pools;
 }
 
+std::string Operations::troubleOf(const KDPoolPresence& presence, const FolderState& state) const {
+  using enum FolderStateKind;
+  if (state.kind != Fetching && state.kind != Missing && state.kind != Checking) return {};
+  constexpr int Lasting = 2;  // failures in a row: one alone may be a cable that was pulled
+  std::string reason;
+  for (const auto& participant : presence.participants()) {
+    if (participant->isLocalParticipant()) continue;
+    const Contact contact = application_.contacts().of(*participant);
+    if (contact.standing == Contact::Standing::Reachable) return {};
+    if (contact.failures >= Lasting) reason = contact.reason;
+  }
+  return reason;
+}
+
 PoolInfo Operations::info(const KDPoolPresence& presence) const {
   const KDFilePool& pool = presence.pool();
   const auto snapshot = pool.snapshot();
@@ -261,7 +275,7 @@ PoolInfo Operations::info(const KDPoolPresence& presence) const {
   if (info.state.kind == FolderStateKind::NotSubscribed) return info;
   info.missing = snapshot->missing->size();
   info.conflicts = snapshot->conflicts->size();
-  info.trouble = snapshot->trouble;
+  info.trouble = snapshot->trouble.empty() ? troubleOf(presence, info.state) : snapshot->trouble;
   info.pausedUntil = application_.pauses().pausedUntil(info.name);
   return info;
 }

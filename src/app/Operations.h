@@ -179,6 +179,9 @@ class Operations {
 
  private:
   [[nodiscard]] Result<KDPoolPresence*> known(const std::string& name) const;
+  /// Why nothing comes while everybody who is there fails to be synced with; else empty.
+  [[nodiscard]] std::string troubleOf(const KDPoolPresence& presence,
+                                      const FolderState& state) const;
   [[nodiscard]] Result<KDFilePool*> subscribed(const std::string& name) const;
   /// The same for what a folder can do while its drive is away.
   [[nodiscard]] Result<> wanted(const std::string& name) const;

@@ -98,7 +98,8 @@ void FolderHeader::show(const PoolInfo& info, const std::optional<TransferProgre
     faint();
   }
   state_->setText(stateText(info, progress));
-  explanation_->setText(info.trouble.empty() ? stateExplanation(info) : said(info.trouble));
+  // A trouble has a line of its own, and may be another reason than the usual one.
+  explanation_->setText(info.trouble.empty() ? stateExplanation(info) : QString());
   const bool isFetching = progress && progress->filesWanted > 0;
   bar_->setVisible(isFetching);
   figures_->setVisible(isFetching);

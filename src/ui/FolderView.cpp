@@ -29,6 +29,7 @@ FolderView::FolderView(WindowContext& context, WindowMemory& memory, const QList
     : QWidget(parent), context_(context) {
   header_ = new FolderHeader(actions, context.platform.fileSystem.homeFolder(), this);
   question_ = new MessageBar(this);
+  trouble_ = new MessageBar(this);
   warning_ = new MessageBar(this);
   users_ = new UsersTab(context, memory, this);
   missing_ = new MissingTab(context, memory, this);
@@ -56,6 +57,7 @@ FolderView::FolderView(WindowContext& context, WindowMemory& memory, const QList
   layout->setSpacing(0);
   layout->addWidget(header_);
   layout->addWidget(question_);
+  layout->addWidget(trouble_);
   layout->addWidget(warning_);
   layout->addWidget(splitter_, 1);
   titleTabs();
@@ -114,6 +116,11 @@ void FolderView::show(const PoolInfo& info, const std::optional<TransferProgress
   titleTabs();
   showDetails();
   showQuestion();
+  if (info.trouble.empty()) {
+    trouble_->hide();
+  } else {
+    trouble_->say(said(info.trouble), MessageBar::Weight::Warning, {}, {}, true);
+  }
   if (isOther) {
     warning_->hide();
     details_->showFile(info.name, {});

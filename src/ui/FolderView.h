@@ -71,6 +71,7 @@ class FolderView : public QWidget {
   PoolInfo info_;
   FolderHeader* header_;
   MessageBar* question_;
+  MessageBar* trouble_;
   MessageBar* warning_;
   QSplitter* splitter_;
   QTabWidget* tabs_;

@@ -112,13 +112,20 @@ TEST_F(StateTest, isHonestFromTheFirstToTheLast) {
     return arrived("more") == "of it" && state(bob) == "in step";
   }));
 
-  bob.platform.processes.troubles.nextStatus = 12;
-  ASSERT_TRUE(bob.operations->sync("Docs"));
-  ASSERT_TRUE(until([&] { return contact(bob).standing == Contact::Standing::Unreachable; }));
+  const auto trouble = [&] {
+    return bob.operations->info(*bob.app->peer().presence("Docs")).trouble;
+  };
+  for (const bool isAgain : {false, true}) {
+    bob.platform.processes.troubles.nextStatus = 12;
+    ASSERT_TRUE(bob.operations->sync("Docs"));
+    ASSERT_TRUE(until([&] { return contact(bob).failures == (isAgain ? 2 : 1); }));
+    EXPECT_EQ(trouble(), isAgain ? contact(bob).reason : "") << "one failure alone tells little";
+  }
   EXPECT_NE(contact(bob).reason.find("Error syncing folder 'Docs'"), std::string::npos);
   EXPECT_EQ(state(bob), "checking");
   EXPECT_EQ(bob.platform.workspace.count("Synchronization Error"), 1U);
   ASSERT_TRUE(until([&] { return state(bob) == "in step"; })) << state(bob);
+  EXPECT_EQ(trouble(), "");
 
   world.network.setUp("alpha", false);
   ASSERT_TRUE(until([&] { return state(bob) == "alone"; }, 600));

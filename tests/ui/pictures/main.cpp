@@ -13,6 +13,7 @@
 #include "ui/ConflictsTab.h"
 #include "ui/DetailsPane.h"
 #include "ui/DifferenceDialog.h"
+#include "ui/FolderListModel.h"
 #include "ui/FolderView.h"
 #include "ui/Languages.h"
 #include "ui/MissingTab.h"
@@ -282,7 +283,35 @@ class Studio : public WindowStage {
     settle(120);
     draw("problem");
     ann.platform.files.move("/elsewhere", "/home/user/Photos 2026");
+    drawWrongPassword();
+    drawFullDisk();
     close();
+  }
+
+  void drawWrongPassword() {
+    ann.operations->subscribe("Budget", "/home/user/Budget", "wrong", [](const Result<>&) {});
+    window->selectFolder("Budget");
+    until([&] { return window->folders().row("Budget")->info.state.needsPerson(); }, 300);
+    closeDialogs();
+    draw("problem-password");
+  }
+
+  void drawFullDisk() {
+    constexpr int FileTrouble = 11;  // of the transfer tool
+    window->selectFolder("Music");
+    ann.operations->subscribe("Music", "/home/user/Music", {}, [](const Result<>&) {});
+    until([&] { return ann.isActive("Music"); }, 300);
+    settle(60);
+    bob.platform.files.write("/home/user/Music/Encore.flac", "lala");
+    until(
+        [&] {
+          ann.platform.processes.troubles.nextStatus = FileTrouble;
+          return !window->folders().row("Music")->info.trouble.empty();
+        },
+        600);
+    news->flush();
+    draw("problem-disk");
+    ann.platform.processes.troubles = {};
   }
 
   QString folder_;
