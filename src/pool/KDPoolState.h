@@ -216,9 +216,10 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   SeenFiles seen_;
   /// What the copy run in progress may bring, and which version that is.
   std::map<std::string, KDLogFileEntry*> copying_;
-  std::map<std::string, KDLogFileEntry*> listed_;  ///< the same, as the last listing told
-  std::set<std::string> unverified_;               ///< whose disk state may be a guess
-  std::set<std::string> noTwins_;                  ///< of another size than they would have to be
+  std::map<std::string, KDLogFileEntry*> listed_;     ///< the same, as the last listing told
+  std::map<std::string, std::uint64_t> listedSizes_;  ///< bytes
+  std::set<std::string> unverified_;                  ///< whose disk state may be a guess
+  std::set<std::string> noTwins_;  ///< of another size than they would have to be
   double listingsAskedAt_ = 0;
   double listingsPause_ = 0;  ///< seconds until they are asked for again
 

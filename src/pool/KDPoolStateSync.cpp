@@ -271,6 +271,7 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
     seen.size.reset();
     if (entry.kind != 'd') seen.size = entry.size;
   }
+  listedSizes_ = plan.sizes;
   isSeenStale_ = true;
   publish();
   if (plan.files.contains(std::string(IgnoreFileName)) && plan.files.size() > 1) {

@@ -104,6 +104,18 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
           joinPath(settings_.folderPath, text));
       continue;
     }
+    const auto listed = listedSizes_.find(text);
+    if (copying_.contains(text) && !isUnchanged && attributes->kind == FileKind::Regular &&
+        listed != listedSizes_.end() && listed->second != attributes->size) {
+      // Edited as soon as it was here, its time kept. Recorded as what lay elsewhere, it is logged
+      // as new.
+      KDDiskState state = KDDiskState::of(*attributes, found);
+      state.size = listed->second;
+      state.inode = 0;
+      record_->set(*path, state);
+      listener_->scanWanted();
+      continue;
+    }
     const bool isVerified = attributes->kind != FileKind::Regular || copying_.contains(text) ||
                             (isUnchanged && !disk->isGuess);
     if (found == selected.leaf && !isVerified) {

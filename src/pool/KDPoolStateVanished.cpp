@@ -138,7 +138,7 @@ void KDPoolState::logFileSystemDeletionsAtPaths(const std::set<std::string>& pat
     if (!folder_->attributes(path)) record_->forget(*record);
     const unsigned remaining = selectedLeaf(*record).count;
     if (remaining > 0) addTodoFiles({path});  // another branch lives on: fetch it
-    setConflict(remaining > 1, *record);
+    setConflict(record->activeLeafCount > 1, *record);
   }
 }
 

@@ -350,7 +350,8 @@ KDLogFileEntry* KDVersionTree::versionWithModTime(const KDPathRecord& path, doub
   const KDLogFileEntry* chosen = selectedEntry(path, userId);
   std::vector<KDLogFileEntry*> matches;  // newest first
   for (KDLogFileEntry* entry = path.newest; entry; entry = entry->previous()) {
-    if (entry->modTime() != modTime) continue;
+    // A directory's time is when it was logged; a file that has it is none.
+    if (entry->modTime() != modTime || entry->isDirectory()) continue;
     if (chosen && chosen->isParentOfEntry(entry)) return entry;
     matches.push_back(entry);
   }

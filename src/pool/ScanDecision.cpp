@@ -151,7 +151,8 @@ ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
     return taken(tree, existing, facts);
   }
   // A time tells which version a file is, here and elsewhere, so each version has its own.
-  const bool isKnownTime = time != 0 && existing;
+  // With that of a directory that it replaces it would be a mere choice.
+  const bool isKnownTime = time != 0 && (existing || record->entry->modTime() == time);
   const ScanDecision modified{isKnownTime ? ScanAction::LogLaterTime : ScanAction::LogModification,
                               nullptr, record->isGuess ? nullptr : record->entry};
   if (facts.attributes.kind != record->kind || existing == record->entry) return modified;

@@ -1,5 +1,6 @@
 #include "sim/Contents.h"
 
+#include <algorithm>
 #include <functional>
 #include <sstream>
 #include <unordered_set>
@@ -37,15 +38,17 @@ std::string Contents::make(std::size_t size) {
 void Contents::wrote(SimulatedPeer& author, const std::string& path, const std::string& content) {
   const auto attributes = author.host.files.attributesOf(author.path(path));
   if (!attributes || attributes->kind != FileKind::Regular) return;
-  if (const auto known = written_.find(content); known != written_.end()) {
-    const Written& before = known->second;
-    const bool isThatVersion = before.isLogged && before.author == author.name() &&
-                               before.path == path && before.time == attributes->modTime;
-    if (isThatVersion)
-      return;  // put back with its time: nothing new, and may be replaced as before
-  }
+  auto& past = history_[{author.name(), path}];
+  const bool wasHere =
+      std::find(past.begin(), past.end(), std::pair(content, attributes->modTime)) != past.end();
+  const bool isThatVersion =
+      wasHere && std::any_of(versions_.begin(), versions_.end(), [&](const auto& version) {
+        return version.second == content && std::get<0>(version.first) == path &&
+               std::get<1>(version.first) == author.userId();
+      });
+  if (isThatVersion) return;  // put back with its time: nothing new, and may be replaced as before
   written_[content] = {author.name(), path, attributes->modTime, false, false};
-  history_[{author.name(), path}].emplace_back(content, attributes->modTime);
+  past.emplace_back(content, attributes->modTime);
 }
 
 void Contents::moved(SimulatedPeer& peer, const std::string& path) {

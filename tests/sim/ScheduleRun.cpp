@@ -75,6 +75,9 @@ void ScheduleRun::mayDie(const std::function<void()>& something) {
     }
     restartsAt_[dead->name()] = net.world.clock.now() + plan.downtime;
   }
+  // The end of another must not leave a program between on and off.
+  SimulatedPeer* const quitting = std::exchange(quitting_, nullptr);
+  if (quitting != nullptr && quitting->isRunning()) quitting->crash();
 }
 
 void ScheduleRun::pass(double seconds) {
@@ -155,7 +158,10 @@ bool ScheduleRun::performByProgram(SimulatedPeer& peer, const Words& words) {
     double& skew = skews_[peer.name()];
     peer.host.clock.step(number(words[1]) - std::exchange(skew, number(words[1])));
   } else if (verb == "quit") {
-    if (peer.isRunning()) peer.quit();
+    if (!peer.isRunning()) return true;
+    quitting_ = &peer;
+    peer.quit();
+    quitting_ = nullptr;
   } else if (verb == "off") {
     if (peer.isRunning()) peer.setIsOn(false);
   } else if (verb == "start") {

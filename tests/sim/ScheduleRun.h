@@ -69,6 +69,7 @@ class ScheduleRun {
   std::map<std::string, Plan> plans_;         ///< how the next crash of a computer goes on
   std::map<std::string, double> restartsAt_;  ///< virtual time
   std::map<std::string, double> skews_;
+  SimulatedPeer* quitting_ = nullptr;  ///< just now
   std::set<std::string> gone_;
   std::set<std::string> furnished_;
   std::map<std::string, std::pair<std::string, std::string>> drops_;  ///< path → who, what
