@@ -7,8 +7,10 @@
 #include "addressbook/PersonProperties.h"
 #include "addressbook/VCardEditor.h"
 #include "addressbook/VCardPerson.h"
+#include "platform/Lanes.h"
 #include "platform/Platform.h"
 #include "platform/Random.h"
+#include "platform/RunLoop.h"
 #include "platform/UserDefaults.h"
 
 namespace zolvar {
@@ -42,6 +44,7 @@ CardBook::CardBook(std::unique_ptr<CardSource> source, Platform& platform,
     : platform_(platform),
       center_(center),
       unknown_(Failure{FailureKind::Transient, "use the address book", "", "it is being read"}),
+      lane_(platform.lanes.start("cards")),
       source_(std::move(source)) {}
 
 CardBook::~CardBook() = default;
@@ -58,15 +61,42 @@ std::vector<std::string> CardBook::allPersonProperties() const {
 /// Nothing is read before somebody asks.
 Result<> CardBook::checkIsRead() {
   if (!std::exchange(isStarted_, true)) {
-    source_->start({[this](KeptCards cards) { takeAll(std::move(cards)); },
-                    [this](KeptCards changed, const std::vector<std::string>& removed) {
-                      takeChanges(std::move(changed), removed);
+    source_->start({[this](KeptCards cards) {
+                      understand(std::move(cards), [this](Records& records) { takeAll(records); });
                     },
-                    [this](const Failure& failure) { lose(failure); },
-                    [this](std::size_t count) { forgetWritten(count); }});
+                    [this](KeptCards changed, const std::vector<std::string>& removed) {
+                      understand(std::move(changed), [this, removed](Records& records) {
+                        takeChanges(records, removed);
+                      });
+                    },
+                    [this](const Failure& failure) {
+                      understand({}, [this, failure](Records&) { lose(failure); });
+                    },
+                    [this](std::size_t count) {
+                      understand({}, [this, count](Records&) { forgetWritten(count); });
+                    }});
   }
   if (unknown_) return tl::unexpected(*unknown_);
   return {};
+}
+
+/// Reading thousands of cards takes longer than anybody should wait.
+void CardBook::understand(KeptCards cards, std::function<void(Records&)> then) {
+  lane_->post([kept = std::make_shared<KeptCards>(std::move(cards)), then = std::move(then),
+               &runLoop = platform_.runLoop, alive = std::weak_ptr(isAlive_)] {
+    const auto records = std::make_shared<Records>();
+    for (auto& [id, card] : *kept) records->emplace(id, recordOf(id, std::move(card)));
+    runLoop.post([records, then, alive] {
+      if (alive.lock()) then(*records);
+    });
+  });
+}
+
+bool CardBook::isGroup(const std::string& name) const {
+  return newGroups_.contains(name) ||
+         std::any_of(records_.begin(), records_.end(), [&name](const auto& entry) {
+           return entry.second.isPerson && contains(entry.second.categories, name);
+         });
 }
 
 std::set<std::string> CardBook::groupNames() const {
@@ -88,7 +118,7 @@ Result<std::string> CardBook::nameOfGroup(const std::string& groupId) {
   if (const auto isRead = checkIsRead(); !isRead) return tl::unexpected(isRead.error());
   const std::string name =
       groupId.starts_with(GroupPrefix) ? groupId.substr(GroupPrefix.size()) : std::string();
-  if (!name.empty() && groupNames().contains(name)) return name;
+  if (!name.empty() && isGroup(name)) return name;
   return fail(FailureKind::Absent, "find the group", groupId);
 }
 
@@ -289,30 +319,31 @@ bool CardBook::isSame(const Record& one, const Record& other) {
          hasAllOf(one.person, other.person) && hasAllOf(other.person, one.person);
 }
 
-std::optional<CardBook::Record> CardBook::expected(const std::string& id, KeptCard card) const {
+std::optional<CardBook::Record> CardBook::expected(const std::string& id, Record record) const {
   if (removed_.contains(id)) return std::nullopt;
-  if (const auto found = edits_.find(id); found != edits_.end()) {
-    for (const auto& edit : found->second) card.text = edit.edit(card.text);
-  }
+  const auto found = edits_.find(id);
+  if (found == edits_.end()) return record;
+  KeptCard card = std::move(record.card);
+  for (const auto& edit : found->second) card.text = edit.edit(card.text);
   return recordOf(id, std::move(card));
 }
 
-void CardBook::put(const std::string& id, KeptCard card, AddressBookDidChange& told) {
+void CardBook::put(const std::string& id, Record told, AddressBookDidChange& changes) {
   const auto known = records_.find(id);
-  if (known != records_.end() && known->second.card.text == card.text) {
-    known->second.card = std::move(card);
+  if (known != records_.end() && known->second.card.text == told.card.text) {
+    known->second.card = std::move(told.card);
     known->second.isKept = true;
     return;
   }
-  auto record = expected(id, std::move(card));
+  auto record = expected(id, std::move(told));
   if (!record) return;
   record->isKept = true;
   if (known == records_.end()) {
-    if (record->isPerson) told.inserted.push_back(id);
+    if (record->isPerson) changes.inserted.push_back(id);
     records_.emplace(id, std::move(*record));
     return;
   }
-  if (!isSame(known->second, *record)) told.updated.push_back(id);
+  if (!isSame(known->second, *record)) changes.updated.push_back(id);
   known->second = std::move(*record);
 }
 
@@ -323,15 +354,15 @@ void CardBook::drop(const std::string& id, AddressBookDidChange& told) {
   records_.erase(known);
 }
 
-void CardBook::takeAll(KeptCards cards) {
+void CardBook::takeAll(Records& records) {
   const auto groupsBefore = groupNames();
   AddressBookDidChange told;
   std::vector<std::string> gone;
   for (const auto& [id, record] : records_) {
-    if (!cards.contains(id)) gone.push_back(id);
+    if (!records.contains(id)) gone.push_back(id);
   }
   for (const auto& id : gone) drop(id, told);
-  for (auto& [id, card] : cards) put(id, std::move(card), told);
+  for (auto& [id, record] : records) put(id, std::move(record), told);
   const bool isNews = unknown_.has_value();
   unknown_.reset();
   if (isNews) {  // whoever waited is told even that there is nothing
@@ -342,11 +373,11 @@ void CardBook::takeAll(KeptCards cards) {
   tell(std::move(told), groupsBefore);
 }
 
-void CardBook::takeChanges(KeptCards changed, const std::vector<std::string>& removed) {
+void CardBook::takeChanges(Records& changed, const std::vector<std::string>& removed) {
   const auto groupsBefore = groupNames();
   AddressBookDidChange told;
   for (const auto& id : removed) drop(id, told);
-  for (auto& [id, card] : changed) put(id, std::move(card), told);
+  for (auto& [id, record] : changed) put(id, std::move(record), told);
   if (!unknown_) tell(std::move(told), groupsBefore);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -14,13 +15,15 @@
 
 namespace zolvar {
 
+class Lane;
 struct Platform;
 
 /// An address book of cards that a CardSource keeps; its groups are the cards' categories. Reading
 /// begins when the book is first asked something; then it answers from memory. What is changed here
 /// is in memory at once and goes to the source with `save`; until it is written there, it is
-/// applied again to whatever the source tells, so that nobody's change is lost. Platform and centre
-/// outlive it. Main thread.
+/// applied again to whatever the source tells, so that nobody's change is lost. What the source
+/// tells is understood on a lane, in the order of telling. Platform and centre outlive it. Main
+/// thread.
 ///
 /// A group without members is in no card: it lasts as long as the object.
 class CardBook : public AddressBook {
@@ -67,6 +70,7 @@ class CardBook : public AddressBook {
   [[nodiscard]] static Record recordOf(const std::string& id, KeptCard card);
   [[nodiscard]] static bool isSame(const Record& one, const Record& other);
   [[nodiscard]] Result<> checkIsRead();
+  [[nodiscard]] bool isGroup(const std::string& name) const;
   [[nodiscard]] Result<std::string> nameOfGroup(const std::string& groupId);
   [[nodiscard]] std::set<std::string> groupNames() const;
   [[nodiscard]] const Record* person(const std::string& personId) const;
@@ -74,13 +78,14 @@ class CardBook : public AddressBook {
   [[nodiscard]] std::string newUid() const;
   Result<> change(const std::string& personId, CardEdit edit);
 
-  void takeAll(KeptCards cards);
-  void takeChanges(KeptCards changed, const std::vector<std::string>& removed);
+  void understand(KeptCards cards, std::function<void(Records&)> then);
+  void takeAll(Records& records);
+  void takeChanges(Records& changed, const std::vector<std::string>& removed);
   void lose(const Failure& failure);
   void forgetWritten(std::size_t count);
   /// A card as it will be when all that is asked for is written; nothing when it will be gone.
-  [[nodiscard]] std::optional<Record> expected(const std::string& id, KeptCard card) const;
-  void put(const std::string& id, KeptCard card, AddressBookDidChange& told);
+  [[nodiscard]] std::optional<Record> expected(const std::string& id, Record record) const;
+  void put(const std::string& id, Record told, AddressBookDidChange& changes);
   void drop(const std::string& id, AddressBookDidChange& told);
   void tell(AddressBookDidChange told, const std::set<std::string>& groupsBefore);
 
@@ -96,6 +101,8 @@ class CardBook : public AddressBook {
   std::map<std::string, std::vector<Edit>> edits_;  ///< not written yet, by record id
   std::map<std::string, std::uint64_t> added_;      ///< the write that adds the record
   std::map<std::string, std::uint64_t> removed_;    ///< the write that removes it
+  const std::shared_ptr<Lane> lane_;
+  const std::shared_ptr<bool> isAlive_ = std::make_shared<bool>(true);
   const std::unique_ptr<CardSource> source_;
 };
 

@@ -139,11 +139,11 @@ MirroredCards KDAddressPool::readCards(FileSystem& fileSystem,
   return cards;
 }
 
-void KDAddressPool::withCards(std::function<void(const MirroredCards&)> job) {
+void KDAddressPool::withCards(std::function<void(MirroredCards&)> job) {
   onFilesLane([weak = weak_from_this(), &fileSystem = platform().fileSystem,
                reader = book_.cardReader(), &runLoop = platform().runLoop, path = folderPath(),
                job = std::move(job)] {
-    const auto cards = std::make_shared<const MirroredCards>(readCards(fileSystem, reader, path));
+    const auto cards = std::make_shared<MirroredCards>(readCards(fileSystem, reader, path));
     runLoop.post([weak, job, cards] {
       if (const auto pool = weak.lock()) job(*cards);
     });
@@ -242,7 +242,7 @@ void KDAddressPool::exportGroup(Outcome outcome) {
   for (const std::string& fileName : difference.toImport) {
     toImport.insert(outcome.cards.extract(fileName));
   }
-  if (!toImport.empty()) importCards(toImport, [] {});
+  if (!toImport.empty()) importCards(std::move(toImport), [] {});
   if (difference.changes.empty()) return exportEnded();
   changeFiles(difference.changes, [weak = weak_from_this(), changes = difference.changes,
                                    marks = difference.marks](const Result<bool>& changed) {
@@ -273,25 +273,24 @@ void KDAddressPool::noteTaskDidEnd(const std::set<std::string>& loadedFiles,
     tell();
     return copyVCardsFromAddressBook();
   }
-  withCards([this, loadedFiles, tell](const MirroredCards& cards) {
+  withCards([this, loadedFiles, tell](MirroredCards& cards) {
     noteProblems(cards);
     MirroredCards loaded;
-    for (const std::string& file : loadedFiles) {
-      const auto found = cards.find(file);
-      if (found != cards.end()) loaded.insert(*found);
-    }
+    for (const std::string& file : loadedFiles) loaded.insert(cards.extract(file));
     if (!isActive()) return tell();
-    importCards(loaded, [this, tell] {
+    importCards(std::move(loaded), [this, tell] {
       tell();
       copyVCardsFromAddressBook();
     });
   });
 }
 
-void KDAddressPool::importCards(const MirroredCards& cards, std::function<void()> done) {
-  for (const auto& [fileName, card] : cards) toImport_.insert_or_assign(fileName, card);
+void KDAddressPool::importCards(MirroredCards cards, std::function<void()> done) {
+  const bool isAny = !cards.empty();
+  cards.merge(toImport_);  // the newer ones stay
+  toImport_ = std::move(cards);
   afterImport_.push_back(std::move(done));
-  confirmsImport_ = confirmsImport_ || (!isConfirming_ && !cards.empty());
+  confirmsImport_ = confirmsImport_ || (!isConfirming_ && isAny);
   if (std::exchange(isImporting_, true)) return;
   memory_.load();
   importSome();

@@ -69,13 +69,13 @@ class KDAddressPool final : public KDFilePool {
 
   static MirroredCards readCards(FileSystem& fileSystem, const AddressBook::CardReader& reader,
                                  const std::string& folderPath);
-  void withCards(std::function<void(const MirroredCards&)> job);
+  void withCards(std::function<void(MirroredCards&)> job);
   [[nodiscard]] Result<ComparedGroup> groupToCompare();
   void exportEnded();
   void exportGroup(Outcome outcome);
   void holdMassDeletion(std::vector<FileChange>& changes, std::size_t cards,
                         const std::set<std::string>& allowed);
-  void importCards(const MirroredCards& cards, std::function<void()> done);
+  void importCards(MirroredCards cards, std::function<void()> done);
   void importSome();
   void importEnded();
   void updateABFromVCard(const ABGroup& group, const std::string& fileName,
