@@ -14,6 +14,7 @@
 #include "platform/Platform.h"
 #include "platform/qt/SystemPlatform.h"
 #include "pool/KDPoolState.h"
+#include "support/QuietListener.h"
 
 namespace {
 
@@ -23,26 +24,6 @@ constexpr int Folders = 1'000;
 constexpr int FilesAFolder = 100;
 constexpr int Rounds = 5;
 constexpr double Budget = 1.3;
-
-class DeafListener final : public PoolStateListener {
- public:
-  explicit DeafListener(std::uint64_t& fileCount) : fileCount_(fileCount) {}
-  void stateDidChange(std::shared_ptr<const PoolSnapshot> snapshot) override {
-    fileCount_ = snapshot->fileCount;
-  }
-  void conflictDidOccur(const std::string&) override {}
-  void willDeleteFiles(const std::set<std::string>&) override {}
-  void announcementNeeded() override {}
-  void fullSyncNeeded() override {}
-  void questionRaised(std::shared_ptr<const DeleteQuestion>) override {}
-  void pathsNotAccessible() override {}
-  void folderMoved(const std::string&) override {}
-  void scanWanted() override {}
-  void warn(const std::string&) override {}
-
- private:
-  std::uint64_t& fileCount_;
-};
 
 }  // namespace
 
@@ -67,19 +48,19 @@ int main(int argc, char** argv) {
     }
   }
 
-  std::uint64_t fileCount = 0;
+  std::shared_ptr<const PoolSnapshot> snapshot;
   Pace pace;
   pace.freshFiles = 0;
   Platform& platform = (*system)->platform();
   KDPoolState state({"Docs", folder, "me@here.local", pace}, platform,
-                    std::make_unique<DeafListener>(fileCount));
+                    std::make_unique<QuietListener>(snapshot));
   if (const auto activated = state.activate(); !activated) {
     fmt::print(stderr, "{}\n", activated.error().message());
     return 1;
   }
   constexpr std::uint64_t Expected = Folders * FilesAFolder + Folders + Folders / 50;
-  if (fileCount != Expected) {
-    fmt::print(stderr, "{} paths logged instead of {}\n", fileCount, Expected);
+  if (snapshot->fileCount != Expected) {
+    fmt::print(stderr, "{} paths logged instead of {}\n", snapshot->fileCount, Expected);
     return 1;
   }
 

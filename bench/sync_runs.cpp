@@ -23,6 +23,7 @@
 #include "pool/KDPoolState.h"
 #include "pool/KDPoolSync.h"
 #include "pool/TransferRun.h"
+#include "support/QuietListener.h"
 
 namespace {
 
@@ -37,17 +38,9 @@ constexpr std::size_t LargeSize = 128U << 20;
 constexpr std::chrono::milliseconds BetweenScans{
     2100};  ///< sooner, a scan waits for the next second
 
-class NoListener : public PoolStateListener {
+class WarningListener final : public QuietListener {
  public:
-  void stateDidChange(std::shared_ptr<const PoolSnapshot>) override {}
-  void conflictDidOccur(const std::string&) override {}
-  void willDeleteFiles(const std::set<std::string>&) override {}
-  void announcementNeeded() override {}
-  void fullSyncNeeded() override {}
-  void questionRaised(std::shared_ptr<const DeleteQuestion>) override {}
-  void pathsNotAccessible() override {}
-  void folderMoved(const std::string&) override {}
-  void scanWanted() override {}
+  using QuietListener::QuietListener;
   void warn(const std::string& text) override { fmt::print(stderr, "{}\n", text); }
 };
 
@@ -60,7 +53,7 @@ class Member {
     fs::create_directories(folder_ + "/.Zolvar");
     lane_ = platform.lanes.start("state of " + userId);
     state_ = std::make_shared<KDPoolState>(KDPoolState::Settings{"Docs", folder_, userId, {}},
-                                           platform, std::make_unique<NoListener>());
+                                           platform, std::make_unique<WarningListener>(snapshot_));
     settings_.poolName = "Docs";
     settings_.ownUserId = userId;
     std::ofstream(folder_ + "/.Zolvar/" + userId + ".fplog", std::ios::app).flush();
@@ -86,6 +79,7 @@ class Member {
  private:
   Platform& platform_;
   std::string folder_;
+  std::shared_ptr<const PoolSnapshot> snapshot_;
   std::shared_ptr<Lane> lane_;
   std::shared_ptr<KDPoolState> state_;
   std::optional<KDPoolSync> sync_;

@@ -7,31 +7,12 @@
 
 #include "pool/FolderWatch.h"
 #include "pool/KDPoolState.h"
+#include "support/QuietListener.h"
 #include "support/SimulatedPlatform.h"
 #include "util/PathRules.h"
 
 namespace zolvar {
 namespace {
-
-class QuietListener final : public PoolStateListener {
- public:
-  explicit QuietListener(std::shared_ptr<const PoolSnapshot>& snapshot) : snapshot_(snapshot) {}
-  void stateDidChange(std::shared_ptr<const PoolSnapshot> snapshot) override {
-    snapshot_ = std::move(snapshot);
-  }
-  void conflictDidOccur(const std::string&) override {}
-  void willDeleteFiles(const std::set<std::string>&) override {}
-  void announcementNeeded() override {}
-  void fullSyncNeeded() override {}
-  void questionRaised(std::shared_ptr<const DeleteQuestion>) override {}
-  void pathsNotAccessible() override {}
-  void folderMoved(const std::string&) override {}
-  void scanWanted() override {}
-  void warn(const std::string&) override {}
-
- private:
-  std::shared_ptr<const PoolSnapshot>& snapshot_;
-};
 
 /// A member of a pool, whose folder is observed or not.
 class Member {
