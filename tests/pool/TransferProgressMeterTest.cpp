@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "pool/ArrivingName.h"
 #include "pool/TransferProgressMeter.h"
 #include "support/SimulatedPlatform.h"
 
@@ -18,6 +19,32 @@ TEST(TransferOrder, putsFilesBeforeFoldersAndSortsByBytes) {
   std::reverse(sorted.begin(), sorted.end());
   std::sort(sorted.begin(), sorted.end(), comesFirstInTransfer);
   EXPECT_EQ(order, sorted);
+}
+
+/// As the tool was seen to do it.
+TEST(ArrivingName, isTheTargetsCutToMakeRoom) {
+  const auto many = [](std::string_view text, int count) {
+    std::string all;
+    while (count-- > 0) all += text;
+    return all;
+  };
+  const struct {
+    std::string name, target;
+  } rows[] = {{".plain.5veRjf", "plain"},
+              {".dotted.UjosIK", ".dotted"},
+              {"..two.zaxGkR", "..two"},
+              {".tail.fqfJ0d", "tail."},
+              {"." + many("x", 246) + ".ZIcnJr", many("x", 250)},
+              {"." + many("y", 245) + ".xghbXS", many("y", 245) + many("\u00e9", 3)},
+              {".Ut6yJm", many("\u00e9", 125) + "abcd"}};
+  for (const auto& [name, target] : rows) {
+    for (const auto& other : rows) {
+      EXPECT_EQ(isArriving(name, other.target), target == other.target) << name << other.target;
+    }
+  }
+  for (const char* name : {"plain.5veRjf", ".plain.5veRj", ".plain.5ve-jf", ".plain-5veRjf"}) {
+    EXPECT_FALSE(isArriving(name, "plain")) << name;
+  }
 }
 
 class TransferProgressMeterTest : public testing::Test {
