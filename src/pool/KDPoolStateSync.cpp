@@ -143,6 +143,10 @@ std::set<std::string> KDPoolState::toBeCompared() const {
 void KDPoolState::askForListings(double now) {
   constexpr double LeastPause = 60;
   constexpr double LongestPause = 15 * 60;
+  std::erase_if(unverified_, [this](const std::string& path) {
+    const KDPathRecord* record = store_->findPath(path);
+    return !record || !record->disk || !record->disk->isGuess;  // gone, or fetched since
+  });
   if (toBeCompared().empty()) {
     listingsPause_ = 0;
   } else if (now - listingsAskedAt_ >= listingsPause_) {
@@ -201,6 +205,11 @@ void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& ent
   if (!disk->isGuess || disk->entry != listed) return;
   // Empty instead of what it should be, after a power failure: what waits to be fetched again.
   if (disk->kind == kind && disk->size == 0 && entry.size > 0) {
+    addTodoFiles({std::string(path.text)});
+    return;
+  }
+  if (looksSame && kind == FileKind::Link) {
+    // A listing tells the length of its target and no more; the tool compares the target itself.
     addTodoFiles({std::string(path.text)});
     return;
   }
@@ -342,8 +351,11 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
     // A choice is carried out here: now that the chosen version can be had.
     const bool isOtherBranch =
         leaf && path->disk && path->disk->entry && !path->disk->entry->isParentOfEntry(leaf);
+    // A link is only compared, by the tool; settleReplacedFiles puts away what was another one.
+    const bool isCompared = path && path->disk && path->disk->isGuess &&
+                            path->disk->kind == FileKind::Link && path->disk->entry == leaf;
     if (isFree && attributes && !isDirectory && path->disk &&
-        (isOtherBranch || path->disk->isUnseen || (leaf && leaf->isDirectory()) ||
+        (isOtherBranch || (path->disk->isUnseen && !isCompared) || (leaf && leaf->isDirectory()) ||
          mayDelete(*path, *attributes))) {
       // Deleted by someone, or to become a directory, or perhaps another file than its time tells.
       trashOne(text);
@@ -394,12 +406,15 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     const auto saved = (*place)->attributes(lastPathComponent(file.savedPath));
     if (!saved || saved->kind == FileKind::Directory) continue;
     const KDDiskState* disk = path->disk;
+    const std::string_view savedName = lastPathComponent(file.savedPath);
     // Moved aside by a rename, it is the very file that the record describes.
     if (disk && disk->kind == saved->kind && disk->size == saved->size &&
         disk->modTime == saved->modTime) {
+      // A link that was taken for the version, and led elsewhere.
+      const bool wasOther = disk->isGuess && saved->kind == FileKind::Link;
+      if (wasOther && !(*place)->trash(savedName)) isSettled = false;
       continue;
     }
-    const std::string_view savedName = lastPathComponent(file.savedPath);
     const auto kept = folder_->attributes(file.path);
     if (disk && kept && kept->kind == FileKind::Regular && disk->isUnchanged(*kept) &&
         saved->kind == FileKind::Regular && saved->size <= kept->size &&

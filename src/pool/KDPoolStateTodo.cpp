@@ -116,7 +116,7 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
       listener_->scanWanted();
       continue;
     }
-    const bool isVerified = attributes->kind != FileKind::Regular || copying_.contains(text) ||
+    const bool isVerified = attributes->kind == FileKind::Directory || copying_.contains(text) ||
                             (isUnchanged && !disk->isGuess);
     if (found == selected.leaf && !isVerified) {
       // It has the right time, and nobody saw it arrive: the next listing tells whether it is that.
@@ -127,7 +127,7 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
       continue;
     }
     if (found == selected.leaf) {
-      if (attributes->kind == FileKind::Directory || !isUnchanged || !disk->entry) {
+      if (attributes->kind != FileKind::Regular || !isUnchanged || !disk->entry) {
         record_->set(*path, KDDiskState::of(*attributes, found));
         isRecordHeld_ = isRecordHeld_ || attributes->kind == FileKind::Regular;
       }
