@@ -1,6 +1,7 @@
 #include "ui/VersionComparison.h"
 
 #include <QFile>
+#include <algorithm>
 #include <optional>
 
 #include "app/Application.h"
@@ -47,8 +48,12 @@ void VersionComparison::compare(const std::string& poolName, const std::string& 
   auto comparison = std::make_shared<Comparison>();
   comparison->poolName = poolName;
   comparison->path = path;
+  // A chosen version that is still to come is not what lies in its place.
+  const auto pool = context_.application.peer().poolNamed(poolName);
+  const auto missing = pool ? pool->snapshot()->missing : nullptr;
+  const bool isToCome = missing && std::binary_search(missing->begin(), missing->end(), path);
   for (const auto* version : {&left, &right}) {
-    Side side{*version, joinPath(folder, path), version->isLocal};
+    Side side{*version, joinPath(folder, path), version->isLocal && !isToCome};
     if (!side.isThere) {
       // A folder each, so that the file keeps its name for the program that opens it.
       const QString own = place_->filePath(QString::number(++number_));
