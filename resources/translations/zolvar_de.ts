@@ -1034,8 +1034,8 @@ Soll Zolvar sie im ganzen Netz löschen oder versuchen, sie wiederzuholen?</tran
         <translation>Noch kein Ordner</translation>
     </message>
     <message>
-        <source>Share a folder with the button below the list, or drag one here. Folders that others share on this network appear by themselves.</source>
-        <translation>Teilen Sie einen Ordner mit dem Knopf unter der Liste, oder ziehen Sie einen hierher. Ordner, die andere in diesem Netz teilen, erscheinen von selbst.</translation>
+        <source>Share a folder of yours, or drag one here. Folders that others share on this network appear by themselves.</source>
+        <translation>Teilen Sie einen Ihrer Ordner, oder ziehen Sie einen hierher. Ordner, die andere in diesem Netz teilen, erscheinen von selbst.</translation>
     </message>
     <message>
         <source>No sync was started.</source>
@@ -1455,10 +1455,6 @@ Gesehen bei: %2</translation>
     <message>
         <source>Connected</source>
         <translation>Verbunden</translation>
-    </message>
-    <message>
-        <source>Not reachable</source>
-        <translation>Nicht erreichbar</translation>
     </message>
     <message>
         <source>just now</source>
@@ -2238,6 +2234,14 @@ Gesehen bei: %2</translation>
     <message>
         <source>there was not enough memory</source>
         <translation>der Arbeitsspeicher reichte nicht</translation>
+    </message>
+    <message>
+        <source>Something is in the way</source>
+        <translation>Etwas steht im Weg</translation>
+    </message>
+    <message>
+        <source>Last sync failed</source>
+        <translation>Letzter Abgleich misslang</translation>
     </message>
 </context>
 </TS>

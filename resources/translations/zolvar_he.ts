@@ -1034,8 +1034,8 @@ Do you want Zolvar to delete them on the network or try to re-get it?</source>
         <translation>עדיין אין תיקייה</translation>
     </message>
     <message>
-        <source>Share a folder with the button below the list, or drag one here. Folders that others share on this network appear by themselves.</source>
-        <translation>שתפו תיקייה בלחצן שמתחת לרשימה, או גררו אחת לכאן. תיקיות שאחרים משתפים ברשת זו מופיעות מעצמן.</translation>
+        <source>Share a folder of yours, or drag one here. Folders that others share on this network appear by themselves.</source>
+        <translation>שתפו תיקייה משלכם, או גררו אחת לכאן. תיקיות שאחרים משתפים ברשת זו מופיעות מעצמן.</translation>
     </message>
     <message>
         <source>No sync was started.</source>
@@ -1455,10 +1455,6 @@ Seen at: %2</source>
     <message>
         <source>Connected</source>
         <translation>מחובר</translation>
-    </message>
-    <message>
-        <source>Not reachable</source>
-        <translation>לא נגיש</translation>
     </message>
     <message>
         <source>just now</source>
@@ -2238,6 +2234,14 @@ Seen at: %2</source>
     <message>
         <source>there was not enough memory</source>
         <translation>לא היה די זיכרון</translation>
+    </message>
+    <message>
+        <source>Something is in the way</source>
+        <translation>משהו מפריע</translation>
+    </message>
+    <message>
+        <source>Last sync failed</source>
+        <translation>הסנכרון האחרון נכשל</translation>
     </message>
 </context>
 </TS>

@@ -48,7 +48,7 @@ FolderFacts folderFacts(const Application& application, const KDPoolPresence& pr
   facts.isPasswordReadable =
       pool.passwordState() == PasswordState::None || pool.passwordState() == PasswordState::Set;
   facts.isClockOff = application.isClockOff();
-  facts.hasQuestion = application.outcomes().openQuestion(pool).has_value();
+  facts.hasQuestion = application.outcomes().openQuestion(pool) != nullptr;
   facts.isScanned = facts.phase == PoolPhase::Active && snapshot->lastScan > 0;
   facts.conflicts = snapshot->conflicts->size();
   facts.missing = snapshot->missing->size();

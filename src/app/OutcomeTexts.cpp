@@ -87,13 +87,13 @@ OutcomeNotice conflictNotice(const PoolText& pool, const std::string& path, std:
 
 // Questions.
 
-Alert deletionAlert(const std::string& poolName, const std::set<std::string>& paths) {
+Alert deletionAlert(const std::string& poolName, const std::vector<std::string>& paths) {
   require(!paths.empty(), "[deleteSet count] > 0");
-  auto files = visibleFiles(paths);
+  auto files = visibleOfSorted(paths);
   if (files.empty()) files.assign(paths.begin(), paths.end());  // nothing is asked about nothing
   const std::size_t count = files.size();
   if (count > LongestQuestionList) {
-    const std::string last = files.back();
+    const auto last = files.back();
     files.resize(LongestQuestionList);
     files.insert(files.end(), {"...", last});
   }

@@ -68,8 +68,8 @@ inline constexpr int ThirdButton = 1002;
 
 /// The question about vanished files: first button "Re-Get", second "Delete Everywhere". Of more
 /// than 14 files, the first 14, "..." and the last are listed.
-/// Requires: files ("[deleteSet count] > 0").
-Alert deletionAlert(const std::string& poolName, const std::set<std::string>& paths);
+/// Requires: files ("[deleteSet count] > 0"), sorted.
+Alert deletionAlert(const std::string& poolName, const std::vector<std::string>& paths);
 Alert pathsNotAccessibleAlert(const std::string& poolName, const std::string& folderPath);
 
 /// What the panel about different passwords shows.

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 
 #include "app/Application.h"
 #include "app/Operations.h"
@@ -205,17 +206,17 @@ void Outcomes::questionDidArise(KDFilePool& pool, const DeleteQuestion& question
 
 void Outcomes::askToDeleteQueuedFiles(KDFilePool& pool, const std::set<std::string>& paths) {
   require(!paths.empty(), "[deleteSet count] > 0");
-  const DeleteQuestion question{++lastGivenUp_, {paths.begin(), paths.end()}};
+  const auto question = std::make_shared<const DeleteQuestion>(
+      DeleteQuestion{++lastGivenUp_, {paths.begin(), paths.end()}});
   givenUp_[pool.name()] = question;
-  askAboutDeletion(pool, question);
+  askAboutDeletion(pool, *question);
   application_.tell([&](auto& observer) { observer.poolDidChange(pool); });
 }
 
-std::optional<DeleteQuestion> Outcomes::openQuestion(const KDFilePool& pool) const {
-  if (isLeft(pool)) return std::nullopt;
+std::shared_ptr<const DeleteQuestion> Outcomes::openQuestion(const KDFilePool& pool) const {
+  if (isLeft(pool)) return nullptr;
   if (const auto found = givenUp_.find(pool.name()); found != givenUp_.end()) return found->second;
-  const auto snapshot = pool.snapshot();
-  return snapshot->question ? std::optional(*snapshot->question) : std::nullopt;
+  return pool.snapshot()->question;
 }
 
 void Outcomes::askAboutDeletion(KDFilePool& pool, const DeleteQuestion& question) {
@@ -223,7 +224,7 @@ void Outcomes::askAboutDeletion(KDFilePool& pool, const DeleteQuestion& question
   const std::uint64_t serial = pool.snapshot()->serial;
   asked_[name] = {question.id, serial};
   frontEnd_->askAboutDeletion(
-      name, deletionAlert(name, {question.paths.begin(), question.paths.end()}),
+      name, deletionAlert(name, question.paths),
       [this, alive = std::weak_ptr<bool>(alive_), name, id = question.id, serial](int code) {
         if (alive.expired()) return;
         const auto asked = asked_.find(name);
@@ -238,7 +239,8 @@ void Outcomes::askAboutDeletion(KDFilePool& pool, const DeleteQuestion& question
 void Outcomes::answer(KDFilePool& pool, int code, std::function<void(Result<>)> done) {
   const std::string name = pool.name();
   if (const auto found = givenUp_.find(name); found != givenUp_.end()) {
-    const std::set<std::string> paths(found->second.paths.begin(), found->second.paths.end());
+    const auto& given = found->second->paths;
+    const std::set<std::string> paths(given.begin(), given.end());
     givenUp_.erase(found);
     if (asked_.erase(name) > 0) frontEnd_->withdrawDeletionAlert(name);
     if (const auto question = openQuestion(pool)) askAboutDeletion(pool, *question);
@@ -268,11 +270,14 @@ void Outcomes::narrowGivenUp(KDFilePool& pool) {
     return;
   }
   const auto missing = pool.snapshot()->missing;
-  auto& paths = found->second.paths;
-  std::erase_if(paths, [&](const std::string& path) {
-    return !std::binary_search(missing->begin(), missing->end(), path);
-  });
-  if (!paths.empty()) return;  // whoever asks need not ask again for fewer
+  const auto& paths = found->second->paths;
+  if (std::includes(missing->begin(), missing->end(), paths.begin(), paths.end())) return;
+  DeleteQuestion left{found->second->id, {}};
+  std::set_intersection(paths.begin(), paths.end(), missing->begin(), missing->end(),
+                        std::back_inserter(left.paths));
+  const bool isAnyLeft = !left.paths.empty();
+  found->second = std::make_shared<const DeleteQuestion>(std::move(left));
+  if (isAnyLeft) return;  // whoever asks need not ask again for fewer
   givenUp_.erase(found);
   if (asked_.erase(pool.name()) > 0) frontEnd_->withdrawDeletionAlert(pool.name());
   if (const auto question = openQuestion(pool)) askAboutDeletion(pool, *question);

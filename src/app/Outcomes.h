@@ -43,7 +43,8 @@ class Outcomes : public ApplicationObserver {
   // wants to give up. One a pool is open; the newer takes the other's place.
   /// Asks whether missing files are to be deleted on the network. Requires: paths.
   void askToDeleteQueuedFiles(KDFilePool& pool, const std::set<std::string>& paths);
-  [[nodiscard]] std::optional<DeleteQuestion> openQuestion(const KDFilePool& pool) const;
+  /// Null: none. The same one as long as it is about the same files.
+  [[nodiscard]] std::shared_ptr<const DeleteQuestion> openQuestion(const KDFilePool& pool) const;
   /// Codes 1000 (fetch again) and 1001 (delete everywhere). Fails (Refused): no question is open.
   void answer(KDFilePool& pool, int code, std::function<void(Result<>)> done);
 
@@ -77,10 +78,10 @@ class Outcomes : public ApplicationObserver {
   std::unique_ptr<FrontEnd> logging_;
   FrontEnd* frontEnd_;
   bool isPasswordFailurePanelShowing_ = false;
-  std::map<std::string, Asked> asked_;              ///< by pool name
-  std::map<std::string, DeleteQuestion> givenUp_;   ///< by pool name
-  std::map<std::string, ConflictState> conflicts_;  ///< by pool name
-  std::map<std::string, std::string> errors_;       ///< text on the screen, by key
+  std::map<std::string, Asked> asked_;                                    ///< by pool name
+  std::map<std::string, std::shared_ptr<const DeleteQuestion>> givenUp_;  ///< by pool name
+  std::map<std::string, ConflictState> conflicts_;                        ///< by pool name
+  std::map<std::string, std::string> errors_;  ///< text on the screen, by key
   std::uint64_t lastGivenUp_ = 0;
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  ///< answers look at it
 };

@@ -14,6 +14,18 @@ bool isHidden(std::string_view path) {
   return path.starts_with('.') || path.find("/.") != std::string_view::npos;
 }
 
+template <class Visible, class Paths>
+std::vector<Visible> visibleOf(const Paths& paths) {
+  std::vector<Visible> visible;
+  std::string bundle;  // the last one kept, with a slash
+  for (const auto& path : paths) {
+    if (isHidden(path) || (!bundle.empty() && path.starts_with(bundle))) continue;
+    visible.emplace_back(path);
+    if (isBundlePath(path)) bundle = path + '/';
+  }
+  return visible;
+}
+
 }  // namespace
 
 bool isBundlePath(std::string_view path) {
@@ -28,14 +40,11 @@ bool isBundlePath(std::string_view path) {
 }
 
 std::vector<std::string> visibleFiles(const std::set<std::string>& paths) {
-  std::vector<std::string> visible;
-  std::string bundle;  // the last one kept, with a slash
-  for (const auto& path : paths) {
-    if (isHidden(path) || (!bundle.empty() && path.starts_with(bundle))) continue;
-    visible.push_back(path);
-    if (isBundlePath(path)) bundle = path + '/';
-  }
-  return visible;
+  return visibleOf<std::string>(paths);
+}
+
+std::vector<std::string_view> visibleOfSorted(const std::vector<std::string>& paths) {
+  return visibleOf<std::string_view>(paths);
 }
 
 std::string pathForDisplay(std::string_view path) {

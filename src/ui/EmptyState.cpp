@@ -5,6 +5,7 @@
 #include <QVBoxLayout>
 
 #include "ui/Icons.h"
+#include "ui/TabParts.h"
 
 namespace zolvar {
 
@@ -34,6 +35,11 @@ EmptyState::EmptyState(const QString& iconName, QWidget* parent)
 void EmptyState::say(const QString& title, const QString& text) {
   title_->setText(title);
   text_->setText(text);
+}
+
+void EmptyState::offer(QAction* action) {
+  auto* below = static_cast<QVBoxLayout*>(layout());
+  below->insertWidget(below->indexOf(text_) + 1, buttonRow({action}, this), 0, Qt::AlignCenter);
 }
 
 void EmptyState::draw() {

@@ -2,6 +2,7 @@
 
 #include <QWidget>
 
+class QAction;
 class QLabel;
 
 namespace zolvar {
@@ -12,6 +13,8 @@ class EmptyState : public QWidget {
  public:
   EmptyState(const QString& iconName, QWidget* parent);
   void say(const QString& title, const QString& text);
+  /// A button below the words, for what can be done about it.
+  void offer(QAction* action);
 
  protected:
   void changeEvent(QEvent* event) override;

@@ -92,8 +92,8 @@ void FolderHeader::faint() {
 void FolderHeader::show(const PoolInfo& info, const std::optional<TransferProgress>& progress) {
   name_->setText(toQt(info.displayName));
   place_->setText(placeText(info, homeFolder_));
-  if (kind_ != info.state.kind || isAddressFolder_ != info.isAddressFolder) {
-    kind_ = info.state.kind;
+  if (kind_ != shownKind(info) || isAddressFolder_ != info.isAddressFolder) {
+    kind_ = shownKind(info);
     isAddressFolder_ = info.isAddressFolder;
     faint();
   }

@@ -144,7 +144,7 @@ QVariant FolderListModel::data(const QModelIndex& index, int role) const {
     case NameRole:
       return toQt(folder->info.name);
     case Qt::DecorationRole:
-      return stateIcon(folder->info.state.kind);
+      return stateIcon(shownKind(folder->info));
     case SummaryRole:
       return summaryText(folder->info, folder->progress);
     case StateKindRole:

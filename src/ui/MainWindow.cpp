@@ -56,8 +56,9 @@ MainWindow::MainWindow(WindowContext& context)
       {actions_->subscribe, actions_->unsubscribe, actions_->open, actions_->sync}, this);
   nothing_ = new EmptyState("zolvar", this);
   nothing_->say(Zolvar::tr("No folder yet"),
-                Zolvar::tr("Share a folder with the button below the list, or drag one here. "
+                Zolvar::tr("Share a folder of yours, or drag one here. "
                            "Folders that others share on this network appear by themselves."));
+  nothing_->offer(actions_->share);
   stack_ = new QStackedWidget(this);
   stack_->addWidget(nothing_);
   stack_->addWidget(view_);
@@ -231,11 +232,10 @@ void MainWindow::resume() {
 
 void MainWindow::answerQuestion(const std::string& poolName) {
   const auto pool = context_.application.peer().poolNamed(poolName);
-  const auto question = pool ? context_.outcomes.openQuestion(*pool) : std::nullopt;
+  const auto question = pool ? context_.outcomes.openQuestion(*pool) : nullptr;
   if (!question || context_.sheets == nullptr) return;
-  const std::set<std::string> paths(question->paths.begin(), question->paths.end());
   context_.sheets->askAboutDeletion(
-      poolName, deletionAlert(poolName, paths), [this, poolName](int code) {
+      poolName, deletionAlert(poolName, question->paths), [this, poolName](int code) {
         context_.operations.answer(poolName, code == SecondButton, [](const Result<>&) {});
       });
 }

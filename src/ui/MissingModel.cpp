@@ -121,6 +121,9 @@ QVariant MissingModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant MissingModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation == Qt::Horizontal && role == Qt::TextAlignmentRole && section == Size) {
+    return QVariant(Qt::AlignRight | Qt::AlignVCenter);
+  }
   if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
   if (section == Size) return Zolvar::tr("Size");
   return section == Path ? Zolvar::tr("File") : Zolvar::tr("Seen at");

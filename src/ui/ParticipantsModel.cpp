@@ -98,6 +98,12 @@ int ParticipantsModel::columnCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : ColumnCount;
 }
 
+/// The last one that worked; 0: none that is known of.
+double ParticipantsModel::lastSync(const ParticipantInfo& info) {
+  const bool hasFailed = info.contact.standing == Contact::Standing::Unreachable;
+  return hasFailed ? info.contact.lastExchange : info.lastSync;
+}
+
 QVariant ParticipantsModel::text(const ParticipantInfo& info, Column column) const {
   switch (column) {
     case Person:
@@ -109,9 +115,10 @@ QVariant ParticipantsModel::text(const ParticipantInfo& info, Column column) con
       }
       return toQt(host);
     }
-    case LastSync:
-      if (info.lastSync == 0) return Zolvar::tr("not yet");
-      return agoText(info.lastSync, application_.platform().clock.now());
+    case LastSync: {
+      const double when = lastSync(info);
+      return when == 0 ? Zolvar::tr("not yet") : agoText(when, application_.platform().clock.now());
+    }
     case Standing:
       return contactText(info);
     case ColumnCount:
@@ -144,7 +151,9 @@ QVariant ParticipantsModel::data(const QModelIndex& index, int role) const {
         if (!participant->contact.reason.empty()) lines += said(participant->contact.reason);
         return lines.isEmpty() ? QVariant() : lines.join('\n');
       }
-      if (column == LastSync && participant->lastSync != 0) return dateText(participant->lastSync);
+      if (column == LastSync && lastSync(*participant) != 0) {
+        return dateText(lastSync(*participant));
+      }
       return personText(participant->address.userId());
     case Qt::AccessibleTextRole: {
       const QString words = text(*participant, column).toString();

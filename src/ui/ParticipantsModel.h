@@ -39,6 +39,7 @@ class ParticipantsModel : public QAbstractTableModel {
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
  private:
+  [[nodiscard]] static double lastSync(const ParticipantInfo& info);
   [[nodiscard]] QVariant text(const ParticipantInfo& info, Column column) const;
   void loadPictures();
 

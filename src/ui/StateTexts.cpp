@@ -19,6 +19,13 @@ QString pausedText(const PoolInfo& info) {
 
 }  // namespace
 
+FolderStateKind shownKind(const PoolInfo& info) {
+  using enum FolderStateKind;
+  const auto kind = info.state.kind;
+  const bool isCalm = kind == Fetching || kind == Missing || kind == Alone || kind == Checking;
+  return isCalm && !info.trouble.empty() ? WaitingForDrive : kind;
+}
+
 QString stateText(const PoolInfo& info, const std::optional<TransferProgress>& progress) {
   using enum FolderStateKind;
   switch (info.state.kind) {
@@ -48,7 +55,7 @@ QString stateText(const PoolInfo& info, const std::optional<TransferProgress>& p
     case Alone:
       return Zolvar::tr("Nobody else is here");
     case Checking:
-      return Zolvar::tr("Checking");
+      return info.trouble.empty() ? Zolvar::tr("Checking") : Zolvar::tr("Something is in the way");
     case InStep:
       return Zolvar::tr("In step");
   }
@@ -140,7 +147,7 @@ QString contactText(const ParticipantInfo& info) {
     case Contact::Standing::Reachable:
       return Zolvar::tr("Connected");
     case Contact::Standing::Unreachable:
-      return Zolvar::tr("Not reachable");
+      return Zolvar::tr("Last sync failed");
   }
   return {};
 }

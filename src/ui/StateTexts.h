@@ -9,6 +9,9 @@ namespace zolvar {
 
 // A folder's state in the words of the window.
 
+/// The state whose picture is shown: one that waits for a person, where something keeps the folder
+/// from going on.
+FolderStateKind shownKind(const PoolInfo& info);
 /// "In step", "Fetching 3 of 7", "Conflict in 2 files": short, for the header and the tray.
 QString stateText(const PoolInfo& info, const std::optional<TransferProgress>& progress);
 /// What that means for the person, in a sentence; empty where the short one says it all.

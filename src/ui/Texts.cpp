@@ -1,12 +1,22 @@
 #include "ui/Texts.h"
 
 #include <QDateTime>
+#include <QGuiApplication>
 #include <QLocale>
 #include <cmath>
 
 #include "util/PathRules.h"
 
 namespace zolvar {
+namespace {
+
+QString isolated(const QString& text) {
+  constexpr QChar FirstStrongIsolate(0x2068);
+  constexpr QChar PopIsolate(0x2069);
+  return FirstStrongIsolate + text + PopIsolate;
+}
+
+}  // namespace
 
 QString EnglishPlurals::translate(const char* /*context*/, const char* source,
                                   const char* /*disambiguation*/, int count) const {
@@ -16,8 +26,10 @@ QString EnglishPlurals::translate(const char* /*context*/, const char* source,
 }
 
 QString bytesText(std::uint64_t bytes) {
-  return QLocale().formattedDataSize(static_cast<qint64>(bytes), 1,
-                                     QLocale::DataSizeTraditionalFormat);
+  const QString text = QLocale().formattedDataSize(static_cast<qint64>(bytes), 1,
+                                                   QLocale::DataSizeTraditionalFormat);
+  // Keeps "2.0 kB" together in words that run the other way.
+  return QGuiApplication::isRightToLeft() ? isolated(text) : text;
 }
 
 QString dateText(double seconds) {
@@ -53,10 +65,7 @@ QString remainingText(double seconds) {
 }
 
 QString personText(const std::string& userId) {
-  constexpr QChar FirstStrongIsolate(0x2068);
-  constexpr QChar PopIsolate(0x2069);
-  return FirstStrongIsolate + QString::fromStdString(std::string(withoutLocalSuffix(userId))) +
-         PopIsolate;
+  return isolated(QString::fromStdString(std::string(withoutLocalSuffix(userId))));
 }
 
 }  // namespace zolvar

@@ -64,11 +64,11 @@ TrayIcon::~TrayIcon() { icon_.setContextMenu(nullptr); }
 void TrayIcon::update() {
   std::vector<FolderState> states;
   const auto& rows = window_.folders().rows(FolderListModel::Mine);
-  for (const auto& row : rows) states.push_back(row.info.state);
+  for (const auto& row : rows) states.push_back({shownKind(row.info), {}});
   const FolderStateKind state = overallState(states);
   QString words = Zolvar::tr("Zolvar: no folder yet");
   const auto first = std::find_if(rows.begin(), rows.end(),
-                                  [&](const auto& row) { return row.info.state.kind == state; });
+                                  [&](const auto& row) { return shownKind(row.info) == state; });
   if (first != rows.end()) {
     words = state == FolderStateKind::InStep
                 ? Zolvar::tr("Zolvar: everything is in step")
@@ -99,7 +99,7 @@ void TrayIcon::addFolders() {
   for (std::size_t each = 0; each < std::min(rows.size(), MostFolders); ++each) {
     const auto& row = rows[each];
     QString words = toQt(row.info.name) + " — " + stateText(row.info, row.progress);
-    QAction* action = menu_->addAction(stateIcon(row.info.state.kind), words.replace('&', "&&"));
+    QAction* action = menu_->addAction(stateIcon(shownKind(row.info)), words.replace('&', "&&"));
     connect(action, &QAction::triggered, this, [this, name = row.info.name] {
       window_.selectFolder(name);
       window_.comeToFront();

@@ -78,15 +78,18 @@ TEST(OutcomeTexts, cutLongLists) {
   EXPECT_TRUE(fifteen.ends_with("\nf24"));
   EXPECT_EQ(successNotice(docs, numbered(16)).description, fifteen + "\n...");
 
-  EXPECT_EQ(deletionAlert("Docs", {"b", "a"}).text,
+  EXPECT_EQ(deletionAlert("Docs", {"a", "b"}).text,
             "2 files have been (re-)moved from Synced Folder 'Docs' (a, b).\n"
             "Do you want Zolvar to delete them on the network or try to re-get it?");
-  const Alert alert = deletionAlert("Docs", numbered(20));
+  const auto alertAbout = [](const std::set<std::string>& paths) {
+    return deletionAlert("Docs", {paths.begin(), paths.end()});
+  };
+  const Alert alert = alertAbout(numbered(20));
   EXPECT_EQ(alert.title, "Network-Delete files in 'Docs'?");
   EXPECT_EQ(alert.buttons, (std::vector<std::string>{"Re-Get", "Delete Everywhere"}));
   EXPECT_NE(alert.text.find("20 files"), std::string::npos);
   EXPECT_NE(alert.text.find("f22, f23, ..., f29)"), std::string::npos) << alert.text;
-  EXPECT_EQ(deletionAlert("Docs", numbered(14)).text.find("..."), std::string::npos);
+  EXPECT_EQ(alertAbout(numbered(14)).text.find("..."), std::string::npos);
   EXPECT_NE(deletionAlert("Docs", {".x"}).text.find("1 files"), std::string::npos);
   EXPECT_THROW(deletionAlert("Docs", {}), InconsistencyError);
 }

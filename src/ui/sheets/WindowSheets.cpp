@@ -6,7 +6,6 @@
 #include "app/Operations.h"
 #include "app/Outcomes.h"
 #include "app/SheetsController.h"
-#include "app/VisibleFiles.h"
 #include "ui/FolderNews.h"
 #include "ui/MainWindow.h"
 #include "ui/Texts.h"
@@ -228,16 +227,15 @@ void WindowSheets::askAboutPassword(const std::string& poolName, const PasswordF
 void WindowSheets::askAboutDeletion(const std::string& poolName, const Alert& alert,
                                     std::function<void(int)> answered) {
   withdrawDeletionAlert(poolName);
-  auto* sheet = new DeletionSheet(alert, asCode(std::move(answered)), &window_);
+  const auto describe = [this, poolName](const std::string& path) {
+    return context_.operations.describe(poolName, path);
+  };
+  auto* sheet = new DeletionSheet(alert, asCode(std::move(answered)), describe, &window_);
   const auto update = [this, sheet, poolName] {
-    QStringList files;
     const auto pool = context_.application.peer().poolNamed(poolName);
-    const auto question = pool ? context_.outcomes.openQuestion(*pool) : std::nullopt;
-    if (!question) return;
-    for (const auto& path : visibleFiles({question->paths.begin(), question->paths.end()})) {
-      files += toQt(context_.operations.describe(poolName, path));
+    if (const auto question = pool ? context_.outcomes.openQuestion(*pool) : nullptr) {
+      sheet->showFiles(question);
     }
-    sheet->showFiles(files);
   };
   QObject::connect(&context_.news, &FolderNews::changed, sheet, update);
   update();

@@ -41,11 +41,9 @@ TEST_F(QuestionSheetTest, asksAboutVanishedFiles) {
   EXPECT_EQ(sheet<DeletionSheet>(), nullptr);
 
   const auto question = *ann.app->outcomes().openQuestion(ann.pool("Recipes"));
-  real->askAboutDeletion(
-      "Recipes", deletionAlert("Recipes", {question.paths.begin(), question.paths.end()}),
-      [&](int code) {
-        ann.operations->answer("Recipes", code == SecondButton, [](const Result<>&) {});
-      });
+  real->askAboutDeletion("Recipes", deletionAlert("Recipes", question.paths), [&](int code) {
+    ann.operations->answer("Recipes", code == SecondButton, [](const Result<>&) {});
+  });
   press<DeletionSheet>("Re-Get");
   ASSERT_TRUE(until([&] { return isAt(ann, "leek.txt") && isAt(ann, "apple.txt"); }, 600));
   settle(60);
