@@ -235,7 +235,7 @@ TEST_F(KDPoolStateTest, keepsBothSidesOfAConcurrentEdit) {
   fetch("f", "first", 90);
   put("f", "mine");
   scan();
-  arrives("bob@beta.local", {line(200, 100, "f", 190)});
+  arrives("bob@beta.local", {line(200, 100, "f", 190), line(250, 200, "f", 240)});
   EXPECT_EQ(heard.conflicts, std::vector<std::string>{"f"});
   EXPECT_EQ(*host.files.readAll(path("f")), "mine");
   EXPECT_TRUE(missing().empty());
@@ -246,7 +246,9 @@ TEST_F(KDPoolStateTest, keepsBothSidesOfAConcurrentEdit) {
   EXPECT_EQ(missing(), std::vector<std::string>{"f"});
   EXPECT_FALSE(state->selectBranch("f", leafOf("bob@beta.local"))) << "chosen already";
   scan();
-  fetch("f", "bob's", 190);
+  fetch("f", "bob's older", 190);
+  EXPECT_EQ(*host.files.readAll(path("f")), "mine") << "only the chosen one takes its place";
+  fetch("f", "bob's", 240);
   EXPECT_TRUE(host.files.wasTrashed("mine"));
   EXPECT_EQ(*host.files.readAll(path("f")), "bob's");
   EXPECT_FALSE(state->deleteBranch("f", {"me@alpha.local", 1})) << "no such version";
