@@ -215,7 +215,10 @@ void KDAddressPool::copyVCardsFromAddressBook() {
 
 void KDAddressPool::exportEnded() {
   isExporting_ = isConfirming_ = false;
-  if (std::exchange(exportsAgain_, false)) copyVCardsFromAddressBook();
+  if (std::exchange(exportsAgain_, false)) return copyVCardsFromAddressBook();
+  constexpr int Reget = 1000;  // what the export has not written
+  const auto question = std::exchange(lossQuestion_, std::nullopt);
+  if (question) answerQuestion(*question, Reget, [](const Result<>&) {});
 }
 
 void KDAddressPool::exportGroup(Outcome outcome) {

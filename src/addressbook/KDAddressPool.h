@@ -64,7 +64,7 @@ class KDAddressPool final : public KDFilePool {
   void noteTaskDidEnd(const std::set<std::string>& loadedFiles,
                       const std::function<void()>& tell) override;
   void didDeleteFiles(const std::set<std::string>& paths) override;
-  [[nodiscard]] bool shouldDeleteFiles() const override { return true; }
+  bool didLoseFiles(const DeleteQuestion& question) override;
   [[nodiscard]] bool isPolled() const override { return false; }
 
   static MirroredCards readCards(FileSystem& fileSystem, const AddressBook::CardReader& reader,
@@ -108,6 +108,7 @@ class KDAddressPool final : public KDFilePool {
   /// What an import has brought in step, until the book is saved.
   std::map<std::string, AddressMemory::Mark> pendingMarks_;
   std::map<std::string, std::string> problems_;  ///< told: file name → digest of the card
+  std::optional<std::uint64_t> lossQuestion_;    ///< answered when the export is through
   std::set<std::string> heldDeletions_;          ///< wait whether their people come back
   std::set<std::string> allowedDeletions_;  ///< have waited long enough, for the next comparison
   bool isExporting_ = false;

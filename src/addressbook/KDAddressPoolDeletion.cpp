@@ -45,6 +45,15 @@ void KDAddressPool::holdMassDeletion(std::vector<FileChange>& changes, std::size
                 [&deleted](const FileChange& change) { return deleted.contains(change.path); });
 }
 
+/// Contacts are deleted in the address book: what somebody removed here is written anew.
+bool KDAddressPool::didLoseFiles(const DeleteQuestion& question) {
+  platform().log.warning("'{}': {} cards have vanished from the folder and are put back.", name(),
+                         question.paths.size());
+  lossQuestion_ = question.id;
+  copyVCardsFromAddressBook();
+  return true;
+}
+
 void KDAddressPool::didDeleteFiles(const std::set<std::string>& paths) {
   memory_.load();
   std::set<std::string> deleted;

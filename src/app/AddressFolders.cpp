@@ -50,6 +50,8 @@ void AddressFolders::mergeNeeded(const KDAddressMergeNeeded& needed) {
   std::vector<std::string> people;
   for (const std::string& file : needed.files) {
     paths.push_back(joinPath(needed.pool->folderPath(), file));
+    const std::string own = book_->addressToOpen(memory_->uniqueIdForFilename(file));
+    if (!own.empty()) paths.push_back(own);
     people.push_back(needed.pool->descriptionForFile(file));
   }
   const std::string name = needed.pool->name();

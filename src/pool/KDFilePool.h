@@ -163,8 +163,8 @@ class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
   }
   /// Peers deleted these, and they are gone.
   virtual void didDeleteFiles(const std::set<std::string>& /*paths*/) {}
-  /// Whether files that vanished here are deleted on the network without a question.
-  [[nodiscard]] virtual bool shouldDeleteFiles() const { return false; }
+  /// Files vanished here. True: the pool answers the question itself, and nobody is asked.
+  virtual bool didLoseFiles(const DeleteQuestion& /*question*/) { return false; }
   /// Whether the folder is looked at by itself, and not only when a sync begins.
   [[nodiscard]] virtual bool isPolled() const { return true; }
 

@@ -39,7 +39,8 @@ class KDFilePool::StateToMain final : public PoolStateListener {
   }
   void questionRaised(std::shared_ptr<const DeleteQuestion> question) override {
     hop([question = std::move(question)](KDFilePool& pool) {
-      if (pool.delegate_ && !pool.shouldDeleteFiles()) {
+      if (pool.didLoseFiles(*question)) return;
+      if (pool.delegate_) {
         pool.delegate_->shouldDeleteFiles(pool, *question);
       } else {
         constexpr int Delete = 1001;  // what nobody can object to

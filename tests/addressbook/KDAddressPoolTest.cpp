@@ -177,7 +177,7 @@ TEST_F(KDAddressPoolTest, queuesAnAlikeNameForMergingAndLosesNeither) {
   EXPECT_TRUE(bob.pool().mergePaths().empty());
   ASSERT_TRUE(bob.host.platform.workspace.click("Merge Contacts in 'Friends'?"));
   EXPECT_EQ(bob.host.platform.workspace.opened,
-            std::vector<std::string>{bob.folder() + "/" + lee + ".vcf"});
+            (std::vector<std::string>{bob.folder() + "/" + lee + ".vcf", "contact:" + leeds}));
 
   // Bob goes on with Anne, ann with Ann: they are two people as long as nobody merges them.
   const auto card = bob.file(lee + ".vcf");
@@ -438,6 +438,23 @@ TEST_F(KDAddressPoolTest, waitsBeforeItDeletesMostOfAGroup) {
   world.loop.advance(500);
   EXPECT_EQ(bob.members().size(), 12U);
   EXPECT_TRUE(untilMembers(bob, {})) << ann.host.platform.log.text();
+}
+
+TEST_F(KDAddressPoolTest, putsBackCardsThatVanishFromTheFolder) {
+  const std::string lee = ann.add("Lee", "Young");
+  const std::string max = ann.add("Max", "Old");
+  pair();
+  ASSERT_TRUE(untilMembers(bob, {"Lee Young", "Max Old"}));
+  bob.set(bob.idOf("Lee Young"), ABProperty::Note, "only for bob");
+  ann.host.platform.files.remove(ann.folder() + "/" + lee + ".vcf");
+  ann.host.platform.files.remove(ann.folder() + "/" + max + ".vcf");
+  bob.set(bob.idOf("Max Old"), ABProperty::Organization, "Acme");  // a sync, which looks
+  ASSERT_TRUE(untilMembers(ann, {"Lee Young", "Max Old (Acme)"})) << ann.host.platform.log.text();
+  ASSERT_TRUE(until([&] { return ann.file(lee + ".vcf") && ann.file(max + ".vcf"); }));
+  world.loop.advance(120);
+  EXPECT_EQ(bob.members(), ann.members());
+  EXPECT_TRUE(bob.content.people.at(bob.idOf("Lee Young")).value(ABProperty::Note));
+  EXPECT_TRUE(ann.host.pool(Pool).snapshot()->missing->empty());
 }
 
 TEST_F(KDAddressPoolTest, readsInNobodyWhoseCardCouldNotBeDeleted) {
