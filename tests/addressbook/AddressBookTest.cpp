@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "addressbook/BookUnderTest.h"
+#include "addressbook/PersonProperties.h"
 #include "addressbook/VCardPerson.h"
 #include "platform/UserDefaults.h"
 
@@ -129,6 +130,21 @@ TEST_P(AddressBookTest, keepsPeopleAndGroups) {
   EXPECT_EQ(later.personWithVCardData((*later.recordForUniqueId(again))->vCardData)->uniqueId,
             again);
   EXPECT_EQ(own_->count, 0);  // nobody else did anything
+  EXPECT_NE(later.addressToOpen(ann), "");
+}
+
+TEST_P(AddressBookTest, takesOldCardsAsTheyAreMeant) {
+  const auto card = book().personWithVCardData(
+      "BEGIN:VCARD\r\nVERSION:2.1\r\nUID:old\r\nTEL;CELL;PREF:1\r\nN;CHARSET=UTF-8;ENCODING="
+      "QUOTED-PRINTABLE:M=C3=BCl=\r\nler;J=C3=B6rg\r\nPHOTO;JPEG;ENCODING=BASE64:/9j/4AAQSkZJ\r\n"
+      "RgABAQ==\r\n\r\nEND:VCARD\r\n");
+  const auto old = book().addPerson(*card);
+  ASSERT_TRUE(book().save());
+  AddressBook& later = *other([&](AddressBook& b) { return has(b, *old); }).book;
+  const auto checked = checkedProperties(book());
+  EXPECT_TRUE(hasEqualProperties(**later.recordForUniqueId(*old), *card, checked))
+      << (*later.recordForUniqueId(*old))->vCardData;
+  EXPECT_EQ(text(later, *old, ABProperty::LastName), "M\u00FCller");
 }
 
 TEST_P(AddressBookTest, changesAndRemoves) {

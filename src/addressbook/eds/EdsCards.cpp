@@ -8,6 +8,7 @@
 #include <future>
 #include <optional>
 
+#include "addressbook/PlainCard.h"
 #include "addressbook/eds/GlibThread.h"
 #include "platform/Log.h"
 
@@ -62,6 +63,18 @@ std::string textOf(EContact* contact) {
   std::string card = text ? text.get() : "";
   if (!card.ends_with('\n')) card += "\r\n";
   return card;
+}
+
+/// What Evolution shows the contact for; the name is for programs that can only search.
+std::string addressOf(ESource* source, EContact* contact) {
+  const auto escaped = [](const char* text) {
+    const Text plain(g_uri_escape_string(text ? text : "", nullptr, TRUE));
+    return std::string(plain.get());
+  };
+  const auto* name = static_cast<const char*>(e_contact_get_const(contact, E_CONTACT_FULL_NAME));
+  return fmt::format("contacts:?source-uid={}&contact-uid={}&name={}",
+                     escaped(e_source_get_uid(source)), escaped(uidOf(contact).c_str()),
+                     escaped(name));
 }
 
 std::string ownContact() {
@@ -227,16 +240,16 @@ class EdsCards::Session {
       const std::string uid = uidOf(contact);
       if (uid.empty()) continue;
       if (initial_) {
-        (*initial_)[idOf(uid)] = {textOf(contact), true, ""};
-      } else if (auto text = textNow(uid)) {
-        cards[idOf(uid)] = {std::move(*text), true, ""};
+        (*initial_)[idOf(uid)] = cardOf(contact);
+      } else if (auto card = cardNow(uid)) {
+        cards[idOf(uid)] = std::move(*card);
       }
     }
     if (!cards.empty()) tell([cards](Front& front) { front.events.changed(cards, {}); });
   }
 
   /// As the server has it at this moment: a signal can be older than what was written since.
-  std::optional<std::string> textNow(const std::string& uid) {
+  std::optional<KeptCard> cardNow(const std::string& uid) {
     Error error;
     EContact* contact = nullptr;
     if (!calling(error, [&](GError** e) {
@@ -245,7 +258,10 @@ class EdsCards::Session {
         })) {
       return std::nullopt;
     }
-    return textOf(Object<EContact>(contact).get());
+    return cardOf(Object<EContact>(contact).get());
+  }
+  [[nodiscard]] KeptCard cardOf(EContact* contact) const {
+    return {textOf(contact), true, addressOf(source_.get(), contact)};
   }
 
   // Ids: the server's are any text, and some servers give their own.
@@ -281,7 +297,7 @@ class EdsCards::Session {
       }
       KeptCards written;
       if (next.kind != CardWrite::Kind::Remove) {
-        if (auto text = textNow(uidOfId(next.id))) written[next.id] = {std::move(*text), true, ""};
+        if (auto card = cardNow(uidOfId(next.id))) written[next.id] = std::move(*card);
       }
       tell([written](Front& front) {
         if (!written.empty()) front.events.changed(written, {});
@@ -304,7 +320,7 @@ class EdsCards::Session {
       return failureOf(error, "remove the contact", next.id);
     }
     if (next.kind == CardWrite::Kind::Add) {
-      const Object<EContact> contact(e_contact_new_from_vcard(next.text.c_str()));
+      const Object<EContact> contact(e_contact_new_from_vcard(plainCard(next.text).c_str()));
       char* given = nullptr;
       calling(error, [&](GError** e) {
         return e_book_client_add_contact_sync(client_.get(), contact.get(),

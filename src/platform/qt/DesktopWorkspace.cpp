@@ -7,6 +7,9 @@
 #include <QStandardPaths>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
+#include <QUrlQuery>
+#include <string_view>
 
 #include "platform/qt/AutostartEntry.h"
 #include "platform/qt/DesktopNotices.h"
@@ -34,6 +37,9 @@ constexpr SettingsProgram SettingsPrograms[] = {
     {SettingsPage::Firewall, "systemsettings5", "kcm_firewall"},
 };
 
+/// What the desktop's address book calls its contacts by.
+constexpr std::string_view ContactScheme = "contacts:";
+
 bool startDetached(const QString& program, const QStringList& arguments) {
   QProcess process;
   process.setProgram(program);
@@ -55,8 +61,27 @@ DesktopWorkspace::DesktopWorkspace(Log& log) : log_(log) {}
 DesktopWorkspace::~DesktopWorkspace() = default;
 
 void DesktopWorkspace::open(const std::string& path) {
+  if (path.starts_with(ContactScheme)) return openContact(QString::fromStdString(path));
   if (!startDetached(QStringLiteral("xdg-open"), {QString::fromStdString(path)})) {
     log_.warning("Could not open '{}': xdg-open is not installed.", path);
+  }
+}
+
+/// No desktop has a handler for these; without a program that we know, nothing is shown.
+void DesktopWorkspace::openContact(const QString& address) {
+  const auto isInstalled = [](const QString& program) {
+    return !QStandardPaths::findExecutable(program).isEmpty();
+  };
+  const QString search = QStringLiteral("gnome-contacts");
+  const QString show = QStringLiteral("evolution");
+  const QString name =
+      QUrlQuery(QUrl(address)).queryItemValue(QStringLiteral("name"), QUrl::FullyDecoded);
+  if (!name.isEmpty() && isInstalled(search)) {
+    startDetached(search, {QStringLiteral("--search"), name});
+  } else if (isInstalled(show)) {
+    startDetached(show, {address});
+  } else {
+    log_.debug("No program that shows a contact of the desktop's address book is installed.");
   }
 }
 

@@ -5,6 +5,8 @@
 #include "platform/Log.h"
 #include "platform/Workspace.h"
 
+class QString;
+
 namespace zolvar {
 
 class DesktopNotices;
@@ -27,6 +29,8 @@ class DesktopWorkspace final : public Workspace {
   void beep() override;
 
  private:
+  void openContact(const QString& address);
+
   Log& log_;
   std::unique_ptr<DesktopNotices> notices_;
 };

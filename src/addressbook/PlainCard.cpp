@@ -1,0 +1,68 @@
+#include "addressbook/PlainCard.h"
+
+#include <algorithm>
+
+#include "addressbook/VCardReader.h"
+#include "util/PathRules.h"
+
+namespace zolvar {
+namespace {
+
+bool isPlain(const VCardLine& line, std::string_view raw) {
+  const std::string_view head = raw.substr(0, raw.find(':'));
+  return !line.isBase64 && isValidUtf8(raw) && head.find('"') == std::string_view::npos;
+}
+
+std::string parameterText(const VCardLine::Parameter& parameter) {
+  std::string text;
+  bool isQuoted = false;
+  for (const char character : parameter.value) {
+    isQuoted = isQuoted || character == ':' || character == ';' || character == ',';
+    if (character == '\n' || character == '"' || character == '^') {
+      text += '^';
+      text += character == '\n' ? 'n' : character == '"' ? '\'' : '^';
+    } else {
+      text += character;
+    }
+  }
+  const std::string_view quote = isQuoted ? "\"" : "";
+  return ";" + parameter.name + "=" + std::string(quote) + text + std::string(quote);
+}
+
+std::string written(const VCardLine& line) {
+  std::string text = (line.group.empty() ? "" : line.group + ".") + line.name;
+  for (const auto& parameter : line.parameters) {
+    if (parameter.name == "ENCODING" || parameter.name == "CHARSET") continue;
+    text += parameterText(parameter);
+  }
+  text += line.isBase64 ? ";ENCODING=b:" : ":";
+  for (const char character : line.value) {
+    const bool isBlank = character == ' ' || character == '\t';
+    if (character == '\r' || character == '\0' || (line.isBase64 && isBlank)) continue;
+    text += character == '\n' ? "\\n" : std::string(1, character);
+  }
+  return text + "\r\n";
+}
+
+}  // namespace
+
+std::string plainCard(std::string_view card) {
+  const auto lines = linesOfCard(card);
+  const bool isOld = std::any_of(lines.begin(), lines.end(), [](const VCardLine& line) {
+    return line.name == "VERSION" && line.value.starts_with("2");
+  });
+  std::string plain;
+  for (const VCardLine& line : lines) {
+    const std::string_view raw = card.substr(line.begin, line.end - line.begin);
+    if (isOld && line.name == "VERSION") {
+      plain += "VERSION:3.0\r\n";
+    } else if (isOld || !isPlain(line, raw)) {
+      plain += written(line);
+    } else {
+      plain += raw;
+    }
+  }
+  return plain;
+}
+
+}  // namespace zolvar
