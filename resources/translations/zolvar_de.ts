@@ -653,7 +653,7 @@ Tipp: Schalten Sie in den Systemeinstellungen unter „Datum und Uhrzeit“ die 
     </message>
     <message>
         <source>Re-Get</source>
-        <translation>Wiederholen</translation>
+        <translation>Zurückholen</translation>
     </message>
     <message>
         <source>Synced Folder &apos;{}&apos; is not accessible to Zolvar.
@@ -963,7 +963,7 @@ Bitte wählen oder erstellen Sie einen anderen Ordner.</translation>
         <source>{} files have been (re-)moved from Synced Folder &apos;{}&apos; ({}).
 Do you want Zolvar to delete them on the network or try to re-get it?</source>
         <translation>Aus dem synchronisierten Ordner „{1}“ wurden Dateien verschoben oder gelöscht ({0}): {2}.
-Soll Zolvar sie im ganzen Netz löschen oder versuchen, sie wiederzuholen?</translation>
+Soll Zolvar sie im ganzen Netz löschen oder versuchen, sie zurückzuholen?</translation>
     </message>
     <message>
         <source>{} versions were kept at &apos;{}&apos;; give the id of one of them.</source>
@@ -1774,7 +1774,7 @@ Gesehen bei: %2</translation>
     </message>
     <message>
         <source>Re-Get brings the files back here from the others. Delete Everywhere moves them to the Trash of everybody who has them.</source>
-        <translation>„Wiederholen“ bringt die Dateien von den anderen hierher zurück. „Überall löschen“ legt sie bei allen, die sie haben, in den Papierkorb.</translation>
+        <translation>„Zurückholen“ bringt die Dateien von den anderen wieder hierher. „Überall löschen“ legt sie bei allen, die sie haben, in den Papierkorb.</translation>
     </message>
     <message>
         <source>Folder</source>
@@ -2242,6 +2242,10 @@ Gesehen bei: %2</translation>
     <message>
         <source>Last sync failed</source>
         <translation>Letzter Abgleich misslang</translation>
+    </message>
+    <message>
+        <source>Nobody can fetch from this computer. %1</source>
+        <translation>Von diesem Computer kann niemand etwas holen. %1</translation>
     </message>
 </context>
 </TS>

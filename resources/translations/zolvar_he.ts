@@ -2243,5 +2243,9 @@ Seen at: %2</source>
         <source>Last sync failed</source>
         <translation>הסנכרון האחרון נכשל</translation>
     </message>
+    <message>
+        <source>Nobody can fetch from this computer. %1</source>
+        <translation>איש אינו יכול להביא ממחשב זה. %1</translation>
+    </message>
 </context>
 </TS>

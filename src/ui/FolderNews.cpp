@@ -56,6 +56,7 @@ void FolderNews::warning(const std::string& poolName, const std::string& sentenc
 }
 
 void FolderNews::serverDidChange(bool running, const std::string& trouble) {
+  serverTrouble_ = trouble;
   Q_EMIT serverChanged(running, trouble);
 }
 

@@ -22,6 +22,8 @@ class FolderNews : public QObject, public ApplicationObserver {
   explicit FolderNews(Application& application);
   ~FolderNews() override;
 
+  /// Why others cannot fetch from here now; empty while they can.
+  [[nodiscard]] const std::string& serverTrouble() const { return serverTrouble_; }
   /// Tells now what is gathered.
   void flush();
 
@@ -44,6 +46,7 @@ class FolderNews : public QObject, public ApplicationObserver {
   Application& application_;
   std::set<std::string> changed_;
   bool isListChanged_ = false;
+  std::string serverTrouble_;
   RunLoop::Id timer_ = 0;
 };
 

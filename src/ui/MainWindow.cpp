@@ -10,6 +10,7 @@
 #include <QTabWidget>
 #include <QTreeView>
 #include <QUrl>
+#include <QVBoxLayout>
 #include <algorithm>
 
 #include "app/Application.h"
@@ -27,6 +28,7 @@
 #include "ui/FolderNews.h"
 #include "ui/FolderView.h"
 #include "ui/MainWindowActions.h"
+#include "ui/MessageBar.h"
 #include "ui/MissingTab.h"
 #include "ui/Sheets.h"
 #include "ui/Texts.h"
@@ -64,7 +66,16 @@ MainWindow::MainWindow(WindowContext& context)
   stack_->addWidget(view_);
   splitter_ = new QSplitter(this);
   splitter_->addWidget(list_);
-  splitter_->addWidget(stack_);
+  serverTrouble_ = new MessageBar(this);
+  warning_ = new MessageBar(this);
+  auto* right = new QWidget(this);
+  auto* below = new QVBoxLayout(right);
+  below->setContentsMargins(0, 0, 0, 0);
+  below->setSpacing(0);
+  below->addWidget(serverTrouble_);
+  below->addWidget(warning_);
+  below->addWidget(stack_, 1);
+  splitter_->addWidget(right);
   splitter_->setStretchFactor(1, 1);
   splitter_->setChildrenCollapsible(false);
   splitter_->setHandleWidth(1);
@@ -88,8 +99,11 @@ MainWindow::MainWindow(WindowContext& context)
   connect(&context.news, &FolderNews::changed, this, &MainWindow::changed);
   connect(&context.news, &FolderNews::warned, this,
           [this](const std::string& name, const std::string& sentence) {
-            if (name.empty() || name == selectedFolder()) view_->warn(said(sentence));
+            if (name.empty()) warning_->say(said(sentence), MessageBar::Weight::Warning);
+            if (!name.empty() && name == selectedFolder()) view_->warn(said(sentence));
           });
+  connect(&context.news, &FolderNews::serverChanged, this, &MainWindow::showServerTrouble);
+  showServerTrouble();
   connect(view_, &FolderView::questionWanted, this, &MainWindow::answerQuestion);
   if (const auto folder = memory_.recallText("Folder"); !folder.empty()) list_->select(folder);
   showSelected();
@@ -136,6 +150,13 @@ void MainWindow::showSelected() {
   stack_->setCurrentIndex(row == nullptr ? 0 : 1);
   setWindowTitle(row != nullptr ? toQt(row->info.displayName) : QString());
   if (row != nullptr) view_->show(row->info, row->progress);
+}
+
+void MainWindow::showServerTrouble() {
+  const auto& trouble = context_.news.serverTrouble();
+  if (trouble.empty()) return serverTrouble_->hide();
+  serverTrouble_->say(Zolvar::tr("Nobody can fetch from this computer. %1").arg(said(trouble)),
+                      MessageBar::Weight::Warning, {}, {}, true);
 }
 
 void MainWindow::updateActions(const PoolInfo* info) {

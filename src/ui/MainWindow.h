@@ -20,6 +20,7 @@ class FolderList;
 class FolderListModel;
 class FolderView;
 class MainWindowActions;
+class MessageBar;
 class Sheets;
 struct PoolInfo;
 
@@ -64,6 +65,7 @@ class MainWindow : public QMainWindow {
   void makeMenus();
   void changed(const std::set<std::string>& names, bool isList);
   void showSelected();
+  void showServerTrouble();
   void updateActions(const PoolInfo* info);
   void syncNow();
   void pause(std::optional<double> seconds);
@@ -81,6 +83,8 @@ class MainWindow : public QMainWindow {
   FolderListModel* model_;
   FolderList* list_;
   FolderView* view_;
+  MessageBar* serverTrouble_;
+  MessageBar* warning_;  ///< about the program
   EmptyState* nothing_;
   QStackedWidget* stack_;
   QSplitter* splitter_;

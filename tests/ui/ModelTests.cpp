@@ -3,16 +3,19 @@
 #include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QListView>
 #include <QTableView>
 #include <QTreeView>
 #include <algorithm>
 #include <random>
 
+#include "app/OutcomeTexts.h"
 #include "ui/ConflictsModel.h"
 #include "ui/MissingModel.h"
 #include "ui/PersonColors.h"
 #include "ui/Selections.h"
 #include "ui/Texts.h"
+#include "ui/sheets/DeletionSheet.h"
 
 namespace zolvar {
 namespace {
@@ -197,6 +200,29 @@ TEST(Budget, holdsForAHundredThousandMissingFiles) {
             }),
             Budget)
       << "to click a row";
+}
+
+TEST(Budget, holdsForAQuestionAboutAHundredThousandFiles) {
+  auto question = std::make_shared<DeleteQuestion>();
+  for (int number = 0; number < 100'000; ++number) question->paths.push_back(pathOf(number));
+  int described = 0;
+  const auto describe = [&](const std::string& path) {
+    ++described;
+    return path;
+  };
+  QWidget window;
+  window.show();
+  EXPECT_LT(quickest([&](int) {
+              const Alert alert = deletionAlert("Docs", question->paths);
+              DeletionSheet sheet(alert, {}, describe, &window);
+              sheet.showFiles(question);
+              sheet.show();
+              QApplication::processEvents();
+              EXPECT_EQ(sheet.findChild<QListView*>()->model()->rowCount(), 100'000);
+            }),
+            Budget)
+      << "to ask";
+  EXPECT_LT(described, 1000) << "only what is seen";
 }
 
 TEST(Budget, holdsForFiveThousandConflicts) {

@@ -15,6 +15,7 @@
 #include "ui/FolderList.h"
 #include "ui/FolderListModel.h"
 #include "ui/FolderView.h"
+#include "ui/MessageBar.h"
 #include "ui/MissingTab.h"
 #include "ui/PersonColors.h"
 #include "ui/StateTexts.h"
@@ -95,6 +96,23 @@ TEST_F(WindowTest, showsTheFirstFolderThatComes) {
   shareAmongAll("Recipes", {"bread.txt"});
   settle(1);
   EXPECT_EQ(window->selectedFolder(), "Recipes") << "its section came with it";
+}
+
+TEST_F(WindowTest, tellsWhatIsWrongWithTheProgramWithoutAnyFolder) {
+  openWindow();
+  const auto words = [&] {
+    std::string all;
+    for (const auto* bar : window->findChildren<MessageBar*>()) {
+      if (bar->isVisible()) all += bar->text().toStdString() + "\n";
+    }
+    return all;
+  };
+  EXPECT_EQ(words(), "");
+  ann.app->tell([](auto& observer) { observer.serverDidChange(false, "No port is free."); });
+  ann.app->warn("", "The tool is old.");
+  EXPECT_EQ(words(), "Nobody can fetch from this computer. No port is free.\nThe tool is old.\n");
+  ann.app->tell([](auto& observer) { observer.serverDidChange(true, ""); });
+  EXPECT_EQ(words(), "The tool is old.\n");
 }
 
 TEST_F(WindowTest, opensSheetsForWhatIsAsked) {
