@@ -52,18 +52,23 @@ Result<std::optional<ABGroup>> groupWithName(AddressBook& book, const std::strin
   return found == groups->end() ? std::nullopt : std::optional(*found);
 }
 
+/// Longer names than people have would take time for ever to search.
+std::u32string PeopleByName::searched(const std::string& name) {
+  constexpr std::size_t Longest = 500;  // bytes
+  return loweredText(name.substr(0, Longest));
+}
+
 PeopleByName::PeopleByName(const std::vector<ABPerson>& people) {
   people_.reserve(people.size());
   for (const ABPerson& person : people) {
-    people_.push_back(
-        {person.uniqueId, loweredText(firstname(person)), loweredText(lastname(person))});
+    people_.push_back({person.uniqueId, searched(firstname(person)), searched(lastname(person))});
   }
 }
 
 std::vector<std::string> PeopleByName::find(const std::string& first,
                                             const std::string& last) const {
-  const std::u32string soughtFirst = loweredText(first);
-  const std::u32string soughtLast = loweredText(last);
+  const std::u32string soughtFirst = searched(first);
+  const std::u32string soughtLast = searched(last);
   std::vector<std::string> ids;
   for (const Named& person : people_) {
     if (person.last.find(soughtLast) != std::u32string::npos &&

@@ -27,6 +27,8 @@ class PeopleByName {
     std::u32string first;
     std::u32string last;
   };
+  static std::u32string searched(const std::string& name);
+
   std::vector<Named> people_;
 };
 

@@ -138,10 +138,14 @@ void AddressMemory::setUniqueIdForFileName(const std::string& recordId,
 
 void AddressMemory::forgetFile(const std::string& poolName, const std::string& fileName) {
   const std::lock_guard guard(mutex_);
-  const auto known = uids_.strings.find(fileName);
-  if (known != uids_.strings.end()) filesByRecord_[known->second].erase(fileName);
-  erase(uids_, fileName);
   erase(marks_, markKey(poolName, fileName));
+  const bool isElsewhere = std::any_of(
+      marks_.strings.begin(), marks_.strings.end(),
+      [ending = markKey("", fileName)](const auto& mark) { return mark.first.ends_with(ending); });
+  const auto known = uids_.strings.find(fileName);
+  if (isElsewhere || known == uids_.strings.end()) return;
+  filesByRecord_[known->second].erase(fileName);
+  erase(uids_, fileName);
 }
 
 std::optional<AddressMemory::Mark> AddressMemory::mark(const std::string& poolName,

@@ -52,6 +52,7 @@ class AddressMemory : public std::enable_shared_from_this<AddressMemory> {
                                               const std::string& poolName) const;
   [[nodiscard]] bool isMapped(const std::string& fileName) const;
   void setUniqueIdForFileName(const std::string& recordId, const std::string& fileName);
+  /// The mapping stays while another pool has a file of that name.
   void forgetFile(const std::string& poolName, const std::string& fileName);
 
   [[nodiscard]] std::optional<Mark> mark(const std::string& poolName,

@@ -168,6 +168,9 @@ AddressBook::CardReader CardBook::cardReader() const {
     if (!isOfUsualSize(cards.front())) {
       return fail(FailureKind::Damaged, "read the card", {}, "it is larger than any person's");
     }
+    if (!isPersonsCard(linesOfCard(cards.front()))) {
+      return fail(FailureKind::Damaged, "read the card", {}, "it is not of a person");
+    }
     return personOfCard(cards.front());
   };
 }

@@ -151,17 +151,17 @@ void KDAddressPool::withCards(std::function<void(MirroredCards&)> job) {
 }
 
 /// Once for each card, and once more when it is another one.
+void KDAddressPool::noteOnce(const std::string& fileName, const std::string& digest,
+                             const std::string& text) {
+  const auto [known, isNew] = problems_.try_emplace(fileName, digest);
+  if (!isNew && known->second == digest) return;
+  known->second = digest;
+  platform().log.warning("'{}': nobody is read in from '{}': {}.", name(), fileName, text);
+}
+
 void KDAddressPool::noteProblems(const MirroredCards& cards) {
   for (const auto& [fileName, card] : cards) {
-    if (card.problem.empty()) {
-      problems_.erase(fileName);
-      continue;
-    }
-    const auto [known, isNew] = problems_.try_emplace(fileName, card.digest);
-    if (!isNew && known->second == card.digest) continue;
-    known->second = card.digest;
-    platform().log.warning("'{}': nobody is read in from '{}': {}.", name(), fileName,
-                           card.problem);
+    if (!card.problem.empty()) noteOnce(fileName, card.digest, card.problem);
   }
 }
 
@@ -359,6 +359,9 @@ void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& f
   if (*record && !known && (!hasSameName(**record, person) || !marksInStep(id).empty())) {
     record->reset();  // the id means nothing here: it is another book's, or goes by another file
   }
+  const auto refuse = [&](const Failure& failure) {
+    noteOnce(fileName, card.digest, failure.message());
+  };
   bool isMatched = false;
   bool isNew = known && known->isNew;
   Result<> changed;
@@ -371,7 +374,7 @@ void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& f
     if (!isMatched) {
       if (known && isChanged(**record, *known)) return;  // written out instead, as a later version
       if (!known && !hasAllOf(person, **record, checked_)) {  // poorer: written over instead
-        if (auto added = book_.addMember(group.uniqueId, id); !added) note(added.error());
+        if (auto added = book_.addMember(group.uniqueId, id); !added) refuse(added.error());
         return;
       }
       const ABChanges changes = copyPropertiesFromPerson(**record, person, checked_);
@@ -385,7 +388,7 @@ void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& f
       id = *added;
       isNew = true;
     } else {
-      return note(added.error());
+      return refuse(added.error());
     }
     memory_.setUniqueIdForFileName(id, fileName);
   }
@@ -394,7 +397,7 @@ void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& f
     mergePeople_[fileName] = person;
   }
   if (changed) changed = book_.addMember(group.uniqueId, id);
-  if (!changed) return note(changed.error());
+  if (!changed) return refuse(changed.error());
   // As the book took it over, which may differ from what it was given.
   if (const auto taken = book_.recordForUniqueId(id); taken && *taken) {
     pendingMarks_[fileName] = {digestOfProperties(**taken, checked_), card.digest, isMatched, isNew,

@@ -93,6 +93,7 @@ class KDAddressPool final : public KDFilePool {
   void saveBook();
   void saveMemory();
   void note(const Failure& failure);
+  void noteOnce(const std::string& fileName, const std::string& digest, const std::string& text);
   [[nodiscard]] bool isChanged(const ABPerson& record, const AddressMemory::Mark& mark) const;
 
   AddressBook& book_;

@@ -45,6 +45,8 @@ constexpr LabelRule LabelRules[] = {
 constexpr std::string_view MeaninglessTypes[] = {"PREF", "INTERNET", "VOICE", "MSG",    "TEXT",
                                                  "URI",  "POSTAL",   "INTL",  "PARCEL", "DOM"};
 
+constexpr std::string_view LabelName = "X-ABLABEL";
+
 std::string text(const VCardLine& line) {
   std::string plain = unescapedValue(line.value);
   std::erase(plain, '\r');
@@ -67,7 +69,7 @@ bool hasScheme(const VCardLine& line, std::string_view scheme) {
 std::string labelOfGroup(const VCardLine& line, const std::vector<VCardLine>& lines) {
   if (line.group.empty()) return {};
   const auto found = std::find_if(lines.begin(), lines.end(), [&](const VCardLine& other) {
-    return other.name == "X-ABLABEL" && isSameInAnyCase(other.group, line.group);
+    return other.name == LabelName && isSameInAnyCase(other.group, line.group);
   });
   return found == lines.end() ? std::string() : text(*found);
 }
@@ -133,7 +135,7 @@ std::string pictureOf(const VCardLine& line) {
 }
 
 void set(ABPerson& person, const char* property, std::string value) {
-  if (!value.empty()) person.values.try_emplace(property, std::move(value));
+  if (!value.empty()) person.values.try_emplace(property, ABValue(std::move(value)));
 }
 
 struct PlainProperty {
@@ -285,13 +287,18 @@ bool isPersonsCard(const std::vector<VCardLine>& lines) {
 }
 
 ABPerson personOfCard(std::string_view card) {
+  constexpr std::size_t MostLabels = 1000;  // each is looked for among them
   const auto lines = linesOfCard(card);
+  std::vector<VCardLine> labels;
+  for (const auto& line : lines) {
+    if (line.name == LabelName && labels.size() < MostLabels) labels.push_back(line);
+  }
   ABPerson person;
   std::set<std::string> seen;
   person.vCardData = card;
   for (const auto& line : lines) {
     if (const char* property = multiPropertyOfLine(line)) {
-      auto entry = entryOfLine(line, lines);
+      auto entry = entryOfLine(line, labels);
       if (!entry) continue;
       auto& value = person.values.try_emplace(property, ABMultiValue()).first->second;
       auto& entries = std::get<ABMultiValue>(value);
@@ -318,15 +325,14 @@ ABPerson personOfCard(std::string_view card) {
 
 std::vector<std::string> categoriesOfCard(std::string_view card) {
   std::vector<std::string> categories;
+  std::set<std::string> known;
   for (const auto& line : linesOfCard(card)) {
     if (line.name != "CATEGORIES") continue;
     for (const auto& part : partsOfValue(line.value, ',')) {
       const std::size_t begin = part.find_first_not_of(" \t\r\n");
       if (begin == std::string::npos) continue;
       std::string name = part.substr(begin, part.find_last_not_of(" \t\r\n") - begin + 1);
-      if (std::find(categories.begin(), categories.end(), name) == categories.end()) {
-        categories.push_back(std::move(name));
-      }
+      if (known.insert(name).second) categories.push_back(std::move(name));
     }
   }
   return categories;

@@ -251,6 +251,11 @@ TEST_P(AddressBookTest, refusesWhatIsNotThere) {
   EXPECT_EQ(book().personWithVCardData("nothing").error().kind, FailureKind::Damaged);
   EXPECT_EQ(book().personWithVCardData("").error().kind, FailureKind::Damaged);
   EXPECT_FALSE(book().personWithVCardData(cardOf("1", "One") + cardOf("2", "Two")));
+  EXPECT_EQ(book()
+                .personWithVCardData("BEGIN:VCARD\r\nVERSION:4.0\r\nKIND:group\r\nEND:VCARD\r\n")
+                .error()
+                .reason,
+            "it is not of a person");
   const auto canRead = [this](const std::string& lines) {
     std::string card = cardOf("1", "One");
     return book().personWithVCardData(card.insert(card.find("END:"), lines)).has_value();
