@@ -444,11 +444,14 @@ TEST_F(KDPoolStateTest, putsAwayWhatACutOffTransferLeft) {
   arrives("bob@beta.local",
           {line(99, 0, "d", 99), line(100, 0, "d/env", 90), line(101, 0, "d/.rc", 91)});
   lies("d/.env.before", 0600);
-  scan();
+  state->checkFileSystemChanges();  // too fresh to be logged
   ASSERT_EQ(state->prepareCopy({"d/env", "d/.rc"}).size(), 2U);
   host.clock.advance(5);
   for (const char* name : {"d/.env.aB3xYz", "d/.rc.000000"}) lies(name, 0600);
   lies("d/.env.sample", 0644);
+  lies("d/.env.before", 0600);
+  lies("d/.env.oldone", 0600);
+  host.files.setTime(path("d/.env.oldone"), now() - 100);
   for (const char* name : {"d/.env.samples", "d/.env.sam+le", "d/.other.aB3xYz", ".env.aB3xYz"}) {
     lies(name, 0600);
   }
@@ -459,11 +462,11 @@ TEST_F(KDPoolStateTest, putsAwayWhatACutOffTransferLeft) {
   EXPECT_FALSE(host.files.exists(path("d/.rc.000000")));
   EXPECT_TRUE(host.files.wasTrashed("half"));
   EXPECT_EQ(ownLog().find("d/.env.aB3xYz"), std::string::npos) << ownLog();
-  EXPECT_EQ(ownLines(), 6U) << ownLog();
+  EXPECT_EQ(ownLines(), 7U) << ownLog();
   lies("d/.env.aB3xYz", 0600);  // no run was cut off since
   host.clock.advance(20);
   scan();
-  EXPECT_EQ(ownLines(), 7U) << ownLog();
+  EXPECT_EQ(ownLines(), 8U) << ownLog();
 }
 
 TEST_F(KDPoolStateTest, whatLiesInAnotherFolderDescendsFromNothingRecorded) {
@@ -499,6 +502,18 @@ TEST_F(KDPoolStateTest, versionsOfOursHaveTimesOfTheirOwn) {
   EXPECT_NE(versions[0].id, versions[1].id);
   ASSERT_TRUE(state->deleteBranch("f", (versions[0].isLocal ? versions[1] : versions[0]).id));
   EXPECT_EQ(host.files.readAll(path("f")).value_or(""), "two") << "the other one was dropped";
+}
+
+TEST_F(KDPoolStateTest, aDeletionIsDatedAfterThoseThatItsAuthorKnows) {
+  put("f", "mine");
+  scan();
+  const double mine = leafTimeOf("f");
+  arrives("bob@beta.local", {line(200, 0, "f", 190)});
+  const double ahead = static_cast<double>(now()) + 9;  // bob's clock is
+  arrives("bob@beta.local", {line(ahead, mine, "f", 0, "me@alpha.local")});
+  fetch("f", "bob's", 190);
+  ASSERT_TRUE(state->deleteBranch("f", {"bob@beta.local", 200}));
+  EXPECT_GT(leafTimeOf("f"), ahead) << ownLog();
 }
 
 TEST_F(KDPoolStateTest, finishesAChoiceThatWasLeftHalfDone) {
