@@ -250,9 +250,9 @@ void ControlProtocol::dispatchProgram(const ControlRequest& request) {
       return operations_.answer(request.text("name"), answer == "delete", replyLater());
     }
     case ControlCommand::GiveUp: {
-      std::set<std::string> paths;
-      if (request.has("path")) paths.insert(request.text("path"));
-      return reply(operations_.deleteQueuedFiles(request.text("name"), paths));
+      std::vector<std::string> paths;
+      if (request.has("path")) paths.push_back(request.text("path"));
+      return reply(operations_.deleteQueuedFiles(request.text("name"), std::move(paths)));
     }
     case ControlCommand::Ignore:
       return reply(

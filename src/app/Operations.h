@@ -140,7 +140,7 @@ class Operations {
                     const std::string& to, Done done);
   /// Asks (a question to be answered) whether missing files are to be deleted on the whole network;
   /// without paths: all that are missing.
-  Result<> deleteQueuedFiles(const std::string& name, const std::set<std::string>& paths);
+  Result<> deleteQueuedFiles(const std::string& name, std::vector<std::string> paths);
   /// `deletes`: on the whole network; else the files are fetched again.
   void answer(const std::string& name, bool deletes, Done done);
 

@@ -126,19 +126,22 @@ void Operations::restore(const std::string& name, const std::string& path, const
 
 // Questions.
 
-Result<> Operations::deleteQueuedFiles(const std::string& name,
-                                       const std::set<std::string>& paths) {
+Result<> Operations::deleteQueuedFiles(const std::string& name, std::vector<std::string> paths) {
   const auto pool = subscribed(name);
   if (!pool) return tl::unexpected(pool.error());
   const auto missing = (*pool)->snapshot()->missing;
   if (missing->empty()) return refusal(fmt::format("No file is missing in '{}'.", name));
-  for (const auto& path : paths) {
-    if (!std::binary_search(missing->begin(), missing->end(), path)) {
-      return refusal(fmt::format("'{}' is not missing in '{}'.", path, name));
-    }
+  if (paths.empty()) paths = *missing;
+  if (!std::is_sorted(paths.begin(), paths.end())) std::sort(paths.begin(), paths.end());
+  paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
+  // There may be a hundred thousand: the one that is wrong is looked for only when there is one.
+  if (!std::includes(missing->begin(), missing->end(), paths.begin(), paths.end())) {
+    const auto wrong = std::find_if(paths.begin(), paths.end(), [&](const std::string& path) {
+      return !std::binary_search(missing->begin(), missing->end(), path);
+    });
+    return refusal(fmt::format("'{}' is not missing in '{}'.", *wrong, name));
   }
-  application_.outcomes().askToDeleteQueuedFiles(
-      **pool, paths.empty() ? std::set<std::string>(missing->begin(), missing->end()) : paths);
+  application_.outcomes().askToDeleteQueuedFiles(**pool, std::move(paths));
   return {};
 }
 

@@ -204,10 +204,10 @@ void Outcomes::questionDidArise(KDFilePool& pool, const DeleteQuestion& question
   askAboutDeletion(pool, question);
 }
 
-void Outcomes::askToDeleteQueuedFiles(KDFilePool& pool, const std::set<std::string>& paths) {
+void Outcomes::askToDeleteQueuedFiles(KDFilePool& pool, std::vector<std::string> paths) {
   require(!paths.empty(), "[deleteSet count] > 0");
-  const auto question = std::make_shared<const DeleteQuestion>(
-      DeleteQuestion{++lastGivenUp_, {paths.begin(), paths.end()}});
+  const auto question =
+      std::make_shared<const DeleteQuestion>(DeleteQuestion{++lastGivenUp_, std::move(paths)});
   givenUp_[pool.name()] = question;
   askAboutDeletion(pool, *question);
   application_.tell([&](auto& observer) { observer.poolDidChange(pool); });

@@ -41,8 +41,8 @@ class Outcomes : public ApplicationObserver {
 
   // Questions about files: vanished ones, which the pool has found, or missing ones that a person
   // wants to give up. One a pool is open; the newer takes the other's place.
-  /// Asks whether missing files are to be deleted on the network. Requires: paths.
-  void askToDeleteQueuedFiles(KDFilePool& pool, const std::set<std::string>& paths);
+  /// Asks whether missing files are to be deleted on the network. Requires: paths, sorted.
+  void askToDeleteQueuedFiles(KDFilePool& pool, std::vector<std::string> paths);
   /// Null: none. The same one as long as it is about the same files.
   [[nodiscard]] std::shared_ptr<const DeleteQuestion> openQuestion(const KDFilePool& pool) const;
   /// Codes 1000 (fetch again) and 1001 (delete everywhere). Fails (Refused): no question is open.

@@ -5,7 +5,6 @@
 #include <QStackedWidget>
 #include <QTableView>
 #include <QVBoxLayout>
-#include <set>
 #include <utility>
 
 #include "app/Operations.h"
@@ -99,11 +98,11 @@ void MissingTab::getAgain() {
 }
 
 void MissingTab::deleteEverywhere() {
-  std::set<std::string> paths;
-  for (const int row : selectedRows(*view_->selectionModel())) paths.insert(model_.path(row));
+  std::vector<std::string> paths;
+  for (const int row : selectedRows(*view_->selectionModel())) paths.push_back(model_.path(row));
   if (paths.empty()) return;
   // The engine asks whether this is really meant.
-  const auto asked = context_.operations.deleteQueuedFiles(poolName_, paths);
+  const auto asked = context_.operations.deleteQueuedFiles(poolName_, std::move(paths));
   if (!asked && context_.sheets != nullptr) {
     context_.sheets->showProblem(Zolvar::tr("The files cannot be deleted."),
                                  said(refusalText(asked.error())));
