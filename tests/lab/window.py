@@ -85,6 +85,14 @@ def scenario_window(lab):
     converge(here, there, limit=180)
     check(there.read("garden.txt") == "ann's peas", "not ann's version went on")
 
+    # The last language of the preferences is chosen: the window is made anew, and works on.
+    old = screen.windows()
+    screen.press_until(lambda: screen.windows() and not set(old) & set(screen.windows()),
+                       "no window in another language", "Escape", "ctrl+comma", "End", "Return")
+    there.write("leeks.txt", "two rows", age=5)
+    wait_until(lambda: here.read("leeks.txt") == "two rows", 90, "nothing comes any more")
+    check(ann.zolvard.running(), "the other language ended the program")
+
     # The system's end says nothing about the next login; the user's own does.
     check(ann.zolvard.end(signal.SIGTERM) == 0, "no clean end by the system")
     check(autostart.exists(), "the system's end took the program from the login")
