@@ -340,6 +340,7 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
   facts.attributes = attributes;
   facts.isTodo = !todo_.empty() && todo_.contains(path);
   facts.isFirstRun = isFirstRun_;
+  facts.isResumed = record_->knowsRoot();
   facts.now = scan.now;
   facts.freshFiles = scan.takesFresh ? 0 : settings_.pace.freshFiles;
   if (isFirstRun_ && record && record->newest && record->activeLeafCount == 0) {

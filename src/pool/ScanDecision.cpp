@@ -60,7 +60,7 @@ KDLogFileEntry* emptiedVersion(const KDVersionTree& tree, const KDPathRecord& pa
       record->modTime == facts.attributes.modTime && record->size > 0) {
     return tree.leafForEntry(record->entry)->exists() ? record->entry : nullptr;
   }
-  const bool hasArrived = facts.isTodo && facts.isFirstRun && existing &&
+  const bool hasArrived = (facts.isTodo || facts.isResumed) && facts.isFirstRun && existing &&
                           (!record || record->inode != facts.attributes.inode) &&
                           existing == tree.selectedLeaf(path).leaf;
   return hasArrived ? existing : nullptr;

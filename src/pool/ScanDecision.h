@@ -17,6 +17,7 @@ struct ScanFacts {
   double now = 0;
   double freshFiles = 10;          ///< seconds, see Pace
   std::int64_t parentModTime = 0;  ///< time of the folder that holds the file
+  bool isResumed = false;          ///< the folder was active here before
 };
 
 enum class ScanAction {
