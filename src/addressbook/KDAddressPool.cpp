@@ -107,7 +107,7 @@ void KDAddressPool::willDeactivate() {
   if (!isExporting_ && !exportsAgain_ && !isBehind_) return;
   const auto group = groupToCompare();
   if (!group) return;
-  Outcome outcome{readCards(platform().fileSystem, book_.cardReader(), folderPath()), {}};
+  Outcome outcome{"", readCards(platform().fileSystem, book_.cardReader(), folderPath()), {}};
   outcome.difference = compareGroup(*group, outcome.cards, memory_, platform().log);
   exportGroup(std::move(outcome));
 }
@@ -137,6 +137,19 @@ MirroredCards KDAddressPool::readCards(FileSystem& fileSystem,
     }
   }
   return cards;
+}
+
+/// Another text when any card has come, gone or changed.
+std::string KDAddressPool::listing(FileSystem& fileSystem, const std::string& folderPath) {
+  std::string text;
+  const auto folder = fileSystem.open(folderPath);
+  const auto files = folder ? (*folder)->list("") : tl::unexpected(folder.error());
+  if (!files) return text;
+  for (const auto& [name, attributes] : *files) {
+    if (!isCardName(name)) continue;
+    text += fmt::format("{} {} {}/", name, attributes.size, attributes.modTime);
+  }
+  return cardDigest(text);
 }
 
 void KDAddressPool::withCards(std::function<void(MirroredCards&)> job) {
@@ -202,6 +215,7 @@ void KDAddressPool::copyVCardsFromAddressBook() {
                &log = platform().log, &runLoop = platform().runLoop, path = folderPath(),
                group = std::make_shared<const ComparedGroup>(std::move(*group))] {
     const auto outcome = std::make_shared<Outcome>();
+    outcome->listing = listing(fileSystem, path);
     outcome->cards = readCards(fileSystem, reader, path);
     outcome->difference = compareGroup(*group, outcome->cards, *memory, log);
     runLoop.post([weak, outcome] {
@@ -225,6 +239,7 @@ void KDAddressPool::exportGroup(Outcome outcome) {
   GroupDifference& difference = outcome.difference;
   noteProblems(outcome.cards);
   isBehind_ = false;
+  listing_ = std::move(outcome.listing);
   for (const std::string& fileName : difference.deletions) {
     deleteRecord(fileName, difference.deletions);
   }
@@ -271,10 +286,17 @@ void KDAddressPool::exportGroup(Outcome outcome) {
 
 void KDAddressPool::noteTaskDidEnd(const std::set<std::string>& loadedFiles,
                                    const std::function<void()>& tell) {
-  if (!isActive() || (loadedFiles.empty() && !isBehind_)) return tell();
+  if (!isActive()) return tell();
   if (loadedFiles.empty()) {
     tell();
-    return copyVCardsFromAddressBook();
+    // Yet a file may have come: one that was fetched as another version than was asked for.
+    return onFilesLane([weak = weak_from_this(), &fileSystem = platform().fileSystem,
+                        &runLoop = platform().runLoop, path = folderPath()] {
+      runLoop.post([weak, now = listing(fileSystem, path)] {
+        const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
+        if (pool && (pool->isBehind_ || pool->listing_ != now)) pool->copyVCardsFromAddressBook();
+      });
+    });
   }
   withCards([this, loadedFiles, tell](MirroredCards& cards) {
     noteProblems(cards);

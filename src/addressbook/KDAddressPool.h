@@ -51,6 +51,7 @@ class KDAddressPool final : public KDFilePool {
 
  private:
   struct Outcome {
+    std::string listing;  ///< before the cards were read
     MirroredCards cards;
     GroupDifference difference;
   };
@@ -69,6 +70,7 @@ class KDAddressPool final : public KDFilePool {
 
   static MirroredCards readCards(FileSystem& fileSystem, const AddressBook::CardReader& reader,
                                  const std::string& folderPath);
+  static std::string listing(FileSystem& fileSystem, const std::string& folderPath);
   void withCards(std::function<void(MirroredCards&)> job);
   [[nodiscard]] Result<ComparedGroup> groupToCompare();
   void exportEnded();
@@ -112,6 +114,7 @@ class KDAddressPool final : public KDFilePool {
   std::optional<std::uint64_t> lossQuestion_;    ///< answered when the export is through
   std::set<std::string> heldDeletions_;          ///< wait whether their people come back
   std::set<std::string> allowedDeletions_;  ///< have waited long enough, for the next comparison
+  std::string listing_;                     ///< of the folder, when it was compared last
   bool isExporting_ = false;
   bool exportsAgain_ = false;
   bool isBehind_ = false;  ///< the last export could not do all

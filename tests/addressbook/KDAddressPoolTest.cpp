@@ -440,6 +440,18 @@ TEST_F(KDAddressPoolTest, waitsBeforeItDeletesMostOfAGroup) {
   EXPECT_TRUE(untilMembers(bob, {})) << ann.host.platform.log.text();
 }
 
+TEST_F(KDAddressPoolTest, readsInCardsThatNoSyncHasBrought) {
+  ann.add("Lee", "Young");
+  pair();
+  ASSERT_TRUE(untilMembers(bob, {"Lee Young"}));
+  world.loop.advance(60);
+  bob.host.platform.files.write(
+      bob.folder() + "/eve.vcf",
+      MemoryAddressBook::card(bob.content, MemoryAddressBook::person("Eve", "New")));
+  bob.host.pool(Pool).noteFullSyncNeeded();
+  EXPECT_TRUE(untilMembers(bob, {"Eve New", "Lee Young"})) << bob.host.platform.log.text();
+}
+
 TEST_F(KDAddressPoolTest, putsBackCardsThatVanishFromTheFolder) {
   const std::string lee = ann.add("Lee", "Young");
   const std::string max = ann.add("Max", "Old");
