@@ -10,7 +10,8 @@ namespace {
 
 bool isPlain(const VCardLine& line, std::string_view raw) {
   const std::string_view head = raw.substr(0, raw.find(':'));
-  return !line.isBase64 && isValidUtf8(raw) && head.find('"') == std::string_view::npos;
+  return !line.isBase64 && isValidUtf8(raw) && head.find('"') == std::string_view::npos &&
+         raw.find('\0') == std::string_view::npos;
 }
 
 std::string parameterText(const VCardLine::Parameter& parameter) {
