@@ -226,6 +226,8 @@ def scenario_merging(lab):
     mine, theirs = open_book(lab, "alpha", CardFolder), open_book(lab, "beta", CardFolder)
     theirs.add(card("Anne Leeds", "", "+1 500"))
     mine.add(card("Ann Lee", "Team", "+1 600"))
+    theirs.add(card("Sam Same", "", "+1 800"))
+    mine.add(card("Sam Same", "Team", "+1 700"))
     here = share(mine, "Team")
     there = subscribe(theirs, "Team")
     theirs.host.wait_for_log("Others have contacts whose names are like those")
@@ -234,6 +236,17 @@ def scenario_merging(lab):
     theirs.change("Anne Leeds", "+1 500", "+1 501")
     wait_for(mine, "Anne Leeds", "+1 501")
     wait_for(mine, "Ann Lee", "+1 600")
+
+    theirs.change("Sam Same", "+1 800", "+1 801")
+    wait_until(lambda: any("+1 801" in file.read_text() for file in here.root.glob("*.vcf")), 60,
+               "the other Sam has no file")
+    converge(here, there)
+    check("+1 700" in mine.people()["Sam Same"], "a namesake's card has taken another's place")
+    theirs.change("Sam Same", "+1 801", "+1 801\nTEL;TYPE=HOME:+1 700")
+    wait_for(mine, "Sam Same", "+1 801")
+    check("+1 700" in mine.people()["Sam Same"], "the merged card is poorer")
+    mine.change("Sam Same", "+1 801", "+1 802")
+    wait_for(theirs, "Sam Same", "+1 802")
     converge(here, there)
 
 
