@@ -22,7 +22,7 @@ QString summaryText(const PoolInfo& info, const std::optional<TransferProgress>&
 QString progressText(const TransferProgress& progress);
 /// How far a transfer is, from 0 to 1000; by bytes where their number is known.
 int progressPermille(const TransferProgress& progress);
-/// How the contact with a participant stands: "in step", "not reachable", ...
+/// How the contact with a participant stands: "Connected", "Last sync failed", ...
 QString contactText(const ParticipantInfo& info);
 
 }  // namespace zolvar
