@@ -398,8 +398,12 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
       return;
     case ScanAction::LogLaterTime: {
       FileAttributes later = attributes;
+      const auto isTaken = [&](double time) {  // with a directory's time it would be a mere choice
+        return (decision.parent && decision.parent->modTime() == time) ||
+               tree_->versionWithModTime(*record, time, settings_.userId);
+      };
       do ++later.modTime;
-      while (tree_->versionWithModTime(*record, comparedTime(later), settings_.userId));
+      while (isTaken(comparedTime(later)));
       if (const auto set = folder_->setModTime(path, later.modTime); !set) {
         warnOnce("time " + std::string(path), set.error().message());
         noteChanged(path);
