@@ -71,6 +71,21 @@ std::string CardText::newGroup() {
   }
 }
 
+/// A last line that wants to go on, which nothing did so far, is kept from going on in ours.
+std::string& CardText::insertedAt(std::size_t place) {
+  std::string& inserted = inserted_[place];
+  if (!inserted.empty()) return inserted;
+  for (const auto& line : lines_) {
+    if (line.end != place || !isSameInAnyCase(line.parameter("ENCODING"), "QUOTED-PRINTABLE")) {
+      continue;
+    }
+    std::string_view raw = text_.substr(line.begin, line.end - line.begin);
+    while (raw.ends_with('\n') || raw.ends_with('\r')) raw.remove_suffix(1);
+    if (raw.ends_with('=')) inserted = lineEnd_;
+  }
+  return inserted;
+}
+
 void CardText::removeAll(std::string_view name) {
   for (const auto& line : lines_) {
     if (line.name == name) remove(line);
@@ -85,7 +100,7 @@ void CardText::replace(const VCardLine* old, const std::string& name, std::strin
 }
 
 void CardText::move(const VCardLine& line, std::size_t place) {
-  inserted_[place] += text_.substr(line.begin, line.end - line.begin);
+  insertedAt(place) += text_.substr(line.begin, line.end - line.begin);
   remove(line);
 }
 

@@ -40,7 +40,7 @@ class CardText {
   /// card's version wants it: folded, or with a transfer encoding.
   void insert(std::size_t place, const std::string& name, std::string_view parameters,
               std::string_view value) {
-    inserted_[place] += encoded(name, parameters, value);
+    insertedAt(place) += encoded(name, parameters, value);
   }
   /// A new line instead of the old one and in its group; at the end where there is none.
   void replace(const VCardLine* old, const std::string& name, std::string_view parameters,
@@ -51,6 +51,7 @@ class CardText {
   [[nodiscard]] std::string written() const;
 
  private:
+  std::string& insertedAt(std::size_t place);
   [[nodiscard]] std::string encoded(const std::string& name, std::string_view parameters,
                                     std::string_view value) const;
   [[nodiscard]] std::string folded(std::string_view line) const;

@@ -420,6 +420,10 @@ void KDAddressPool::updateABFromVCard(const ABGroup& group, const std::string& f
   }
   if (changed) changed = book_.addMember(group.uniqueId, id);
   if (!changed) return refuse(changed.error());
+  const auto groups = book_.parentGroups(id);
+  if (!groups || std::find(groups->begin(), groups->end(), group) == groups->end()) {
+    return noteOnce(fileName, card.digest, "the address book does not put it into the group");
+  }
   // As the book took it over, which may differ from what it was given.
   if (const auto taken = book_.recordForUniqueId(id); taken && *taken) {
     pendingMarks_[fileName] = {digestOfProperties(**taken, checked_), card.digest, isMatched, isNew,

@@ -196,6 +196,8 @@ TEST(VCardEditor, putsCardsIntoGroups) {
       {"CATEGORIES:c, d\nX:1\n", "d", "CATEGORIES:c, d\nX:1\n", "CATEGORIES:c\nX:1\n"},
       {"i.CATEGORIES:c\nCATEGORIES:d\n", "d", "i.CATEGORIES:c\nCATEGORIES:d\n", "i.CATEGORIES:c\n"},
       {"CATEGORIES:c\n", "d", "CATEGORIES:c,d\n", "CATEGORIES:c\n"},
+      {"X;ENCODING=QUOTED-PRINTABLE:a=\n", "d", "X;ENCODING=QUOTED-PRINTABLE:a=\n\nCATEGORIES:d\n",
+       "X;ENCODING=QUOTED-PRINTABLE:a=\n\n"},
   };
   for (const auto& one : cases) {
     EXPECT_EQ(cardInCategory(card(one.before), one.category), card(one.with));
