@@ -165,7 +165,7 @@ void FolderView::showQuestion() {
       "everybody?");
   if (question_->isVisible()) return;
   question_->say(
-      words, MessageBar::Weight::Warning, Zolvar::tr("&Answer…"),
+      words, MessageBar::Weight::Question, Zolvar::tr("&Answer…"),
       [this] { Q_EMIT questionWanted(info_.name); }, true);
 }
 

@@ -60,15 +60,17 @@ void MessageBar::color() {
   const QPalette around = parentWidget()->palette();
   const bool dark = isDark(around);
   QPalette own = around;
-  if (weight_ == Weight::Warning) {
+  if (weight_ != Weight::Note) {
     own.setColor(QPalette::Window, dark ? QColor(0x4a, 0x38, 0x1c) : QColor(0xff, 0xf1, 0xd6));
   } else {
     own.setColor(QPalette::Window, dark ? QColor(0x22, 0x3a, 0x54) : QColor(0xe3, 0xef, 0xfb));
   }
   own.setColor(QPalette::WindowText, dark ? QColor(0xf2, 0xf2, 0xf2) : QColor(0x20, 0x20, 0x20));
   if (own != palette()) setPalette(own);
-  const bool isWarning = weight_ == Weight::Warning;
-  icon_->setPixmap(ownIcon(isWarning ? "state-question" : "state-instep").pixmap(18, 18));
+  const char* const name = weight_ == Weight::Note       ? "state-instep"
+                           : weight_ == Weight::Question ? "state-question"
+                                                         : "state-problem";
+  icon_->setPixmap(ownIcon(name).pixmap(18, 18));
 }
 
 void MessageBar::changeEvent(QEvent* event) {

@@ -16,7 +16,7 @@ class MessageBar : public QFrame {
   Q_OBJECT
 
  public:
-  enum class Weight { Note, Warning };
+  enum class Weight { Note, Question, Warning };
 
   explicit MessageBar(QWidget* parent);
 

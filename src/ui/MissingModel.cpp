@@ -60,7 +60,7 @@ void MissingModel::setSnapshot(std::shared_ptr<const PoolSnapshot> snapshot) {
   snapshot_ = std::move(snapshot);
   pointIntoSnapshot();
   if (rows_.empty()) return;
-  Q_EMIT dataChanged(index(0, Size), index(static_cast<int>(rows_.size()) - 1, Holders));
+  Q_EMIT dataChanged(index(0, Holders), index(static_cast<int>(rows_.size()) - 1, Size));
 }
 
 int MissingModel::rowOf(const std::string& path) const {

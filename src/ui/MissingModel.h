@@ -18,7 +18,7 @@ class MissingModel : public QAbstractTableModel {
   Q_OBJECT
 
  public:
-  enum Column { Path, Size, Holders, ColumnCount };
+  enum Column { Path, Holders, Size, ColumnCount };
   static constexpr std::size_t MostChanges = 100;
 
   using QAbstractTableModel::QAbstractTableModel;

@@ -27,8 +27,10 @@ MissingTab::MissingTab(WindowContext& context, WindowMemory& memory, QWidget* pa
   view_->setTextElideMode(Qt::ElideMiddle);
   view_->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
   if (!memory.restore("ColumnsMissing", *view_->horizontalHeader())) {
-    constexpr int PathWidth = 400;
+    constexpr int PathWidth = 360;
+    constexpr int HoldersWidth = 180;
     view_->setColumnWidth(MissingModel::Path, PathWidth);
+    view_->setColumnWidth(MissingModel::Holders, HoldersWidth);
   }
   get_ = makeAction(*view_, "view-refresh", "subscribe", Zolvar::tr("&Fetch Now"),
                     Zolvar::tr("Ask everybody for the missing files now"));
