@@ -134,8 +134,8 @@ std::string pictureOf(const VCardLine& line) {
   return decodeBase64(std::string_view(value).substr(place + Mark.size()));
 }
 
-void set(ABPerson& person, const char* property, std::string value) {
-  if (!value.empty()) person.values.try_emplace(property, ABValue(std::move(value)));
+void set(ABPerson& person, const char* property, const std::string& value) {
+  if (!value.empty()) person.values.try_emplace(property, ABValue(value));
 }
 
 struct PlainProperty {

@@ -399,7 +399,7 @@ std::string decodeBase64(std::string_view text) {
   for (const char character : text) {
     if (isBlank(character) || character == '\r' || character == '\n') continue;
     if (character == '=') break;
-    const int value = values[static_cast<unsigned char>(character)];
+    const signed char value = values[static_cast<unsigned char>(character)];
     if (value < 0) return {};
     bits = bits << 6U | static_cast<std::uint32_t>(value);
     count += 6;
