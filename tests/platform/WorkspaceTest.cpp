@@ -194,5 +194,28 @@ TEST_F(AutostartTest, startsAtLoginOnce) {
   EXPECT_FALSE(std::filesystem::exists(entry.path()));
 }
 
+class ContactsTest : public AdapterTest {};
+
+TEST_F(ContactsTest, openInWhatIsInstalled) {
+  const auto install = [&](const std::string& program) {
+    folder_.write(program, "#!/bin/sh\nprintf '%s|' " + program +
+                               " \"$@\" > \"${0%/*}/new\"\n"
+                               "mv \"${0%/*}/new\" \"${0%/*}/opened\"\n");
+    std::filesystem::permissions(folder_.path(program), std::filesystem::perms::owner_all);
+  };
+  const QByteArray before = qgetenv("PATH");
+  qputenv("PATH", QByteArray::fromStdString(folder_.path()) + ":" + before);
+  DesktopWorkspace workspace(log_);
+  const std::string address = "contacts:?source-uid=s&contact-uid=u&name=Ann%20Lee";
+  install("evolution");
+  workspace.open(address);
+  EXPECT_TRUE(waitFor([&] { return folder_.content("opened") == "evolution|" + address + "|"; }));
+  install("gnome-contacts");
+  workspace.open(address);
+  EXPECT_TRUE(
+      waitFor([&] { return folder_.content("opened") == "gnome-contacts|--search|Ann Lee|"; }));
+  qputenv("PATH", before);
+}
+
 }  // namespace
 }  // namespace zolvar
