@@ -107,7 +107,8 @@ void KDAddressPool::willDeactivate() {
   if (!isExporting_ && !exportsAgain_ && !isBehind_) return;
   const auto group = groupToCompare();
   if (!group) return;
-  Outcome outcome{"", readCards(platform().fileSystem, book_.cardReader(), folderPath()), {}};
+  Outcome outcome;
+  outcome.cards = readCards(platform().fileSystem, book_.cardReader(), folderPath());
   outcome.difference = compareGroup(*group, outcome.cards, memory_, platform().log);
   exportGroup(std::move(outcome));
 }
@@ -216,6 +217,7 @@ void KDAddressPool::copyVCardsFromAddressBook() {
                group = std::make_shared<const ComparedGroup>(std::move(*group))] {
     const auto outcome = std::make_shared<Outcome>();
     outcome->listing = listing(fileSystem, path);
+    outcome->missing = group->missing;
     outcome->cards = readCards(fileSystem, reader, path);
     outcome->difference = compareGroup(*group, outcome->cards, *memory, log);
     runLoop.post([weak, outcome] {
@@ -240,6 +242,7 @@ void KDAddressPool::exportGroup(Outcome outcome) {
   noteProblems(outcome.cards);
   isBehind_ = false;
   listing_ = std::move(outcome.listing);
+  missing_ = outcome.missing;
   for (const std::string& fileName : difference.deletions) {
     deleteRecord(fileName, difference.deletions);
   }
@@ -289,12 +292,16 @@ void KDAddressPool::noteTaskDidEnd(const std::set<std::string>& loadedFiles,
   if (!isActive()) return tell();
   if (loadedFiles.empty()) {
     tell();
-    // Yet a file may have come: one that was fetched as another version than was asked for.
+    // Yet a file may have come: one that was fetched as another version than was asked for, of
+    // which the log told only now.
     return onFilesLane([weak = weak_from_this(), &fileSystem = platform().fileSystem,
                         &runLoop = platform().runLoop, path = folderPath()] {
       runLoop.post([weak, now = listing(fileSystem, path)] {
         const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
-        if (pool && (pool->isBehind_ || pool->listing_ != now)) pool->copyVCardsFromAddressBook();
+        if (!pool || !pool->isActive()) return;
+        const bool isSame = pool->listing_ == now && pool->missing_ &&
+                            *pool->missing_ == *pool->snapshot()->missing;
+        if (pool->isBehind_ || !isSame) pool->copyVCardsFromAddressBook();
       });
     });
   }

@@ -52,6 +52,7 @@ class KDAddressPool final : public KDFilePool {
  private:
   struct Outcome {
     std::string listing;  ///< before the cards were read
+    std::shared_ptr<const std::vector<std::string>> missing;
     MirroredCards cards;
     GroupDifference difference;
   };
@@ -114,7 +115,9 @@ class KDAddressPool final : public KDFilePool {
   std::optional<std::uint64_t> lossQuestion_;    ///< answered when the export is through
   std::set<std::string> heldDeletions_;          ///< wait whether their people come back
   std::set<std::string> allowedDeletions_;  ///< have waited long enough, for the next comparison
-  std::string listing_;                     ///< of the folder, when it was compared last
+  // When the folder was compared last:
+  std::string listing_;
+  std::shared_ptr<const std::vector<std::string>> missing_;
   bool isExporting_ = false;
   bool exportsAgain_ = false;
   bool isBehind_ = false;  ///< the last export could not do all
