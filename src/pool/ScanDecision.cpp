@@ -12,11 +12,12 @@ namespace zolvar {
 
 namespace {
 
-/// Nobody saw how the file came to have this version's time. What we logged ourselves we saw.
+/// Nobody saw how the file came to have this version's time. What we logged ourselves we saw, but
+/// not what is put where nothing lay.
 ScanDecision taken(const KDVersionTree& tree, KDLogFileEntry* version, const ScanFacts& facts) {
-  const bool isForeignFile =
-      facts.attributes.kind != FileKind::Directory && version->userId() != tree.localUserId();
-  return {isForeignFile ? ScanAction::Guess : ScanAction::Confirm, version};
+  const bool isDoubtful = facts.attributes.kind != FileKind::Directory &&
+                          (facts.isTodo || version->userId() != tree.localUserId());
+  return {isDoubtful ? ScanAction::Guess : ScanAction::Confirm, version};
 }
 
 /// The file is `existing`: is that still what ought to be here?
