@@ -92,7 +92,8 @@ class Drawing {
     // docs/reliability.md says is not covered.
     if (copied_.contains(peer)) {
       std::replace(words.begin(), words.end(), "keep"s, "save"s);
-      std::replace(words.begin(), words.end(), "move"s, "touch"s);
+      std::replace(words.begin(), words.end(), "move"s, "save"s);
+      std::replace(words.begin(), words.end(), "touch"s, "save"s);
     }
     schedule_.operations.push_back({wait, peer, std::move(words)});
   }
