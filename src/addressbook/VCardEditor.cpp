@@ -103,7 +103,9 @@ void changeNames(CardText& card, std::string_view text, const ABChanges& changes
 void changeText(CardText& card, const std::string& name, const std::optional<ABValue>& value) {
   const VCardLine* line = card.first(name);
   const std::string text = plainText(value);
-  if (line && unescapedValue(line->value) == text) return;
+  std::string here = line ? unescapedValue(line->value) : std::string();
+  std::erase(here, '\r');  // as it is read
+  if (line && here == text) return;
   card.removeAll(name);
   if (!text.empty()) card.replace(line, name, "", card.escaped(text));
 }
