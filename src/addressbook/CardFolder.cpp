@@ -218,6 +218,7 @@ void CardFolder::take(Outcome outcome) {
   idsByFile_ = std::move(outcome.idsByFile);
   if (outcome.all) isUnmade_ = outcome.isUnmade;
   if (!isUnmade_) remember(outcome);
+  if (outcome.written > 0) events_.written(outcome.written);
   if (outcome.all) {
     isOpen_ = true;
     isTold_ = false;
@@ -232,7 +233,6 @@ void CardFolder::take(Outcome outcome) {
              (!outcome.changes->changed.empty() || !outcome.changes->removed.empty())) {
     events_.changed(std::move(outcome.changes->changed), std::move(outcome.changes->removed));
   }
-  if (outcome.written > 0) events_.written(outcome.written);
 }
 
 void CardFolder::remember(const Outcome& outcome) {

@@ -48,7 +48,8 @@ class CardSource {
     /// It is not known any more what there is, until `read` comes.
     std::function<void(Failure)> lost;
     /// Writes were done, or have failed: how many of those asked for, in the order of asking. A
-    /// failed one was told in the log. What they made of the cards has been told before.
+    /// failed one was told in the log. What has become of the cards, by them or by others since, is
+    /// told next: told before, it would look as if the writes were still to be done to it.
     std::function<void(std::size_t count)> written;
   };
 

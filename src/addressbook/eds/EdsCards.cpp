@@ -300,8 +300,8 @@ class EdsCards::Session {
         if (auto card = cardNow(uidOfId(next.id))) written[next.id] = std::move(*card);
       }
       tell([written](Front& front) {
-        if (!written.empty()) front.events.changed(written, {});
         front.events.written(1);
+        if (!written.empty()) front.events.changed(written, {});
       });
       writes_.pop_front();
     }
