@@ -428,7 +428,10 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     // time has to tell.
     // Without a record nothing lay here then.
     const bool isRecordOld = here && (!disk || (disk->entry && !disk->isUnchanged(*here)));
-    if (!isRecordOld && tree_->versionWithModTime(*path, comparedTime(*saved), settings_.userId)) {
+    // Where a directory lay no version of a file did, whatever the time says.
+    const bool isMeanwhile = disk && disk->kind == FileKind::Directory;
+    if (!isRecordOld && !isMeanwhile &&
+        tree_->versionWithModTime(*path, comparedTime(*saved), settings_.userId)) {
       continue;
     }
     if (here && here->kind == FileKind::Directory) {

@@ -147,7 +147,7 @@ KDVersionTree::Appended KDVersionTree::append(KDLogFileEntry* entry) {
   }
   if (path.newest) link(*entry);
   if (entry->type() == KDLogFileEntry::KDBranchSelectionType) {
-    selectLogEntry(*entry->parentEntry(), entry->userId());
+    takeSelection(*entry);
     result.kind = Kind::Selection;
     return result;
   }
@@ -200,7 +200,7 @@ bool KDVersionTree::repair(KDPathRecord& path) {
   for (KDLogFileEntry* entry : entries) {
     link(*entry);
     if (entry->type() == KDLogFileEntry::KDBranchSelectionType) {
-      selectLogEntry(*entry->parentEntry(), entry->userId());  // its parent came late
+      takeSelection(*entry);  // its parent came late
       continue;
     }
     orphaned = orphaned || (entry->plogTime() != 0 && !entry->parentEntry());
@@ -304,6 +304,19 @@ KDLogFileEntry* KDVersionTree::selectedEntry(const KDPathRecord& path,
     if (*user == userId) return entry;
   }
   return nullptr;
+}
+
+/// Somebody may have given a branch up before the news came that another one had chosen it. As if
+/// they had come in the other order, nothing is chosen then.
+void KDVersionTree::takeSelection(const KDLogFileEntry& selection) {
+  KDLogFileEntry& chosen = *selection.parentEntry();
+  const KDPathRecord& path = chosen.pathRecord();
+  bool isAlive = chosen.isDirectory();  // any directory is as good
+  for (const KDLogFileEntry* leaf = path.firstLeaf; leaf && !isAlive; leaf = leaf->nextLeaf()) {
+    isAlive = leaf->exists() && chosen.isParentOfEntry(leaf);
+  }
+  if (isAlive) return selectLogEntry(chosen, selection.userId());
+  deselectLogEntry(path, selection.userId());
 }
 
 void KDVersionTree::selectLogEntry(KDLogFileEntry& entry, const std::string& userId) {

@@ -113,6 +113,7 @@ class KDVersionTree {
   };
 
   void link(KDLogFileEntry& entry);
+  void takeSelection(const KDLogFileEntry& selection);
   void store(KDLogFileEntry& entry);
   /// Whether a living leaf of the path besides this one is a directory.
   [[nodiscard]] static bool hasOtherDirectory(const KDPathRecord& path, const KDLogFileEntry& leaf);

@@ -95,6 +95,10 @@ class Drawing {
       std::replace(words.begin(), words.end(), "move"s, "save"s);
       std::replace(words.begin(), words.end(), "touch"s, "save"s);
     }
+    // So is what is written in a version's own second before subscribing.
+    const bool isOutside = std::find(late_.begin(), late_.end(), peer) != late_.end();
+    if (isOutside || wasOutside_) wait = std::max(wait, 2.0);
+    wasOutside_ = isOutside;
     schedule_.operations.push_back({wait, peer, std::move(words)});
   }
 
@@ -227,6 +231,7 @@ class Drawing {
   std::mt19937_64 random_;
   std::vector<std::string> peers_;
   std::vector<std::string> late_;
+  bool wasOutside_ = false;       ///< who did the last operation had not subscribed yet
   std::set<std::string> copied_;  ///< whose folder was copied by hand
   Schedule schedule_;
 };
