@@ -30,10 +30,19 @@ std::string parameterText(const VCardLine::Parameter& parameter) {
   return ";" + parameter.name + "=" + std::string(quote) + text + std::string(quote);
 }
 
+/// Others could not be read again as what they are, and nobody understands them.
+bool isWord(std::string_view name) {
+  return std::all_of(name.begin(), name.end(), [](char character) {
+    return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
+           (character >= '0' && character <= '9') || character == '-' || character == '_';
+  });
+}
+
 std::string written(const VCardLine& line) {
   std::string text = (line.group.empty() ? "" : line.group + ".") + line.name;
   for (const auto& parameter : line.parameters) {
     if (parameter.name == "ENCODING" || parameter.name == "CHARSET") continue;
+    if (!isWord(parameter.name)) continue;
     text += parameterText(parameter);
   }
   text += line.isBase64 ? ";ENCODING=b:" : ":";

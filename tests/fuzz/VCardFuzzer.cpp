@@ -42,7 +42,10 @@ std::vector<std::string> unknownLines(std::string_view card) {
 
 void check(std::string_view card, std::uint8_t choice) {
   std::size_t position = 0;
+  // Characters that mean nothing, and what goes on from an empty line.
+  bool leavesOut = card.find("\n\n") != card.npos || card.find("\n\r") != card.npos;
   for (const auto& line : linesOfCard(card)) {
+    leavesOut = leavesOut || (line.isBase64 && line.value.find_first_of(" \t") != line.value.npos);
     expect(line.begin >= position && line.begin < line.end && line.end <= card.size(),
            "lines follow each other");
     position = line.end;
@@ -59,7 +62,6 @@ void check(std::string_view card, std::uint8_t choice) {
   for (const auto* values : {&before.values, &plainly.values}) {
     for (const auto& [property, value] : *values) properties.push_back(property);
   }
-  bool leavesOut = false;  // characters that mean nothing
   for (std::size_t at = 0; at < card.size(); ++at) {
     leavesOut =
         leavesOut || card[at] == '\0' || (card[at] == '\r' && card.substr(at + 1, 1) != "\n");
