@@ -137,7 +137,7 @@ def scenario_logs(lab):
     now = int(time.time()) - 500
     year = now + 365 * 86400
     good = ["good", "deep/good", "after the rubbish"]
-    rows = [row(now, "good", now), row(now + 1, "deep/good", now)]
+    rows = [row(now + 1, "good", now), row(now + 1, "deep/good", now)]
     bad = ["../escaped", "deep/../../escaped", f"{here.host.home}/escaped", "alias/escaped",
            "./escaped", "deep//escaped", "deep/.", "..", "", "escaped/", ".Zolvar/escaped",
            ".ZOLVAR/escaped.fplog", ".zolvar", f".Zolvar/{here.host.user_id}.fplog", "served link/escaped",
