@@ -15,7 +15,7 @@ namespace zolvar {
 namespace {
 
 /// What both know of a property, as one line: "group.NAME TYPES: first|second".
-std::string line(std::string_view group, std::string_view name, std::set<std::string> types,
+std::string line(std::string_view group, std::string_view name, const std::set<std::string>& types,
                  const std::vector<std::string>& values) {
   std::string text(group);
   if (!group.empty()) text += '.';

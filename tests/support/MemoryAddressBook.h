@@ -14,7 +14,8 @@ namespace zolvar {
 
 /// What an address book holds; outlives the programs that open it.
 struct AddressBookContent {
-  explicit AddressBookContent(std::string prefix) : identity("book " + prefix), prefix(prefix) {}
+  explicit AddressBookContent(const std::string& prefix)
+      : identity("book " + prefix), prefix(prefix) {}
 
   std::string identity;
   std::string prefix;  ///< of record ids, and a line of each card's text
