@@ -135,7 +135,7 @@ class Port {
     address_.sin_family = AF_INET;
     address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address_;
-    bind(socket_.get(), generic(), size);
+    EXPECT_EQ(bind(socket_.get(), generic(), size), 0);
     listen(socket_.get(), backlog);
     getsockname(socket_.get(), generic(), &size);
   }

@@ -33,8 +33,8 @@ TEST_F(QtRunLoopTest, runsPostedTasksInOrderFromAnyThread) {
       });
     }
   }
-  ASSERT_TRUE(
-      runUntil([&] { return seen[0].size() + seen[1].size() + seen[2].size() == 3 * Each; }));
+  ASSERT_TRUE(runUntil(
+      [&] { return seen[0].size() + seen[1].size() + seen[2].size() == std::size_t{3} * Each; }));
   for (const auto& one : seen) EXPECT_TRUE(std::is_sorted(one.begin(), one.end()));
   EXPECT_TRUE(loop_.isMainThread());
 }

@@ -145,7 +145,7 @@ class KDPoolSyncTest : public testing::Test {
   std::vector<std::optional<TransferProgress>> progress_;
   KDPoolSync sync_{
       platform_, host_.lanes.start("state"), steps_,
-      [this](std::optional<TransferProgress> progress) { progress_.push_back(progress); }};
+      [this](const std::optional<TransferProgress>& progress) { progress_.push_back(progress); }};
   KDPoolSync::Settings settings_;
 };
 

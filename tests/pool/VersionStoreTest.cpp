@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr std::int64_t Day = 24 * 60 * 60;
+constexpr std::int64_t Day = 24LL * 60 * 60;
 constexpr std::uint64_t Megabyte = 1U << 20;
 
 TEST(VersionsToRemove, goByAgeAndThenByTheRoomThatIsLeft) {

@@ -69,7 +69,7 @@ bool ScheduleRun::answerAll(bool deletes) {
   bool isAny = false;
   for (SimulatedPeer* peer : active()) {
     if (peer->questioned(Docs).empty()) continue;
-    peer->operations().answer(Docs, deletes, [](Result<>) {});
+    peer->operations().answer(Docs, deletes, [](const Result<>&) {});
     isAny = true;
   }
   return isAny;

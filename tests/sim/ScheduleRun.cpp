@@ -268,7 +268,7 @@ void ScheduleRun::decide(SimulatedPeer& peer, bool uses, std::size_t conflict,
       note("crossed drops");
     }
   }
-  const auto done = [](Result<>) {};
+  const auto done = [](const Result<>&) {};
   if (uses) {
     peer.operations().useVersion(Docs, chosen.path, id.text(), done);
   } else {
@@ -393,7 +393,7 @@ std::string ScheduleRun::problems() {
     pass(120);
     for (SimulatedPeer* peer : net.peers()) {
       if (!peer->isRunning() || peer->snapshot(Docs)->phase == PoolPhase::Inactive) continue;
-      peer->operations().setPassword(Docs, password_, [](Result<>) {});
+      peer->operations().setPassword(Docs, password_, [](const Result<>&) {});
     }
     // First with the conflicts that are there, then with all of them decided.
     for (const bool isDecided : {false, true}) {

@@ -228,7 +228,7 @@ TEST_F(StandInTest, listsAsTheToolDoes) {
             {"b\\#101", '-', "1", T},
             {"\xc3\xa9t\xc3\xa9", '-', "1", T},
             {"bad\xff", '-', "1", T},
-            {"tool", 'x', "1", T + 86400 * 180},
+            {"tool", 'x', "1", T + 86400L * 180},
             {"link", 'l', "a", T + 2},
             {"away", 'l', "/etc/passwd", T + 2},
             {"pipe", 'p', "", T},

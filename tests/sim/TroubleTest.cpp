@@ -80,7 +80,7 @@ TEST_F(Trouble, strangersLogsHarmNothing) {
   b.host.files.write("/home/user/precious", "mine");
   const auto now = static_cast<long long>(net.world.clock.now());
   const std::string time = std::to_string(now);
-  const std::string year = std::to_string(now + 365 * 86400);
+  const std::string year = std::to_string(now + 365LL * 86400);
   const std::string stranger = a.path("Docs") + "/.Zolvar/eve@evil.local.fplog";
   const std::string rows[] = {
       "\"" + time + "\",\"0\",\"../precious\",\"" + time + "\",\"\",\"\"\n",
