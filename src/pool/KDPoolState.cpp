@@ -175,7 +175,11 @@ Result<> KDPoolState::readAllLogs() {
 
 void KDPoolState::leave() {
   if (isActive_) {
-    isRecordHeld_ = false;
+    if (isRecordHeld_) {
+      const auto flushed = folder_->flush();
+      isRecordHeld_ = !flushed;  // what the record does not tell, the next start finds out
+      if (!flushed) platform_.log.warning("{}", flushed.error().message());
+    }
     flush();
     isTodoDirty_ = true;
     saveTodoFiles();

@@ -97,6 +97,28 @@ TEST_F(KDPoolStateSyncTest, readsOwnLinesThatALoadBringsBeforeAnEntryIsMade) {
   EXPECT_EQ(ownLines(), 3U) << ownLog();
 }
 
+TEST_F(KDPoolStateSyncTest, aPowerFailureAfterTheEndIsNoEdit) {
+  for (const bool isDiskWell : {true, false}) {
+    const std::string file = isDiskWell ? "f" : "g";
+    arrives("bob@beta.local", {line(100, 0, file, 90)});
+    fetch(file, "first", 90);
+    if (!isDiskWell) host.files.faults.failAlways("flush");
+    state->leave();
+    host.files.faults.clear();
+    host.files.powerLoss();
+    const auto left = ownLines();
+    start();
+    host.clock.advance(20);
+    scan();
+    EXPECT_EQ(ownLines(), left) << "an emptied file is nobody's edit";
+    EXPECT_EQ(host.files.readAll(path(file)).value_or(""), isDiskWell ? "first" : "");
+    if (isDiskWell) continue;
+    const ParticipantAddress bob{"bob", "beta.local", 50000, "Docs"};
+    (void)state->decideListing({{'-', 5, {90}, file}}, bob);
+    EXPECT_EQ(missing(), std::vector<std::string>{file});
+  }
+}
+
 TEST_F(KDPoolStateSyncTest, putsAwayWhatACutOffTransferLeft) {
   const auto lies = [this](const std::string& name, std::uint32_t mode) {
     host.files.write(path(name), "half");
