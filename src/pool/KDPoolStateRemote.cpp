@@ -44,9 +44,10 @@ void KDPoolState::applyRemoteLogEntries(std::vector<KDLogFileEntry*> entries) {
   std::erase_if(toDelete, [&](const std::string& text) {
     const KDPathRecord* path = store_->findPath(text);
     const KDDiskState* disk = path ? path->disk : nullptr;
+    if (!disk || !disk->entry || todo_.contains(text)) return false;
+    if (!wasKeptInCrossedDrops(*tree_, *disk->entry)) return false;
     const auto attributes = folder_->attributes(text);
-    const bool isKept = disk && disk->entry && attributes && disk->isUnchanged(*attributes) &&
-                        !todo_.contains(text) && wasKeptInCrossedDrops(*tree_, *disk->entry);
+    const bool isKept = attributes && disk->isUnchanged(*attributes);
     if (isKept) kept.push_back(text);
     return isKept;
   });
