@@ -264,7 +264,7 @@ VCardLine takeProperty(PhysicalLines& lines) {
     }
     if (!lines.isAtEnd() && lines.peek().text.empty()) takeContinuation(0);  // their end in 2.1
     takeFolded();
-    line.value = whole.substr(head);
+    line.value = asUtf8(whole.substr(head));  // it may be text for all it says
   } else {
     line.value = asUtf8(whole.substr(head));
   }
