@@ -1,6 +1,7 @@
 #include "ui/EngineSentence.h"
 
 #include <QCoreApplication>
+#include <QLocale>
 #include <QRegularExpression>
 #include <algorithm>
 
@@ -63,7 +64,7 @@ std::vector<EngineSentence::Piece> EngineSentence::piecesOf(const QString& text)
   for (auto found = Field.globalMatch(text); found.hasNext();) {
     const auto match = found.next();
     const int number = match.capturedLength(1) > 0 ? match.captured(1).toInt() : next++;
-    pieces.push_back({text.mid(from, match.capturedStart() - from), number});
+    pieces.push_back({text.mid(from, match.capturedStart() - from), number, match.hasCaptured(2)});
     from = match.capturedEnd();
   }
   pieces.push_back({text.mid(from)});
@@ -87,6 +88,7 @@ std::vector<QString> EngineSentence::fieldsOf(const QString& text) const {
     const auto field = static_cast<std::size_t>(pieces_[each].field);
     if (fields.size() <= field) fields.resize(field + 1);
     fields[field] = text.mid(at, next - at);
+    if (pieces_[each].isDecimal) fields[field].replace('.', QLocale().decimalPoint());
     at = next;
   }
   return fields;

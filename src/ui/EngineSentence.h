@@ -16,7 +16,8 @@ class EngineSentence {
   [[nodiscard]] const char* key() const { return key_; }
   /// Characters outside the fields: of two sentences that fit, the one with more is meant.
   [[nodiscard]] qsizetype weight() const { return weight_; }
-  /// The fields' values by number; empty when `text` was not made from this, or it has no field.
+  /// The fields' values by number, decimal numbers as the language writes them; empty when `text`
+  /// was not made from this, or it has no field.
   [[nodiscard]] std::vector<QString> fieldsOf(const QString& text) const;
   /// `translation` with its fields filled.
   [[nodiscard]] static QString filled(const QString& translation,
@@ -24,8 +25,9 @@ class EngineSentence {
 
  private:
   struct Piece {
-    QString words;   ///< before the field
-    int field = -1;  ///< -1: the end
+    QString words;           ///< before the field
+    int field = -1;          ///< -1: the end
+    bool isDecimal = false;  ///< the field has a format, as only decimal numbers have
   };
   [[nodiscard]] static std::vector<Piece> piecesOf(const QString& text);
 

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <thread>
 
+#include "app/EnvironmentChecks.h"
 #include "app/OutcomeTexts.h"
 #include "ui/ConflictsTab.h"
 #include "ui/FolderList.h"
@@ -60,6 +61,7 @@ TEST(Languages, sayTheEnginesSentences) {
       deletionNotice(plans, {"a", "b"}).description,
       refused.value().message(),
       deletionAlert("Plans", {"x.txt"}).text,
+      clockAlert(-42.5).text,
       "The folder's path cannot be served by the transfer daemon. The name is empty.",
       "What nobody ever wrote down.",
   };
@@ -78,6 +80,7 @@ TEST(Languages, sayTheEnginesSentences) {
           "Der Ordner „/a 'b': c“ konnte nicht angelegt werden: eine Datei hat diesen Namen.",
           testing::StartsWith("Aus dem synchronisierten Ordner „Plans“ wurden Dateien "
                               "verschoben oder gelöscht (1): x.txt.\n"),
+          testing::HasSubstr("Uhr geht zurzeit um 42,5 Sekunden falsch."),
           "Der Übertragungsdienst kann den Pfad des Ordners nicht anbieten. Der Name ist "
           "leer.",
           "What nobody ever wrote down."));
