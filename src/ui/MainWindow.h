@@ -52,8 +52,6 @@ class MainWindow : public QMainWindow {
 
  Q_SIGNALS:
   void quitWanted();
-  /// The person chose another language.
-  void languageChosen();
 
  protected:
   void closeEvent(QCloseEvent* event) override;

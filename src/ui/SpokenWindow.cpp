@@ -6,7 +6,6 @@
 #include "app/Application.h"
 #include "app/Outcomes.h"
 #include "platform/Platform.h"
-#include "platform/UserDefaults.h"
 #include "ui/Languages.h"
 #include "ui/MainWindow.h"
 #include "ui/TrayIcon.h"
@@ -16,6 +15,7 @@
 namespace zolvar {
 namespace {
 
+constexpr const char* LanguageKey = "Language";
 constexpr double Pause = 0.2;  // seconds between two looks at what is open
 
 }  // namespace
@@ -51,13 +51,18 @@ SpokenWindow::SpokenWindow(Application& application, Operations& operations)
                application.outcomes(),
                sheetsController_,
                application.platform(),
-               news_} {
+               news_},
+      observation_(context_.platform.defaults.observe(LanguageKey, [this] { speakAnewSoon(); })) {
   open();
 }
 
 SpokenWindow::~SpokenWindow() {
   context_.platform.runLoop.cancel(timer_);
   close();
+}
+
+std::string SpokenWindow::languageSetting() const {
+  return context_.platform.defaults.string(LanguageKey).value_or("");
 }
 
 MainWindow& SpokenWindow::window() { return shown_->window; }
@@ -67,10 +72,9 @@ WindowSheets& SpokenWindow::sheets() { return shown_->sheets; }
 bool SpokenWindow::hasTray() const { return shown_->tray.has_value(); }
 
 void SpokenWindow::open() {
-  setting_ = context_.platform.defaults.string("Language").value_or("");
+  setting_ = languageSetting();
   shown_ = std::make_unique<Shown>(setting_, context_);
   connect(&shown_->window, &MainWindow::quitWanted, this, &SpokenWindow::quitWanted);
-  connect(&shown_->window, &MainWindow::languageChosen, this, &SpokenWindow::speakAnewSoon);
   context_.outcomes.setFrontEnd(&shown_->frontEnd);
 }
 
@@ -88,7 +92,7 @@ void SpokenWindow::speakAnewSoon() {
 }
 
 void SpokenWindow::speakAnew() {
-  if (context_.platform.defaults.string("Language").value_or("") == setting_) return;
+  if (languageSetting() == setting_) return;
   const bool isBusy =
       QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget() != nullptr;
   if (isBusy) return speakAnewSoon();

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/SheetsController.h"
+#include "platform/UserDefaults.h"
 #include "ui/FolderNews.h"
 #include "ui/WindowContext.h"
 
@@ -14,8 +15,8 @@ class MainWindow;
 class WindowSheets;
 
 /// The window with all that hangs on it, its sheets, the tray icon and what the engine asks, in the
-/// language of the setting. When the person chooses another one, all of it is made anew from what
-/// the window remembers, as soon as no sheet and no menu is open. Application and operations
+/// language of the setting. When that changes, wherever it is changed, all of it is made anew from
+/// what the window remembers, as soon as no sheet and no menu is open. Application and operations
 /// outlive it. Main thread.
 class SpokenWindow : public QObject {
   Q_OBJECT
@@ -39,6 +40,7 @@ class SpokenWindow : public QObject {
   void close();
   void speakAnewSoon();
   void speakAnew();
+  [[nodiscard]] std::string languageSetting() const;
 
   FolderNews news_;
   SheetsController sheetsController_;
@@ -46,6 +48,7 @@ class SpokenWindow : public QObject {
   std::string setting_;  ///< the language that is spoken
   std::unique_ptr<Shown> shown_;
   RunLoop::Id timer_ = 0;
+  std::unique_ptr<UserDefaults::Observation> observation_;
 };
 
 }  // namespace zolvar

@@ -25,10 +25,6 @@ class PreferencesPanel : public Sheet {
   void showPage(int index);
   void accept() override;
 
- Q_SIGNALS:
-  /// Another one is written.
-  void languageChosen();
-
  protected:
   void showEvent(QShowEvent* event) override;
 

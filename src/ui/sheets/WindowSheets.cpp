@@ -196,11 +196,7 @@ void WindowSheets::showProblem(const QString& title, const QString& sentence) {
 
 // Panels.
 
-void WindowSheets::preferences() {
-  auto* panel = open<PreferencesPanel>("preferences", context_);
-  QObject::connect(panel, &PreferencesPanel::languageChosen, &window_, &MainWindow::languageChosen,
-                   Qt::UniqueConnection);
-}
+void WindowSheets::preferences() { open<PreferencesPanel>("preferences", context_); }
 
 void WindowSheets::about() { open<AboutPanel>("about", context_); }
 
