@@ -1,0 +1,198 @@
+// Orders of events in which work would be lost, or named wrongly, without the guard against each.
+
+#include "pool/KDPoolStateFixture.h"
+
+namespace zolvar {
+namespace {
+
+class KDPoolStateGuardTest : public KDPoolStateTest {
+ protected:
+  static constexpr const char* Saved = "/home/user/.local/share/Zolvar/versions/run/f";
+  const std::string bob = "bob@beta.local";
+  const std::string carol = "carol@gamma.local";
+
+  /// Bob lists the file; what may be copied then.
+  std::set<std::string> ready(const std::string& relative, std::uint64_t size, std::int64_t modTime,
+                              char kind = '-') {
+    const ParticipantAddress address{"bob", "beta.local", 50000, "Docs"};
+    return state->prepareCopy(
+        state->decideListing({{kind, size, {modTime}, relative}}, address).files);
+  }
+  void crash() {
+    state.reset();
+    start();
+  }
+  std::string read(const std::string& relative) {
+    return host.files.readAll(path(relative)).value_or("(none)");
+  }
+  std::string chosen() {
+    for (const auto& conflict : *heard.snapshot->conflicts) {
+      for (const auto& version : conflict.versions) {
+        if (version.isLocal) return version.id.text();
+      }
+    }
+    return "none";
+  }
+};
+
+using Paths = std::vector<std::string>;
+
+TEST_F(KDPoolStateGuardTest, whatIsSavedWhileACopyRunReplacesItStays) {
+  arrives(bob, {line(100, 0, "f", 90)});
+  fetch("f", "first", 90);
+  arrives(bob, {line(200, 100, "f", 190), line(300, 0, "d", 300)});
+  ASSERT_EQ(ready("f", 6, 190).size(), 1U);
+  host.files.save(Saved, "edit", 90);  // the editor kept the old version's time
+  host.files.save(path("f"), "second", 190);
+  EXPECT_TRUE(state->settleReplacedFiles({{"f", Saved}}));
+  EXPECT_EQ(read("f"), "edit");
+  ASSERT_EQ(ready("d", 0, 300, 'd').size(), 1U);
+  host.files.save(Saved, "put there");
+  ASSERT_TRUE(host.files.makeFolder(path("d")));
+  EXPECT_TRUE(state->settleReplacedFiles({{"d", Saved}}));
+  EXPECT_TRUE(host.files.wasTrashed("put there"));
+}
+
+TEST_F(KDPoolStateGuardTest, whatIsSavedAsSoonAsItArrivedIsNotReplaced) {
+  arrives(bob, {line(100, 0, "f", 90)});
+  ASSERT_EQ(ready("f", 5, 90).size(), 1U);
+  host.files.save(path("f"), "edit");  // over what the run has just brought
+  state->checkTodoFiles();
+  EXPECT_TRUE(ready("f", 5, 90).empty());
+  host.clock.advance(20);
+  scan();
+  EXPECT_EQ(read("f"), "edit");
+  EXPECT_EQ(heard.snapshot->conflicts->size(), 1U) << ownLog();
+}
+
+TEST_F(KDPoolStateGuardTest, whatABreakdownEmptiedIsNobodysEdit) {
+  put("f", "mine");
+  scan();
+  const auto time = host.files.attributesOf(path("f"))->modTime;
+  host.files.write(path("f"), "", time);
+  scan();
+  arrives(bob, {line(100, 0, "g", 90)});
+  host.files.save(path("g"), "", 90);  // arrived, and not recorded before the power failed
+  crash();
+  for (const char* name : {"f", "g"}) EXPECT_FALSE(host.files.exists(path(name))) << name;
+  EXPECT_EQ(missing(), (Paths{"f", "g"}));
+  EXPECT_EQ(ownLines(), 1U) << ownLog();
+}
+
+TEST_F(KDPoolStateGuardTest, nothingDescendsFromWhatThePowerFailureTook) {
+  arrives(bob, {line(100, 0, "f", 90)});
+  fetch("f", "first", 90);
+  host.files.powerLoss();
+  put("f", "written anew");
+  crash();
+  EXPECT_EQ(heard.snapshot->conflicts->size(), 1U) << ownLog();
+}
+
+TEST_F(KDPoolStateGuardTest, aFileIsNotWhatItsTimeSays) {
+  arrives(bob, {line(100, 0, "f", 90), line(101, 0, "g", 91), line(102, 0, "l", 92)});
+  host.files.save(path("f"), "another", 90);
+  state->checkTodoFiles();
+  EXPECT_EQ(missing(), (Paths{"f", "g", "l"})) << "nobody saw it arrive";
+  host.files.makeLink(path("g"), "there", 91);
+  host.files.makeLink(path("l"), "there", 92);
+  const int asked = heard.fullSyncs;
+  scan();
+  EXPECT_GT(heard.fullSyncs, asked) << "listings can tell";
+  EXPECT_TRUE(ready("f", 5, 90).empty());
+  EXPECT_TRUE(ready("g", 5, 91).empty()) << "a file there, a link here";
+  EXPECT_EQ(ready("l", 5, 92, 'l').size(), 1U);
+  EXPECT_TRUE(host.files.exists(path("l"))) << "the tool compares targets";
+  scan();
+  EXPECT_EQ(heard.conflicts, (Paths{"f", "g"}));
+}
+
+TEST_F(KDPoolStateGuardTest, whatArrivedIsTheVersionThatWasListed) {
+  arrives(bob, {line(100, 0, "f", 90), line(150, 100, "f", 90)});  // and chooses it
+  arrives(carol, {line(110, 0, "f", 90)});
+  fetch("f", "bob's", 90);
+  EXPECT_EQ(chosen(), leafOf(bob).text());
+}
+
+TEST_F(KDPoolStateGuardTest, aCopyThatACrashCutOffIsNoEdit) {
+  put("f", "mine");
+  scan();
+  arrives(bob, {line(100, 0, "f", 90)});
+  ASSERT_TRUE(state->selectBranch("f", leafOf(bob)));
+  const auto lines = ownLines();
+  ASSERT_EQ(ready("f", 5, 90).size(), 1U);
+  host.files.save(path("f"), "bob's", 90);
+  crash();
+  EXPECT_EQ(ownLines(), lines) << ownLog();
+}
+
+TEST_F(KDPoolStateGuardTest, aChoiceThatFitsTwoBranchesIsMadeAnew) {
+  arrives(bob, {line(100, 0, "f", 90)});
+  arrives(carol, {line(110, 0, "f", 95)});
+  fetch("f", "bob's", 90);
+  arrives(bob, {line(200, 100, "f", 190)});
+  put("f", "mine");
+  scan();
+  state->leave();
+  const std::string log = path(".Zolvar/" + bob + ".fplog");
+  host.files.save(log, *host.files.readAll(log) + line(leafTimeOf("f") + 5, 200, "f", 290) + "\n");
+  start();
+  state->checkTodoFiles();
+  EXPECT_EQ(missing(), Paths()) << "bob's newest is not what was chosen";
+  EXPECT_EQ(read("f"), "mine");
+}
+
+TEST_F(KDPoolStateGuardTest, whatWasDeletedGoesToTheTrashAlsoWhenAnotherComesInItsPlace) {
+  arrives(bob, {line(100, 0, "f", 90)});
+  arrives(carol, {line(110, 0, "f", 95)});
+  arrives("dave@delta.local", {line(120, 0, "f", 97)});
+  fetch("f", "bob's", 90);
+  arrives(bob, {line(200, 100, "f", 0), line(210, 110, "f", 205, carol)});
+  EXPECT_EQ(ready("f", 5, 205).size(), 1U);
+  EXPECT_TRUE(host.files.wasTrashed("bob's"));
+}
+
+TEST_F(KDPoolStateGuardTest, filesAndDirectoriesTakeEachOthersPlace) {
+  arrives(bob, {line(100, 0, "f", 90)});
+  fetch("f", "first", 90);
+  arrives(bob, {line(200, 100, "f", 200)});
+  EXPECT_EQ(ready("f", 0, 200, 'd').size(), 1U);
+  EXPECT_TRUE(host.files.wasTrashed("first"));
+
+  arrives(bob, {line(300, 0, "d", 300), line(301, 0, "d/x", 290)});
+  ASSERT_TRUE(host.files.makeFolder(path("d")));
+  state->checkTodoFiles();
+  arrives(carol, {line(310, 300, "d", 305, bob)});
+  EXPECT_TRUE(ready("d", 5, 305).empty()) << "d/x lives, though not here yet";
+
+  put("p", "mine");
+  scan();
+  arrives(carol, {line(320, 0, "p", 320)});
+  const double mine = leafTimeOf("p");
+  host.files.remove(path("p"));
+  ASSERT_TRUE(host.files.makeFolder(path("p")));
+  scan();
+  EXPECT_GT(leafTimeOf("p"), mine) << "our own directory took the file's place: " << ownLog();
+}
+
+TEST_F(KDPoolStateGuardTest, directoriesOfOneNameGoTogether) {
+  for (const char* name : {"d", "e"}) {
+    arrives(bob, {line(100, 0, name, 100)});
+    arrives(carol, {line(110, 0, name, 110)});
+    ASSERT_TRUE(host.files.makeFolder(path(name)));
+  }
+  state->checkTodoFiles();
+  host.files.remove(path("d"));
+  host.files.remove(path("e"));
+  put("d", "a file now");
+  scan();
+  scan();
+  EXPECT_TRUE(heard.snapshot->conflicts->empty()) << ownLog();
+  ASSERT_TRUE(heard.question);
+  ASSERT_TRUE(state->answerQuestion(heard.question->id, 1001));
+  state->checkTodoFiles();
+  EXPECT_EQ(missing(), Paths());
+  EXPECT_EQ(heard.snapshot->fileCount, 1U) << ownLog();
+}
+
+}  // namespace
+}  // namespace zolvar
