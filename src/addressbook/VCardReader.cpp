@@ -235,10 +235,11 @@ VCardLine takeProperty(PhysicalLines& lines) {
     whole += next.text.substr(blanks);
     line.end = next.end;
   };
+  bool mayEndSoftly = true;
   const auto takeFolded = [&] {
     while (!lines.isAtEnd()) {
       const std::string_view next = lines.peek().text;
-      if (next.empty() || !isBlank(next.front()) || endsSoftly(whole)) break;
+      if (next.empty() || !isBlank(next.front()) || (mayEndSoftly && endsSoftly(whole))) break;
       takeContinuation(1);
     }
   };
@@ -248,8 +249,10 @@ VCardLine takeProperty(PhysicalLines& lines) {
   const std::size_t head = whole.size() - rest.size();
   const std::string_view encoding = line.parameter("ENCODING");
   line.isBase64 = isSameInAnyCase(encoding, "B") || isSameInAnyCase(encoding, "BASE64");
+  mayEndSoftly = isSameInAnyCase(encoding, "QUOTED-PRINTABLE");
+  takeFolded();  // where the head only looked like it
   // Whatever is not folded as it should be is taken along: it belongs to nothing else.
-  if (isSameInAnyCase(encoding, "QUOTED-PRINTABLE")) {
+  if (mayEndSoftly) {
     while (whole.size() > head && whole.back() == '=' && !lines.isAtEnd() &&
            !isMarker(lines.peek().text, "END") && !isMarker(lines.peek().text, "BEGIN")) {
       whole.pop_back();
@@ -326,8 +329,8 @@ std::vector<VCardLine> linesOfCard(std::string_view card) {
     const bool begins = isMarker(next.text, "BEGIN");
     const bool ends = depth > 0 && isMarker(next.text, "END");
     if (begins) ++depth;
-    if (depth > 1 || trimmed(next.text).empty()) {
-      lines.take();
+    if (depth > 1 || next.text.empty() || isBlank(next.text.front())) {
+      lines.take();  // what goes on from nothing is no property
     } else {
       VCardLine line = takeProperty(lines);
       if (!line.name.empty()) found.push_back(std::move(line));

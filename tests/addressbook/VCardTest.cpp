@@ -70,6 +70,7 @@ TEST(VCardReader, understandsWhatIsWritten) {
        "Image=hello\nJobTitle=Boss\n"},
       {"3.0", "PHOTO;BASE64:\n  aGVs\n  bG8=\n", "Image=hello\n"},
       {"2.1", "N;BASE64:M\xFCller\n", "Last=M\u00FCller\n"},
+      {"2.1", "N;X=QUOTED-PRINTABLE:M=\n r\n\n N:goes on from nothing\n", "Last=M=r\n"},
       {"4.0", "PHOTO:data:image/png;base64\\,aGVsbG8=\n", "Image=hello\n"},
       {"3.0", "PHOTO;VALUE=uri:http://elsewhere/a.png\nPHOTO;ENCODING=b:!\n", ""},
       {"3.0", "BDAY:1980-02-03\nREV:20200101T101112Z\n",
