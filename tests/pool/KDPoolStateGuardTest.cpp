@@ -77,6 +77,12 @@ TEST_F(KDPoolStateGuardTest, whatABreakdownEmptiedIsNobodysEdit) {
   for (const char* name : {"f", "g"}) EXPECT_FALSE(host.files.exists(path(name))) << name;
   EXPECT_EQ(missing(), (Paths{"f", "g"}));
   EXPECT_EQ(ownLines(), 1U) << ownLog();
+  arrives(bob, {line(101, 0, "h", 91)});
+  fetch("h", "bob's", 91);
+  host.files.remove("/home/user/.local/share/Zolvar/records");  // lost as well
+  host.files.save(path("h"), "", 91);
+  crash();
+  EXPECT_EQ(ready("h", 5, 91).size(), 1U) << "a listing tells that it should not be empty";
 }
 
 TEST_F(KDPoolStateGuardTest, nothingDescendsFromWhatThePowerFailureTook) {
@@ -107,8 +113,10 @@ TEST_F(KDPoolStateGuardTest, aFileIsNotWhatItsTimeSays) {
 }
 
 TEST_F(KDPoolStateGuardTest, whatArrivedIsTheVersionThatWasListed) {
-  arrives(bob, {line(100, 0, "f", 90), line(150, 100, "f", 90)});  // and chooses it
-  arrives(carol, {line(110, 0, "f", 90)});
+  const auto log = [](const std::string& user) { return path(".Zolvar/" + user + ".fplog"); };
+  host.files.save(log(bob), line(100, 0, "f", 90) + "\n" + line(150, 100, "f", 90) + "\n");
+  host.files.save(log(carol), line(110, 0, "f", 90) + "\n");
+  restart();  // bob chose his, we have none
   fetch("f", "bob's", 90);
   EXPECT_EQ(chosen(), leafOf(bob).text());
 }
