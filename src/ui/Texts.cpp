@@ -8,21 +8,18 @@
 #include "util/PathRules.h"
 
 namespace zolvar {
-namespace {
-
-QString isolated(const QString& text) {
-  constexpr QChar FirstStrongIsolate(0x2068);
-  constexpr QChar PopIsolate(0x2069);
-  return FirstStrongIsolate + text + PopIsolate;
-}
-
-}  // namespace
 
 QString EnglishPlurals::translate(const char* /*context*/, const char* source,
                                   const char* /*disambiguation*/, int count) const {
   const QString text = QString::fromUtf8(source);
   if (count < 0 || !text.contains("(s)")) return {};
   return QString(text).replace("(s)", count == 1 ? "" : "s");
+}
+
+QString isolated(const QString& text) {
+  constexpr QChar FirstStrongIsolate(0x2068);
+  constexpr QChar PopIsolate(0x2069);
+  return FirstStrongIsolate + text + PopIsolate;
 }
 
 QString bytesText(std::uint64_t bytes) {

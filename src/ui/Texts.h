@@ -30,6 +30,8 @@ QString said(const std::string& text);
 
 [[nodiscard]] inline QString toQt(const std::string& text) { return QString::fromStdString(text); }
 
+/// A name or a number that keeps its own direction among other words.
+QString isolated(const QString& text);
 /// "12.3 MB", by the locale.
 QString bytesText(std::uint64_t bytes);
 /// Date and time, short, by the locale; `seconds` since 1970.

@@ -184,8 +184,7 @@ Preferences PreferencesPanel::shown() const {
 }
 
 void PreferencesPanel::accept() {
-  const Preferences wanted = shown();
-  const auto saved = wanted.save(before_, context_.application, context_.operations);
+  const auto saved = shown().save(before_, context_.application, context_.operations);
   if (saved) return Sheet::accept();
   // What could be written is not written once more.
   before_ = Preferences::read(context_.application, context_.operations);
