@@ -1,6 +1,7 @@
 #include "pool/KDPoolState.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
@@ -279,7 +280,7 @@ void KDPoolState::logFileDidChange(KDLogFile& log) {
     mergedOffsets_[std::string(lastPathComponent(log.path()))] = attributes->size;
   }
   refreshLogState();
-  listener_->announcementNeeded();
+  isAnnouncementDue_ = true;
 }
 
 void KDPoolState::refreshLogState() {
@@ -348,6 +349,8 @@ void KDPoolState::publish() {
   }
   ++published_.serial;
   listener_->stateDidChange(std::make_shared<const PoolSnapshot>(published_));
+  // Not before: what is announced is what was published last.
+  if (std::exchange(isAnnouncementDue_, false)) listener_->announcementNeeded();
 }
 
 }  // namespace zolvar

@@ -197,7 +197,8 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::unique_ptr<KDEntryStore> store_;
   std::unique_ptr<KDVersionTree> tree_;
   std::unique_ptr<KDDiskRecord> record_;
-  bool isRecordHeld_ = false;  ///< not written: it names files that may not be on the disk yet
+  bool isAnnouncementDue_ = false;  ///< the logs have changed since the last publish()
+  bool isRecordHeld_ = false;       ///< not written: it names files that may not be on the disk yet
   std::unique_ptr<CopyRunRecord> copyRuns_;
   std::unique_ptr<KDLogFile> localLog_;
   std::unique_ptr<LogGuard> guard_;
@@ -209,7 +210,6 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
 
   std::set<std::string, std::less<>> todo_;
   bool isTodoDirty_ = false;
-  std::optional<FileAttributes> todoFile_;  ///< todos.plist as it lay before a log load
   std::set<std::string, std::less<>> inQuestion_;
   std::uint64_t questionId_ = 0;
   std::unordered_set<const KDPathRecord*> conflicts_;

@@ -16,8 +16,6 @@ namespace zolvar {
 
 namespace {
 
-constexpr std::string_view TodoFileName = ".Zolvar/todos.plist";
-
 std::string joined(const std::vector<std::string>& lines) {
   std::string text;
   for (const std::string& line : lines) text += line + "\n";
@@ -47,8 +45,8 @@ Result<> KDPoolState::prepareLogLoad() {
     }
     if (report.trouble) return tl::unexpected(*report.trouble);
   }
-  todoFile_.reset();
-  if (const auto before = folder_->attributes(TodoFileName)) todoFile_ = *before;
+  // Without one of our own a load would leave the participant's.
+  if (!folder_->attributes(joinPath(MetadataFolderName, LogGuard::TodoFileName))) saveTodoFiles();
   return guard_->setAside();
 }
 
@@ -57,10 +55,6 @@ void KDPoolState::finishLogLoad() {
   GuardReport report = guard_->settle();
   if (report.trouble) platform_.log.error("{}", report.trouble->message());
   if (isActive_) {
-    const auto todoFile = folder_->attributes(TodoFileName);
-    if (todoFile && (!todoFile_ || todoFile->inode != todoFile_->inode)) {
-      isTodoDirty_ = true;  // the run brought the peer's list in place of ours
-    }
     const std::string ownName = settings_.userId + std::string(LogFileExtension);
     std::vector<KDLogFileEntry*> entries;
     for (const GuardedLog& guarded : report.logs) {
@@ -105,7 +99,7 @@ void KDPoolState::finishLogLoad() {
   refreshLogState();
   if (std::any_of(report.logs.begin(), report.logs.end(),
                   [](const GuardedLog& log) { return log.changed || log.rewritten; })) {
-    listener_->announcementNeeded();  // others may get these changes from us
+    isAnnouncementDue_ = true;  // others may get these changes from us
   }
   publish();
 }

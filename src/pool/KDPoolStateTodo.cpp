@@ -11,15 +11,14 @@ namespace zolvar {
 
 namespace {
 
-constexpr std::string_view TodoFileName = ".Zolvar/todos.plist";
 constexpr std::uint64_t LargestTodoFile = 512U << 20U;  ///< bytes; a million long paths
-constexpr std::uint32_t TodoFileMode = 0644;
 constexpr int ConflictLabel = 6;
 
 }  // namespace
 
 void KDPoolState::loadTodoFiles() {
-  const auto bytes = folder_->read(TodoFileName, 0, LargestTodoFile);
+  const auto bytes =
+      folder_->read(joinPath(MetadataFolderName, LogGuard::TodoFileName), 0, LargestTodoFile);
   if (!bytes) return;
   const auto paths = stringsFromPropertyList(*bytes, {LargestTodoFile, 16});
   if (!paths) {
@@ -42,8 +41,7 @@ void KDPoolState::loadTodoFiles() {
 }
 
 void KDPoolState::saveTodoFiles() {
-  const auto saved = folder_->replace(
-      TodoFileName, propertyListFromStrings({todo_.begin(), todo_.end()}), TodoFileMode);
+  const auto saved = guard_->replaceTodoFile(propertyListFromStrings({todo_.begin(), todo_.end()}));
   if (!saved) {
     platform_.log.error("ERROR while saving todo files: {}\n", saved.error().message());
     return;  // stays dirty: the next flush tries again
@@ -150,7 +148,9 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
 
 void KDPoolState::filesAreOnDisk() {
   isRecordHeld_ = false;
-  if (isActive_ && !isDetached_) (void)flush();
+  if (!isActive_ || isDetached_) return;
+  (void)flush();
+  if (isAnnouncementDue_) publish();
 }
 
 std::set<std::string> KDPoolState::todoFiles() const { return {todo_.begin(), todo_.end()}; }

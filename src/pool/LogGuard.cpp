@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t PieceSize = 256U << 10;  ///< bytes compared at once
 constexpr std::size_t MostNamesInWarning = 5;
+constexpr std::uint32_t TodoFileMode = 0644;
 constexpr std::uint64_t TimesOfUnions = 31;  ///< seconds; a prime, so that line lengths spread
 
 std::string logPath(std::string_view name) { return joinPath(MetadataFolderName, name); }
@@ -51,9 +52,10 @@ Result<> LogGuard::setAside() {
   const auto files = filesIn(MetadataFolderName);
   if (!files) return tl::unexpected(files.error());
   for (const auto& [name, attributes] : *files) {
-    if (!isLog(name, attributes)) continue;
+    const bool isTodoFile = name == TodoFileName && attributes.kind == FileKind::Regular;
+    if (!isLog(name, attributes) && !isTodoFile) continue;
     if (const auto linked = folder_.link(logPath(name), asidePath(name)); !linked) return linked;
-    before_.emplace(name, attributes);
+    if (!isTodoFile) before_.emplace(name, attributes);
   }
   isOwnLoad_ = true;
   return {};
@@ -91,6 +93,8 @@ GuardReport LogGuard::settle() {
                settled.error().message());
     if (!report.trouble) report.trouble = settled.error();
   }
+  if (const auto back = bringBackTodoFile(); !back && !report.trouble)
+    report.trouble = back.error();
   removeStrangers();
   if (!report.trouble) {
     if (const auto removed = folder_.removeTree(AsideFolder); !removed) {
@@ -209,13 +213,27 @@ Result<> LogGuard::writeUnion(const std::string& name, std::int64_t later, bool 
   return folder_.rename(source, logPath(name));
 }
 
+Result<> LogGuard::replaceTodoFile(std::string_view bytes) {
+  if (folder_.attributes(asidePath(TodoFileName))) {
+    if (const auto kept = folder_.replace(asidePath(TodoFileName), bytes, TodoFileMode); !kept) {
+      return kept;
+    }
+  }
+  return folder_.replace(logPath(TodoFileName), bytes, TodoFileMode);
+}
+
+Result<> LogGuard::bringBackTodoFile() {
+  if (!folder_.attributes(asidePath(TodoFileName))) return {};
+  return folder_.rename(asidePath(TodoFileName), logPath(TodoFileName));
+}
+
 void LogGuard::removeStrangers() {
   std::vector<std::string> removed;
   const auto files = filesIn(MetadataFolderName);
   if (!files) return;
   for (const auto& [name, attributes] : *files) {
     const bool isFile = attributes.kind == FileKind::Regular;
-    const bool belongs = isFile && (isLogFileName(name) || name == "todos.plist" ||
+    const bool belongs = isFile && (isLogFileName(name) || name == TodoFileName ||
                                     (name.ends_with(".tiff") && attributes.size <= LargestPicture));
     if (belongs) continue;
     if (const auto gone = folder_.removeTree(logPath(name)); !gone) {

@@ -39,13 +39,15 @@ struct GuardReport {
 ///   it travels on, and some more seconds that depend on its size;
 /// - the log is gone or no file any more: the old copy comes back.
 ///
-/// Whatever else a load brought into the metadata folder is removed. A crash between the two steps
+/// The list of missing files, which a load brings as well, comes back as it was. Whatever else a
+/// load brought into the metadata folder is removed. A crash between the two steps
 /// leaves the old copies aside; settle() then finishes from them alone. The state lane; folder and
 /// log outlive the guard.
 class LogGuard {
  public:
   static constexpr std::string_view AsideFolder = ".zolvar-aside";
-  static constexpr std::uint64_t LargestPicture = 1U << 20;  ///< bytes
+  static constexpr std::string_view TodoFileName = "todos.plist";  ///< in the metadata folder
+  static constexpr std::uint64_t LargestPicture = 1U << 20;        ///< bytes
 
   LogGuard(Folder& folder, Log& log) : folder_(folder), log_(log) {}
 
@@ -54,6 +56,8 @@ class LogGuard {
   /// Settles what an earlier load left, then links every log aside. After a failure no load may
   /// run.
   Result<> setAside();
+  /// Writes the list of missing files so that no load under way takes it away.
+  Result<> replaceTodoFile(std::string_view bytes);
   /// Always of use: without old copies it reports the logs and removes what does not belong there.
   GuardReport settle();
 
@@ -65,6 +69,7 @@ class LogGuard {
   Result<bool> oldBeginsNew(const std::string& name);
   Result<> writeUnion(const std::string& name, std::int64_t later, bool oldHasAll,
                       const LogUnion& both);
+  Result<> bringBackTodoFile();
   void removeStrangers();
   /// Empty when the directory is not there.
   Result<std::map<std::string, FileAttributes>> filesIn(std::string_view directory);

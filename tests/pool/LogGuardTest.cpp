@@ -127,6 +127,24 @@ TEST_F(LogGuardTest, losesNoLineWhateverALoadBrings) {
   }
 }
 
+TEST_F(LogGuardTest, theListOfMissingFilesComesBack) {
+  for (const bool crashes : {false, true}) {
+    host_.files.save(Logs + "todos.plist", "ours");
+    ASSERT_TRUE(guard_->setAside());
+    host_.files.save(Logs + "todos.plist", "theirs");
+    if (crashes) guard_.emplace(*folder_, host_.log);
+    EXPECT_FALSE(guard_->settle().trouble);
+    EXPECT_EQ(content("todos.plist"), "ours");
+
+    ASSERT_TRUE(guard_->setAside());
+    ASSERT_TRUE(guard_->replaceTodoFile("ours, later"));
+    host_.files.save(Logs + "todos.plist", "theirs");
+    if (crashes) guard_.emplace(*folder_, host_.log);
+    EXPECT_FALSE(guard_->settle().trouble);
+    EXPECT_EQ(content("todos.plist"), "ours, later");
+  }
+}
+
 TEST_F(LogGuardTest, bringsBackALogThatIsNoLongerOne) {
   const std::pair<const char*, std::function<void()>> rows[] = {
       {"gone", [&] { host_.files.remove(Logs + Own); }},
