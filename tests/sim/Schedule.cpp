@@ -31,6 +31,8 @@ class Drawing {
     const std::size_t count = 2 + std::min(below(5), below(5));
     peers_.assign(Names.begin(), Names.begin() + static_cast<std::ptrdiff_t>(count));
     add(0, "-", {"pace", below(2) == 0 ? "normal" : "quick"});
+    if (below(4) != 0)
+      add(0, "-", {"interleave", std::to_string(2 + below(below(2) == 0 ? 10 : 200))});
     for (const std::string& peer : peers_) {
       if (below(3) == 0) add(0, peer, {"skew", fmt::format("{:.1f}", below(99) / 10.0 - 4.9)});
     }

@@ -12,6 +12,7 @@ namespace {
 
 const std::string Docs = "Docs";
 constexpr double Hour = 3600;
+constexpr double LongestAnswer = 120;  ///< seconds
 
 bool isOneOrBeneath(const std::string& path, const std::set<std::string>& places) {
   return std::any_of(places.begin(), places.end(), [&](const std::string& place) {
@@ -52,8 +53,8 @@ bool ScheduleRun::isAnybodySyncing() {
 
 void ScheduleRun::settle() {
   std::string last = fingerprint();
-  for (double passed = 0; passed < 3 * Hour; passed += 120) {
-    pass(120);
+  for (double passed = 0; passed < 3 * Hour; passed += 600) {
+    pass(600);
     const std::string now = fingerprint();
     if (now == last) {
       // Who looks again for what nobody has may be at it just now.
@@ -199,13 +200,15 @@ void ScheduleRun::checkSame(const std::string& when) {
   for (const std::string& path : paths) {
     for (SimulatedPeer* peer : peers) {
       std::vector<std::string> lines;
-      peer->operations().tree(Docs, path, [&](const Result<std::string>& tree) {
-        std::istringstream text(tree ? *tree : refusalText(tree.error()));
-        for (std::string line; std::getline(text, line);) {
-          lines.push_back(line.substr(0, line.find(" <-- selected")));
-        }
+      const auto answer = std::make_shared<std::string>();
+      peer->operations().tree(Docs, path, [answer](const Result<std::string>& tree) {
+        *answer = (tree ? *tree : refusalText(tree.error())) + "\n";
       });
-      net.world.loop.runUntilIdle();
+      net.world.loop.runUntil([&] { return !answer->empty(); }, LongestAnswer);
+      std::istringstream text(*answer);
+      for (std::string line; std::getline(text, line);) {
+        lines.push_back(line.substr(0, line.find(" <-- selected")));
+      }
       std::sort(lines.begin(), lines.end());
       std::string tree;
       for (const std::string& line : lines) tree += line + "\n";

@@ -6,7 +6,10 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
+#include <random>
 
+#include "support/LaneThread.h"
 #include "support/TransferTool.h"
 
 namespace zolvar {
@@ -32,6 +35,21 @@ void ScheduleRun::furnish(SimulatedPeer& peer) {
   if (!furnished_.insert(peer.name()).second) return;
   peer.host.files.write("/home/user/other/x", "precious");
   peer.host.files.flush();
+  if (interleaving_) interleaving_(peer);
+}
+
+/// From now on every so many file calls of a lane let others work first, for some time or none.
+void ScheduleRun::interleave(std::size_t oneIn) {
+  const auto random = std::make_shared<std::minstd_rand>(oneIn);
+  interleaving_ = [random, oneIn](SimulatedPeer& peer) {
+    peer.host.files.faults.inBetween = [random, oneIn, &lanes = peer.host.lanes] {
+      constexpr std::array Pauses = {0.0, 0.0, 0.02, 0.3, 1.0, 4.0};
+      const bool isUnwinding = std::uncaught_exceptions() > 0;
+      if (LaneThread::current() == nullptr || isUnwinding || (*random)() % oneIn != 0) return;
+      lanes.pause(Pauses[(*random)() % Pauses.size()]);
+    };
+  };
+  for (SimulatedPeer* peer : net.peers()) interleaving_(*peer);
 }
 
 std::vector<SimulatedPeer*> ScheduleRun::active() {
@@ -124,6 +142,8 @@ bool ScheduleRun::performByNetwork(const Words& words) {
   const std::string& verb = words[0];
   if (verb == "pace") {
     net.pace = words[1] == "quick" ? Pace::quick() : Pace::normal();
+  } else if (verb == "interleave") {
+    interleave(whole(words[1]));
   } else if (verb == "partition") {
     std::vector<std::set<std::string>> groups(1);
     std::string name;

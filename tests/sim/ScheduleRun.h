@@ -56,6 +56,7 @@ class ScheduleRun {
   [[nodiscard]] std::string fingerprint();
   SimulatedPeer& peer(const std::string& name);
   void furnish(SimulatedPeer& peer);
+  void interleave(std::size_t oneIn);
   void note(const std::string& counter) { ++counters_[counter]; }
 
   const Schedule schedule_;
@@ -69,7 +70,8 @@ class ScheduleRun {
   std::map<std::string, Plan> plans_;         ///< how the next crash of a computer goes on
   std::map<std::string, double> restartsAt_;  ///< virtual time
   std::map<std::string, double> skews_;
-  SimulatedPeer* quitting_ = nullptr;  ///< just now
+  std::function<void(SimulatedPeer& peer)> interleaving_;  ///< what it takes on a computer
+  SimulatedPeer* quitting_ = nullptr;                      ///< just now
   std::set<std::string> gone_;
   std::set<std::string> furnished_;
   std::map<std::string, std::pair<std::string, std::string>> drops_;  ///< path → who, what

@@ -6,6 +6,7 @@ namespace zolvar {
 namespace {
 
 constexpr double LongestAnswer = 120;  ///< seconds until a person's wish is done
+constexpr double LongestFinish = 20;   ///< seconds until what a program left on its lanes is done
 constexpr double LongestSettling = 3 * 3600;
 constexpr double QuietTime = 300;
 constexpr double Step = 10;
@@ -43,16 +44,20 @@ void SimulatedPeer::quit() {
   EXPECT_TRUE(host.loop.runUntil([&] { return isDone; }, LongestAnswer)) << name() << " hangs";
   operations_.reset();
   application_.reset();
-  host.loop.runUntilIdle();
+  if (!host.loop.runUntil([this] { return host.lanes.areIdle(); }, LongestFinish)) {
+    crash();  // a program that takes too long to end is ended
+  }
 }
 
 void SimulatedPeer::crash() {
   host.files.faults.freeze();
   host.processes.faults.freeze();
   host.loop.dropAll();
+  host.lanes.abandonAll();
   operations_.reset();
   application_.reset();
   host.loop.dropAll();
+  host.lanes.abandonAll();
   host.files.dropLocks();
   host.files.faults.clear();
   host.processes.faults.clear();

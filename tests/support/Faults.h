@@ -42,6 +42,8 @@ class Faults {
   [[nodiscard]] bool isFrozen() const { return isFrozen_; }
   [[nodiscard]] std::size_t calls() const { return calls_; }
 
+  /// Called before everything else, to let others work in between.
+  std::function<void()> inBetween;
   /// Called before each operation, also to change the world in the middle of something.
   std::function<void(std::string_view operation, std::string_view subject)> beforeCall;
 
@@ -50,6 +52,7 @@ class Faults {
     const auto failure = [&](FailureKind kind) {
       return Failure{kind, std::string(operation), std::string(subject), "simulated failure"};
     };
+    if (inBetween) inBetween();
     if (isFrozen_) return failure(FailureKind::Cancelled);
     ++calls_;
     if (beforeCall) {

@@ -1,68 +1,119 @@
 #include "support/SimulatedLanes.h"
 
-#include <optional>
+#include <algorithm>
+#include <exception>
 #include <utility>
 
+#include "support/LaneThread.h"
 #include "util/InconsistencyError.h"
 
 namespace zolvar {
 
-class SimulatedLanes::SimulatedLane : public Lane {
-  struct Jobs {
-    std::deque<Job> waiting;
-    bool isBusy = false;
-  };
+namespace {
+constexpr double LongestWait = 24 * 3600;  ///< virtual seconds, outside of a turn
+}  // namespace
 
- public:
-  SimulatedLane(SimulatedLanes& lanes, std::string name) : lanes_(lanes), name_(std::move(name)) {}
+/// What a lane has to do; lives as long as the lane or its jobs, as on a real one.
+struct SimulatedLanes::Jobs : LaneThread, std::enable_shared_from_this<Jobs> {
+  explicit Jobs(SimulatedRunLoop& theLoop) : loop(theLoop) {}
 
-  void post(Job job) override {
-    jobs_->waiting.push_back(std::move(job));
-    if (lanes_.mode_ == Mode::Inline) {
-      if (!jobs_->isBusy) drain(*jobs_, nullptr);
-      return;
-    }
-    // The jobs outlive the lane, as they do on a real one.
-    lanes_.loop_.post([jobs = jobs_, loop = &lanes_.loop_] {
-      if (!jobs->waiting.empty()) runFirst(*jobs, loop);
+  /// Whose job runs; none on the main thread.
+  static Jobs* current() { return static_cast<Jobs*>(LaneThread::current()); }
+  void post(Lane::Job job) {
+    waiting.push_back(std::move(job));
+    askForTurn();
+  }
+  void askForTurn() {
+    loop.post([jobs = shared_from_this()] { jobs->takeTurn(); });
+  }
+  void takeTurn() {
+    if (isWorking() || waiting.empty()) return;
+    Lane::Job next = std::move(waiting.front());
+    waiting.pop_front();
+    LaneThread::start([this, job = std::move(next)] {
+      job();
+      if (!waiting.empty()) askForTurn();
     });
   }
+  /// Goes on with the paused job at a later turn, which keeps the jobs until then.
+  void resumeAfter(double seconds) {
+    loop.after(seconds, [jobs = shared_from_this()] { jobs->resume(); });
+  }
+
+  SimulatedRunLoop& loop;
+  std::deque<Lane::Job> waiting;
+};
+
+class SimulatedLanes::SimulatedLane : public Lane {
+ public:
+  SimulatedLane(std::shared_ptr<Jobs> jobs, std::string name)
+      : jobs_(std::move(jobs)), name_(std::move(name)) {}
+
+  void post(Job job) override { jobs_->post(std::move(job)); }
 
   void run(const Job& job) override {
-    SimulatedRunLoop* const loop = lanes_.mode_ == Mode::Inline ? nullptr : &lanes_.loop_;
-    if (jobs_->isBusy) throw InconsistencyError("The lane '" + name_ + "' waits for itself.");
-    if (loop != nullptr && loop->isInTurn()) {
+    Jobs* const caller = Jobs::current();
+    if (caller == jobs_.get()) {
+      throw InconsistencyError("The lane '" + name_ + "' waits for itself.");
+    }
+    if (jobs_->loop.isInTurn()) {
       throw InconsistencyError("The main thread waits for the lane '" + name_ + "'.");
     }
-    drain(*jobs_, loop);
-    jobs_->waiting.push_back(job);
-    drain(*jobs_, loop);
+    bool isDone = false;
+    std::exception_ptr thrown;
+    post([&, waiting = caller != nullptr ? caller->shared_from_this() : nullptr] {
+      try {
+        job();
+      } catch (const std::exception&) {
+        thrown = std::current_exception();
+      }
+      isDone = true;
+      if (waiting) waiting->resumeAfter(0);
+    });
+    if (caller != nullptr) {
+      caller->pause();
+    } else if (!jobs_->loop.runUntil([&] { return isDone; }, LongestWait)) {
+      throw InconsistencyError("The lane '" + name_ + "' never gets done.");
+    }
+    if (thrown) std::rethrow_exception(thrown);
   }
 
  private:
-  static void runFirst(Jobs& jobs, SimulatedRunLoop* loop) {
-    const Job job = std::move(jobs.waiting.front());
-    jobs.waiting.pop_front();
-    std::optional<SimulatedRunLoop::LaneScope> scope;
-    if (loop != nullptr) scope.emplace(*loop);
-    struct Busy {
-      bool& flag;
-      ~Busy() { flag = false; }
-    } busy{jobs.isBusy};
-    jobs.isBusy = true;
-    job();
-  }
-  static void drain(Jobs& jobs, SimulatedRunLoop* loop) {
-    while (!jobs.waiting.empty()) runFirst(jobs, loop);
-  }
-
-  SimulatedLanes& lanes_;
+  std::shared_ptr<Jobs> jobs_;
   std::string name_;
-  std::shared_ptr<Jobs> jobs_ = std::make_shared<Jobs>();
 };
 
 std::shared_ptr<Lane> SimulatedLanes::start(const std::string& name) {
-  return std::make_shared<SimulatedLane>(*this, name);
+  const auto jobs = std::make_shared<Jobs>(loop_);
+  std::erase_if(all_, [](const auto& one) { return one.expired(); });
+  all_.push_back(jobs);
+  return std::make_shared<SimulatedLane>(jobs, name);
+}
+
+void SimulatedLanes::pause(double seconds) {
+  Jobs* const jobs = Jobs::current();
+  if (jobs == nullptr) {
+    loop_.clock().advance(seconds);
+    return;
+  }
+  jobs->resumeAfter(seconds);
+  jobs->pause();
+}
+
+bool SimulatedLanes::areIdle() const {
+  return std::all_of(all_.begin(), all_.end(), [](const auto& one) {
+    const auto jobs = one.lock();
+    return !jobs || (!jobs->isWorking() && jobs->waiting.empty());
+  });
+}
+
+void SimulatedLanes::abandonAll() {
+  for (const auto& one : std::exchange(all_, {})) {
+    const auto jobs = one.lock();
+    if (!jobs) continue;
+    jobs->waiting.clear();
+    jobs->abandon();
+  }
 }
 
 }  // namespace zolvar

@@ -176,6 +176,7 @@ class SimulatedProcesses::ClientRun : public Process {
       return true;
     };
     for (const auto& [path, node] : items) {
+      if (const auto& inBetween = owner_.host_.files.faults.inBetween) inBetween();
       if (isTerminated_) return {Terminated, false};
       if (!owner_.host_.world.network.canReach(owner_.name_, server.name_))
         return stall(limits, sinks);
@@ -210,7 +211,7 @@ class SimulatedProcesses::ClientRun : public Process {
   void pass(double seconds, const ProcessSinks& sinks) {
     constexpr double Tick = 0.5;
     for (; seconds > 0 && !isTerminated_; seconds -= Tick) {
-      owner_.host_.clock.advance(std::min(seconds, Tick));
+      owner_.host_.lanes.pause(std::min(seconds, Tick));
       if (sinks.tick) sinks.tick();
     }
   }

@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "support/LaneThread.h"
+
 namespace zolvar {
 
 struct SimulatedRunLoop::Queue {
@@ -22,7 +24,6 @@ struct SimulatedRunLoop::Queue {
   Id cancelledWhileRunning = 0;
   Id running = 0;
   int turnDepth = 0;
-  int laneDepth = 0;
 };
 
 namespace {
@@ -56,8 +57,8 @@ void SimulatedRunLoop::cancel(Id id) {
   queue_->watches.erase(id);
 }
 
-bool SimulatedRunLoop::isMainThread() const { return queue_->laneDepth == 0; }
-bool SimulatedRunLoop::isInTurn() const { return queue_->turnDepth > 0 && queue_->laneDepth == 0; }
+bool SimulatedRunLoop::isMainThread() const { return LaneThread::current() == nullptr; }
+bool SimulatedRunLoop::isInTurn() const { return queue_->turnDepth > 0 && isMainThread(); }
 
 RunLoop::Id SimulatedRunLoop::watch(int /*descriptor*/, Events /*events*/, Task /*ready*/) {
   const Id id = queue_->nextId++;
@@ -129,10 +130,5 @@ std::optional<double> SimulatedRunLoop::nextDue() const {
 
 std::size_t SimulatedRunLoop::watchCount() const { return queue_->watches.size(); }
 SimulatedClock& SimulatedRunLoop::clock() { return queue_->clock; }
-
-SimulatedRunLoop::LaneScope::LaneScope(SimulatedRunLoop& loop) : queue_(loop.queue_) {
-  ++loop.queue_->laneDepth;
-}
-SimulatedRunLoop::LaneScope::~LaneScope() { --static_cast<Queue*>(queue_.get())->laneDepth; }
 
 }  // namespace zolvar

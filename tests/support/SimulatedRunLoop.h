@@ -10,8 +10,8 @@
 namespace zolvar {
 
 /// An event loop in virtual time. Differs from the real one: it runs only inside runUntilIdle,
-/// runUntil and advance; lane jobs run on its thread (isMainThread is false inside them); watches
-/// are stored and never fire. Several hosts can share one queue, each with a front of its own.
+/// runUntil and advance, and stands still while a lane's job runs; watches are stored and never
+/// fire. Several hosts can share one queue, each with a front of its own.
 class SimulatedRunLoop : public RunLoop {
  public:
   explicit SimulatedRunLoop(SimulatedClock& clock);
@@ -42,18 +42,6 @@ class SimulatedRunLoop : public RunLoop {
   /// True while a task of the loop runs on the main thread.
   [[nodiscard]] bool isInTurn() const;
   [[nodiscard]] SimulatedClock& clock();
-
-  /// Marks that a lane's job runs, as long as it lives.
-  class LaneScope {
-   public:
-    explicit LaneScope(SimulatedRunLoop& loop);
-    ~LaneScope();
-    LaneScope(const LaneScope&) = delete;
-    LaneScope& operator=(const LaneScope&) = delete;
-
-   private:
-    std::shared_ptr<void> queue_;
-  };
 
  private:
   struct Queue;
