@@ -235,9 +235,10 @@ VCardLine takeProperty(PhysicalLines& lines) {
     whole += next.text.substr(blanks);
     line.end = next.end;
   };
+  const bool isFrame = isMarker(first.text, "BEGIN") || isMarker(first.text, "END");
   bool mayEndSoftly = true;
   const auto takeFolded = [&] {
-    while (!lines.isAtEnd()) {
+    while (!isFrame && !lines.isAtEnd()) {
       const std::string_view next = lines.peek().text;
       if (next.empty() || !isBlank(next.front()) || (mayEndSoftly && endsSoftly(whole))) break;
       takeContinuation(1);

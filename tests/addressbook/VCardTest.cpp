@@ -100,6 +100,7 @@ TEST(VCardReader, findsCardsAndGroups) {
   const std::string two = card("AGENT:\nBEGIN:VCARD\nEND:VCARD\n", "2.1", "\n");
   const std::string text = "\xEF\xBB\xBF" + one + "rubbish\n" + two + "END:VCARD\nbegin:vcard\n";
   EXPECT_EQ(cardsIn(text), (std::vector<std::string_view>{one, two}));
+  EXPECT_EQ(linesOfCard("BEGIN:VCARD\n goes on\nEND:VCARD\n").front().value, "VCARD");
   EXPECT_EQ(personOfCard(one).uniqueId, "1");
   EXPECT_FALSE(isPersonsCard(linesOfCard(card("KIND:group\n", "4.0"))));
   EXPECT_TRUE(isPersonsCard(linesOfCard(card("KIND:org\n", "4.0"))));
