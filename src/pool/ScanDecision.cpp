@@ -61,9 +61,10 @@ KDLogFileEntry* emptiedVersion(const KDVersionTree& tree, const KDPathRecord& pa
       record->modTime == facts.attributes.modTime && record->size > 0) {
     return tree.leafForEntry(record->entry)->exists() ? record->entry : nullptr;
   }
+  const KDLogFileEntry* wanted = tree.selectedLeaf(path).leaf;  // none where nobody has chosen yet
   const bool hasArrived = (facts.isTodo || facts.isResumed) && facts.isFirstRun && existing &&
                           (!record || record->inode != facts.attributes.inode) &&
-                          existing == tree.selectedLeaf(path).leaf;
+                          (existing == wanted || !wanted);
   return hasArrived ? existing : nullptr;
 }
 
