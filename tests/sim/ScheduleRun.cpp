@@ -41,11 +41,12 @@ void ScheduleRun::furnish(SimulatedPeer& peer) {
 /// From now on every so many file calls of a lane let others work first, for some time or none.
 void ScheduleRun::interleave(std::size_t oneIn) {
   const auto random = std::make_shared<std::minstd_rand>(oneIn);
-  interleaving_ = [random, oneIn](SimulatedPeer& peer) {
-    peer.host.files.faults.inBetween = [random, oneIn, &lanes = peer.host.lanes] {
+  interleaving_ = [random, oneIn, count = pauses_](SimulatedPeer& peer) {
+    peer.host.files.faults.inBetween = [random, oneIn, count, &lanes = peer.host.lanes] {
       constexpr std::array Pauses = {0.0, 0.0, 0.02, 0.3, 1.0, 4.0};
       const bool isUnwinding = std::uncaught_exceptions() > 0;
       if (LaneThread::current() == nullptr || isUnwinding || (*random)() % oneIn != 0) return;
+      ++*count;
       lanes.pause(Pauses[(*random)() % Pauses.size()]);
     };
   };
@@ -449,6 +450,7 @@ std::string ScheduleRun::problems() {
     problems_ += std::string("Exception: ") + exception.what() + "\n";
   }
   countCutLoads();
+  counters_["worked meanwhile"] = *pauses_;
   for (int i = 0; i < parts.size(); ++i) {
     problems_ += std::string(parts.GetTestPartResult(i).message()) + "\n";
   }

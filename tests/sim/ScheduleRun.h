@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 
@@ -71,7 +72,8 @@ class ScheduleRun {
   std::map<std::string, double> restartsAt_;  ///< virtual time
   std::map<std::string, double> skews_;
   std::function<void(SimulatedPeer& peer)> interleaving_;  ///< what it takes on a computer
-  SimulatedPeer* quitting_ = nullptr;                      ///< just now
+  std::shared_ptr<std::size_t> pauses_ = std::make_shared<std::size_t>(0);  ///< of lanes so far
+  SimulatedPeer* quitting_ = nullptr;                                       ///< just now
   std::set<std::string> gone_;
   std::set<std::string> furnished_;
   std::map<std::string, std::pair<std::string, std::string>> drops_;  ///< path → who, what
