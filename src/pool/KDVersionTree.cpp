@@ -378,6 +378,18 @@ KDLogFileEntry* KDVersionTree::versionWithModTime(const KDPathRecord& path, doub
   return matches.front();
 }
 
+bool KDVersionTree::isAmbiguous(const KDLogFileEntry& version, const std::string& userId) const {
+  const KDPathRecord& path = version.pathRecord();
+  if (version.isDirectory() || version.userId() == userId || selectedEntry(path, userId)) {
+    return false;
+  }
+  for (const KDLogFileEntry* entry = path.newest; entry; entry = entry->previous()) {
+    if (entry->modTime() != version.modTime() || entry->isDirectory()) continue;
+    if (!entry->isParentOfEntry(&version) && !version.isParentOfEntry(entry)) return true;
+  }
+  return false;
+}
+
 std::set<std::string> KDVersionTree::usersIdsForBranch(const KDLogFileEntry& entry) const {
   std::set<std::string> users;
   for (const KDLogFileEntry* leaf : activeLeafEntries(entry.pathRecord())) {

@@ -84,6 +84,9 @@ class KDVersionTree {
   /// 0 (a directory, whose time is not compared) gives the active leaf that is one.
   [[nodiscard]] KDLogFileEntry* versionWithModTime(const KDPathRecord& path, double modTime,
                                                    const std::string& userId) const;
+  /// Whether a file of this version's time that the user has may as well be a version of another
+  /// branch: before the user has chosen, and unless it is the user's own.
+  [[nodiscard]] bool isAmbiguous(const KDLogFileEntry& version, const std::string& userId) const;
   /// All authors on the active branches that hold the entry, except the local user.
   [[nodiscard]] std::set<std::string> usersIdsForBranch(const KDLogFileEntry& entry) const;
   /// True when the way from the local user's leaf to the version with `fileTime` passes a parent

@@ -97,9 +97,9 @@ class Drawing {
       std::replace(words.begin(), words.end(), "move"s, "save"s);
       std::replace(words.begin(), words.end(), "touch"s, "save"s);
     }
-    // So is what is written in a version's own second before subscribing.
+    // So is what is written in a version's own second before subscribing, and clocks differ.
     const bool isOutside = std::find(late_.begin(), late_.end(), peer) != late_.end();
-    if (isOutside || wasOutside_) wait = std::max(wait, 2.0);
+    if (isOutside || wasOutside_) wait = std::max(wait, 12.0);
     wasOutside_ = isOutside;
     schedule_.operations.push_back({wait, peer, std::move(words)});
   }
