@@ -112,6 +112,33 @@ TEST_F(KDPoolStateGuardTest, aFileIsNotWhatItsTimeSays) {
   EXPECT_EQ(heard.conflicts, (Paths{"f", "g"}));
 }
 
+TEST_F(KDPoolStateGuardTest, aChoiceIsFinishedWhereverTheProgramEnds) {
+  bool hasEnded = true;
+  for (std::size_t call = 1; hasEnded; ++call) {
+    const std::string file(call, 'f');
+    const VersionId theirs{bob, 99 + static_cast<double>(call)};
+    put(file, "mine");
+    scan();
+    arrives(bob, {line(theirs.logTime, 0, file, 90)});
+    host.files.faults.crashAt(call);
+    try {
+      hasEnded = false;
+      (void)state->selectBranch(file, theirs);
+      host.files.write(path(".Zolvar/todos.plist"), "");  // the power fails afterwards
+    } catch (const SimulatedCrash&) {
+      hasEnded = true;
+    }
+    state.reset();
+    host.files.faults.clear();
+    start();
+    const auto versions = heard.snapshot->conflicts->back().versions;
+    const bool isChosen = versions[versions[0].id == theirs ? 0 : 1].isLocal;
+    const bool isWanted = std::find(missing().begin(), missing().end(), file) != missing().end();
+    EXPECT_TRUE(isChosen || hasEnded);
+    EXPECT_TRUE(isWanted || !isChosen) << "after call " << call;
+  }
+}
+
 TEST_F(KDPoolStateGuardTest, whatArrivedIsTheVersionThatWasListed) {
   const auto log = [](const std::string& user) { return path(".Zolvar/" + user + ".fplog"); };
   host.files.save(log(bob), line(100, 0, "f", 90) + "\n" + line(150, 100, "f", 90) + "\n");
