@@ -29,26 +29,19 @@ TEST(FolderRules, compareWholeComponents) {
 }
 
 TEST(SettingRules, protectOurOwnAndCheckWhatIsKnown) {
-  const std::pair<const char*, const char*> refused[] = {{"", "x"},
-                                                         {"a/b", "x"},
-                                                         {"pausedFolders", ""},
-                                                         {"PausedUntil", "0"},
-                                                         {"ShowOnlyActivePools", "2"},
-                                                         {"DontUseGrowl-Docs", "on"},
-                                                         {"Pace", "fast"},
-                                                         {"HeadlessDeleteAnswer", "yes"},
-                                                         {"BWLimitOut", "-1"},
-                                                         {"BWLimitIn", "1e3"},
-                                                         {"QMPoolIdentity-Docs", "1:2"},
-                                                         {"HasPassword-Docs", "1"},
-                                                         {"BWLimitout", "250"}};
-  for (const auto& [key, value] : refused) EXPECT_TRUE(settingProblem(key, value)) << key << value;
-  const std::pair<const char*, const char*> fine[] = {{"Pace", "quick"},
-                                                      {"Pace", ""},
-                                                      {"HeadlessDeleteAnswer", "delete"},
-                                                      {"BWLimitOut", "250"},
-                                                      {"DontUseGrowl-Docs", "1"}};
-  for (const auto& [key, value] : fine) EXPECT_FALSE(settingProblem(key, value)) << key << value;
+  const auto problem = [](const std::string& row) {
+    return settingProblem(row.substr(0, row.find('=')), row.substr(row.find('=') + 1));
+  };
+  for (const char* refused :
+       {"=x", "a/b=x", "pausedFolders=", "PausedUntil=0", "ShowOnlyActivePools=2",
+        "DontUseGrowl-Docs=on", "Pace=fast", "HeadlessDeleteAnswer=yes", "BWLimitOut=-1",
+        "BWLimitIn=1e3", "QMPoolIdentity-Docs=1:2", "HasPassword-Docs=1", "BWLimitout=250"}) {
+    EXPECT_TRUE(problem(refused)) << refused;
+  }
+  for (const char* fine : {"Pace=quick", "Pace=", "HeadlessDeleteAnswer=delete", "BWLimitOut=250",
+                           "DontUseGrowl-Docs=1"}) {
+    EXPECT_FALSE(problem(fine)) << fine;
+  }
 }
 
 TEST(TransferToolCheck, readsTheVersion) {

@@ -70,14 +70,14 @@ class FirewalldStub : public QDBusVirtualObject {
     qDBusRegisterMetaType<QPair<QString, QString>>();
     qDBusRegisterMetaType<QMap<QString, QStringList>>();
     qDBusRegisterMetaType<ActiveZones>();
-    EXPECT_TRUE(bus_.registerVirtualObject(QStringLiteral("/org/fedoraproject/FirewallD1"), this));
-    EXPECT_TRUE(bus_.registerService(QStringLiteral("org.fedoraproject.FirewallD1")));
-    zones[QStringLiteral("trusted")][QStringLiteral("target")] = QStringLiteral("ACCEPT");
-    zones[QStringLiteral("public")][QStringLiteral("target")] = QStringLiteral("default");
-    zones[QStringLiteral("home")] = zones[QStringLiteral("public")];
+    EXPECT_TRUE(bus_.registerVirtualObject("/org/fedoraproject/FirewallD1", this));
+    EXPECT_TRUE(bus_.registerService("org.fedoraproject.FirewallD1"));
+    zones["trusted"]["target"] = "ACCEPT";
+    zones["public"]["target"] = "default";
+    zones["home"] = zones["public"];
   }
   ~FirewalldStub() override {
-    bus_.unregisterService(QStringLiteral("org.fedoraproject.FirewallD1"));
+    bus_.unregisterService("org.fedoraproject.FirewallD1");
     QDBusConnection::disconnectFromBus(Name);
   }
   [[nodiscard]] QString introspect(const QString&) const override { return {}; }
@@ -86,19 +86,17 @@ class FirewalldStub : public QDBusVirtualObject {
     const QString argument = message.arguments().value(0).toString();
     if (isMute || (refuses == message.member())) {
       if (!isMute) bus.send(message.createErrorReply(QDBusError::AccessDenied, QString()));
-    } else if (message.member() == QStringLiteral("getActiveZones")) {
+    } else if (message.member() == "getActiveZones") {
       const auto named = [](const char* interface) {
-        return QMap<QString, QStringList>{
-            {QStringLiteral("interfaces"), {QString::fromLatin1(interface)}}};
+        return QMap<QString, QStringList>{{"interfaces", {interface}}};
       };
-      bus.send(message.createReply(
-          QVariant::fromValue(ActiveZones{{QStringLiteral("home"), named("eth0")},
-                                          {QStringLiteral("trusted"), named("docker0")}})));
-    } else if (message.member() == QStringLiteral("getDefaultZone")) {
-      bus.send(message.createReply(QStringLiteral("public")));
-    } else if (message.member() == QStringLiteral("getZoneSettings2")) {
+      bus.send(message.createReply(QVariant::fromValue(
+          ActiveZones{{"home", named("eth0")}, {"trusted", named("docker0")}})));
+    } else if (message.member() == "getDefaultZone") {
+      bus.send(message.createReply("public"));
+    } else if (message.member() == "getZoneSettings2") {
       bus.send(message.createReply(zones[argument]));
-    } else if (message.member() == QStringLiteral("getServiceSettings2")) {
+    } else if (message.member() == "getServiceSettings2") {
       bus.send(message.createReply(services[argument]));
     }
     return true;
@@ -111,7 +109,7 @@ class FirewalldStub : public QDBusVirtualObject {
   bool isMute = false;
 
  private:
-  inline static const QString Name = QStringLiteral("firewalld");
+  inline static const QString Name = "firewalld";
   QDBusConnection bus_;
 };
 
@@ -119,12 +117,11 @@ class FirewalldStub : public QDBusVirtualObject {
 class PolkitStub : public QDBusVirtualObject {
  public:
   PolkitStub() : bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, Name)) {
-    EXPECT_TRUE(
-        bus_.registerVirtualObject(QStringLiteral("/org/freedesktop/PolicyKit1/Authority"), this));
-    EXPECT_TRUE(bus_.registerService(QStringLiteral("org.freedesktop.PolicyKit1")));
+    EXPECT_TRUE(bus_.registerVirtualObject("/org/freedesktop/PolicyKit1/Authority", this));
+    EXPECT_TRUE(bus_.registerService("org.freedesktop.PolicyKit1"));
   }
   ~PolkitStub() override {
-    bus_.unregisterService(QStringLiteral("org.freedesktop.PolicyKit1"));
+    bus_.unregisterService("org.freedesktop.PolicyKit1");
     QDBusConnection::disconnectFromBus(Name);
   }
   [[nodiscard]] QString introspect(const QString&) const override { return {}; }
@@ -146,7 +143,7 @@ class PolkitStub : public QDBusVirtualObject {
   uint flags = 99;
 
  private:
-  inline static const QString Name = QStringLiteral("polkit");
+  inline static const QString Name = "polkit";
   QDBusConnection bus_;
 };
 
@@ -170,10 +167,10 @@ class FirewallServiceTest : public ServiceTest {
 TEST_F(FirewallServiceTest, asksTheZonesOfTheLocalNetwork) {
   EXPECT_FALSE(ask({"eth0"}));
   FirewalldStub stub;
-  const auto home = QStringLiteral("home");
-  const auto ports = QStringLiteral("ports");
+  const auto home = QString("home");
+  const auto ports = QString("ports");
   const auto opened = [](const char* range, const char* protocol) {
-    return QVariant::fromValue(Ports{{QString::fromLatin1(range), QString::fromLatin1(protocol)}});
+    return QVariant::fromValue(Ports{{range, protocol}});
   };
   EXPECT_EQ(ask({"eth0"}), FirewallAnswer::Blocked);
   EXPECT_EQ(ask({"docker0"}), FirewallAnswer::Open);
@@ -190,16 +187,15 @@ TEST_F(FirewallServiceTest, asksTheZonesOfTheLocalNetwork) {
   // wlan0 is in no zone of its own, so the default one holds for it.
   stub.zones[home][ports] = opened("49999", "tcp");
   EXPECT_EQ(ask({"eth0", "wlan0"}), FirewallAnswer::Blocked);
-  stub.zones[QStringLiteral("public")][QStringLiteral("services")] =
-      QStringList{QStringLiteral("ssh"), QStringLiteral("zolvar")};
-  stub.services[QStringLiteral("zolvar")][ports] = opened("49999", "tcp");
+  stub.zones["public"]["services"] = QStringList{"ssh", "zolvar"};
+  stub.services["zolvar"][ports] = opened("49999", "tcp");
   EXPECT_EQ(ask({"eth0", "wlan0"}), FirewallAnswer::Open);
-  stub.refuses = QStringLiteral("getServiceSettings2");
+  stub.refuses = "getServiceSettings2";
   EXPECT_EQ(ask({"eth0", "wlan0"}), FirewallAnswer::CannotTell);
-  stub.refuses = QStringLiteral("getActiveZones");
+  stub.refuses = "getActiveZones";
   EXPECT_EQ(ask({"eth0"}), FirewallAnswer::CannotTell);
   stub.refuses.clear();
-  stub.zones[home] = {{QStringLiteral("rules_str"), QStringList{QStringLiteral("rule accept")}}};
+  stub.zones[home] = {{"rules_str", QStringList{"rule accept"}}};
   EXPECT_EQ(ask({"eth0"}), FirewallAnswer::CannotTell);
 }
 
@@ -207,8 +203,8 @@ TEST_F(FirewallServiceTest, neverHasAPasswordAskedFor) {
   FirewalldStub stub;
   PolkitStub polkit;
   EXPECT_EQ(ask({"eth0"}), FirewallAnswer::CannotTell);
-  EXPECT_FALSE(stub.asked.contains(QStringLiteral("getZoneSettings2")));
-  EXPECT_EQ(polkit.signature, QStringLiteral("(sa{sv})sa{ss}us"));
+  EXPECT_FALSE(stub.asked.contains("getZoneSettings2"));
+  EXPECT_EQ(polkit.signature, "(sa{sv})sa{ss}us");
   EXPECT_EQ(polkit.flags, 0U);
   polkit.isAllowed = true;
   EXPECT_EQ(ask({"eth0"}), FirewallAnswer::Blocked);

@@ -74,11 +74,11 @@ class SecretServiceTest : public ServiceTest {
     if (std::getenv("ZOLVAR_TEST_KEYRING") == nullptr) GTEST_SKIP() << "needs gnome-keyring";
   }
   static bool lockKeyring() {
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.secrets"), QStringLiteral("/org/freedesktop/secrets"),
-        QStringLiteral("org.freedesktop.Secret.Service"), QStringLiteral("Lock"));
+    QDBusMessage message =
+        QDBusMessage::createMethodCall("org.freedesktop.secrets", "/org/freedesktop/secrets",
+                                       "org.freedesktop.Secret.Service", "Lock");
     const QList<QDBusObjectPath> collections{
-        QDBusObjectPath(QStringLiteral("/org/freedesktop/secrets/collection/login"))};
+        QDBusObjectPath("/org/freedesktop/secrets/collection/login")};
     message << QVariant::fromValue(collections);
     return QDBusConnection::sessionBus().call(message).type() == QDBusMessage::ReplyMessage;
   }

@@ -13,41 +13,40 @@
 namespace zolvar {
 namespace {
 
-const QString Notifications = QStringLiteral("org.freedesktop.Notifications");
-const QString NotificationsPath = QStringLiteral("/org/freedesktop/Notifications");
+const QString Notifications = "org.freedesktop.Notifications";
+const QString NotificationsPath = "/org/freedesktop/Notifications";
 
 /// A notification service that shows nothing.
 class NotificationsStub : public QDBusVirtualObject {
  public:
   explicit NotificationsStub(QStringList capabilities)
       : capabilities_(std::move(capabilities)),
-        bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("stub"))) {
+        bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, "stub")) {
     EXPECT_TRUE(bus_.registerVirtualObject(NotificationsPath, this));
     EXPECT_TRUE(bus_.registerService(Notifications));
   }
   ~NotificationsStub() override {
     bus_.unregisterService(Notifications);
     bus_.unregisterObject(NotificationsPath);
-    QDBusConnection::disconnectFromBus(QStringLiteral("stub"));
+    QDBusConnection::disconnectFromBus("stub");
   }
   void tell(const char* signal, const QVariantList& arguments) {
-    QDBusMessage message =
-        QDBusMessage::createSignal(NotificationsPath, Notifications, QString::fromLatin1(signal));
+    QDBusMessage message = QDBusMessage::createSignal(NotificationsPath, Notifications, signal);
     message.setArguments(arguments);
     bus_.send(message);
   }
   [[nodiscard]] QString introspect(const QString&) const override { return {}; }
   bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
-    if (message.member() == QStringLiteral("GetCapabilities")) {
+    if (message.member() == "GetCapabilities") {
       bus.send(message.createReply(capabilities_));
-    } else if (message.member() == QStringLiteral("Notify")) {
+    } else if (message.member() == "Notify") {
       shown.push_back(message.arguments());
       if (isSlow) {
         unanswered.push_back(message);
       } else {
         answer(message);
       }
-    } else if (message.member() == QStringLiteral("CloseNotification")) {
+    } else if (message.member() == "CloseNotification") {
       withdrawn.push_back(message.arguments().value(0).toUInt());
     }
     return true;
@@ -79,7 +78,7 @@ Notice noticeWith(const std::string& key, const std::string& title) {
 }
 
 TEST_F(NoticesTest, answersClicksOnItsOwnNoticesOnly) {
-  NotificationsStub stub({QStringLiteral("actions"), QStringLiteral("body-markup")});
+  NotificationsStub stub({"actions", "body-markup"});
   DesktopWorkspace workspace(log_);
   int clicks = 0;
   workspace.showNotice({"", "Title <a>", "a <b> & c", Notice::Urgency::Critical, true},
@@ -88,23 +87,21 @@ TEST_F(NoticesTest, answersClicksOnItsOwnNoticesOnly) {
   ASSERT_TRUE(waitFor([&] { return stub.shown.size() == 2; }));
   const QVariantList first = stub.shown.front();
   EXPECT_EQ(first.at(1).toUInt(), 0u);
-  EXPECT_EQ(first.at(3).toString(), QStringLiteral("Title <a>"));
-  EXPECT_EQ(first.at(4).toString(), QStringLiteral("a &lt;b&gt; &amp; c"));
-  EXPECT_EQ(first.at(5).toStringList().value(0), QStringLiteral("default"));
+  EXPECT_EQ(first.at(3).toString(), "Title <a>");
+  EXPECT_EQ(first.at(4).toString(), "a &lt;b&gt; &amp; c");
+  EXPECT_EQ(first.at(5).toStringList().value(0), "default");
   EXPECT_EQ(first.at(7).toInt(), 0);  // stays
   const auto hints = qdbus_cast<QVariantMap>(first.at(6));
-  EXPECT_EQ(hints.value(QStringLiteral("urgency")).toInt(), 2);
+  EXPECT_EQ(hints.value("urgency").toInt(), 2);
   const struct {
     const char* signal;
     uint id;
     QVariant argument;
     int expected;
-  } rows[] = {{"ActionInvoked", 999, QStringLiteral("default"), 0},  // another program's
-              {"ActionInvoked", 101, QStringLiteral("other"), 0},
-              {"ActionInvoked", 101, QStringLiteral("default"), 1},
-              {"NotificationClosed", 102, 2u, 1},
-              {"ActionInvoked", 102, QStringLiteral("default"), 1},
-              {"ActionInvoked", 101, QStringLiteral("default"), 2}};
+  } rows[] = {{"ActionInvoked", 999, "default", 0},  // another program's
+              {"ActionInvoked", 101, "other", 0},   {"ActionInvoked", 101, "default", 1},
+              {"NotificationClosed", 102, 2u, 1},   {"ActionInvoked", 102, "default", 1},
+              {"ActionInvoked", 101, "default", 2}};
   for (const auto& row : rows) {
     stub.tell(row.signal, {row.id, row.argument});
     runFor(0.05);
@@ -145,7 +142,7 @@ TEST_F(NoticesTest, showsOneNoticeAKeyEvenAtASlowService) {
   stub.isSlow = false;
   for (const QDBusMessage& waiting : stub.unanswered) stub.answer(waiting);
   ASSERT_TRUE(wasShown(4));
-  EXPECT_EQ(stub.shown.at(3).at(3).toString(), QStringLiteral("fourth"));
+  EXPECT_EQ(stub.shown.at(3).at(3).toString(), "fourth");
   EXPECT_EQ(replaced(3), 101u);
   EXPECT_TRUE(waitFor([&] { return stub.withdrawn == std::vector<uint>{102}; }));
   // Closed by its person, the next one is a new one.
@@ -163,7 +160,7 @@ TEST_F(NoticesTest, fitsAPlainServiceAndDoesWithoutAny) {
   NotificationsStub stub({});
   workspace.showNotice({"key", "Title", "a < b"}, [] {});
   ASSERT_TRUE(waitFor([&] { return stub.shown.size() == 1; }));
-  EXPECT_EQ(stub.shown.front().at(4).toString(), QStringLiteral("a < b"));
+  EXPECT_EQ(stub.shown.front().at(4).toString(), "a < b");
   EXPECT_TRUE(stub.shown.front().at(5).toStringList().isEmpty());
 }
 

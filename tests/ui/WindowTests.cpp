@@ -325,20 +325,6 @@ TEST_F(WindowTest, hasAllInTheTraysMenu) {
   EXPECT_EQ(quits, 1);
 }
 
-TEST(TrayIcon, showsWhatNeedsAPersonFirst) {
-  using enum FolderStateKind;
-  const auto of = [](std::vector<FolderStateKind> kinds) {
-    std::vector<FolderState> states(kinds.size());
-    for (std::size_t each = 0; each < kinds.size(); ++each) states[each].kind = kinds[each];
-    return overallState(states);
-  };
-  EXPECT_EQ(of({}), NotSubscribed);
-  EXPECT_EQ(of({InStep, Alone}), InStep);
-  EXPECT_EQ(of({InStep, Fetching, Paused}), Fetching);
-  EXPECT_EQ(of({Fetching, Conflict, InStep}), Conflict);
-  EXPECT_EQ(of({Conflict, WaitingForDrive}), WaitingForDrive);
-}
-
 TEST(PersonColors, differWithinAFolder) {
   PersonColors colors;
   std::set<QRgb> seen;
@@ -369,8 +355,16 @@ TEST(StateTexts, sayTheStateInAFewWords) {
   EXPECT_EQ(stateText(info, progress).toStdString(), "Fetching 3 of 7");
   EXPECT_EQ(progressPermille(progress), 428);
   using enum FolderStateKind;
-  EXPECT_EQ(overallState({{InStep, ""}, {Fetching, ""}, {Conflict, ""}}), Conflict);
-  EXPECT_EQ(overallState({}), NotSubscribed);
+  const auto of = [](const std::vector<FolderStateKind>& kinds) {
+    std::vector<FolderState> states;
+    for (const auto kind : kinds) states.push_back({kind, ""});
+    return overallState(states);
+  };
+  EXPECT_EQ(of({}), NotSubscribed);
+  EXPECT_EQ(of({InStep, Alone}), InStep);
+  EXPECT_EQ(of({InStep, Fetching, Paused}), Fetching);
+  EXPECT_EQ(of({Fetching, Conflict, InStep}), Conflict);
+  EXPECT_EQ(of({Conflict, WaitingForDrive}), WaitingForDrive);
 }
 
 }  // namespace
