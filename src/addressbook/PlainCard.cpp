@@ -64,6 +64,9 @@ std::string plainCard(std::string_view card) {
   std::string plain;
   for (const VCardLine& line : lines) {
     const std::string_view raw = card.substr(line.begin, line.end - line.begin);
+    const bool isFrame = &line == &lines.front() || &line == &lines.back();
+    // Without what keeps it from being one now, it would begin or end a card.
+    if (!isFrame && (line.name == "BEGIN" || line.name == "END")) continue;
     if (isOld && line.name == "VERSION") {
       plain += "VERSION:3.0\r\n";
     } else if (isOld || !isPlain(line, raw)) {

@@ -106,6 +106,7 @@ TEST(EVCard, readsWhatOurReaderReads) {
       {"3.0", "TEL;TYPE=\"home,voice\":2\nTITLE:x\n", true},
       {"2.1", "AGENT:\nBEGIN:VCARD\nN:Inner\nEND:VCARD\nN:Outer\n", true},
       {"2.1", "N:M\xFCller\n", true},
+      {"2.1", "BEGIN;X:VCARD\nN:Outer\n", true},
       {"2.1", "NOTE;ENCODING=QUOTED-PRINTABLE:a=\n b=\nc=0D=0Ad\n", true},
       {"3.0", "X-OWN;X-PARAMETER=\"a;b:c\":Zo\u00EB\nNICKNAME:Al\n"},
   };
