@@ -117,6 +117,7 @@ Result<> KDPoolState::readEverything() {
   localLog_ = std::make_unique<KDLogFile>(*folder_, ownLogPath(),
                                           static_cast<KDLogFileDelegate*>(this), platform_.log);
   unverified_.clear();
+  tooFreshAtStart_.clear();
   store_->forEachPath([this](KDPathRecord& path) {
     if (path.activeLeafCount > 1) conflicts_.insert(&path);
     if (path.disk && path.disk->isGuess) unverified_.emplace(path.text);

@@ -191,6 +191,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   bool isRecovering_ = false;
   bool isActive_ = false;
   bool isFirstRun_ = false;
+  std::set<std::string, std::less<>> tooFreshAtStart_;  ///< the first scan came too early for these
 
   std::unique_ptr<Folder> folder_;
   std::unique_ptr<Folder> supportFolder_;

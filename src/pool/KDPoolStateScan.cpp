@@ -341,6 +341,7 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
   facts.isTodo = !todo_.empty() && todo_.contains(path);
   facts.isFirstRun = isFirstRun_;
   facts.isResumed = record_->knowsRoot();
+  facts.mayHaveArrived = isFirstRun_ || tooFreshAtStart_.contains(path);
   facts.now = scan.now;
   facts.freshFiles = scan.takesFresh ? 0 : settings_.pace.freshFiles;
   if (isFirstRun_ && record && record->newest && record->activeLeafCount == 0) {
@@ -351,6 +352,10 @@ void KDPoolState::carryOut(Scan& scan, std::string_view path, KDPathRecord* reco
 
   const ScanDecision decision =
       decideScan(*tree_, record && record->newest ? record : nullptr, facts);
+  const bool isTooFresh = decision.action == ScanAction::TooFresh;
+  if (isTooFresh && isFirstRun_) tooFreshAtStart_.emplace(path);
+  if (!isTooFresh && facts.mayHaveArrived && !isFirstRun_)
+    tooFreshAtStart_.erase(std::string(path));
   switch (decision.action) {
     case ScanAction::TooFresh:
       noteChanged(path);

@@ -439,9 +439,10 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
       continue;
     }
     // Saved once more since the run: that too is somebody's work, and the later one stays in place.
-    if (here && !tree_->versionWithModTime(*path, comparedTime(*here), settings_.userId)) {
-      continue;
-    }
+    const KDLogFileEntry* arrived =
+        here ? tree_->versionWithModTime(*path, comparedTime(*here), settings_.userId) : nullptr;
+    const bool isEdited = disk && arrived && disk->entry == arrived && !disk->isUnchanged(*here);
+    if (here && (!arrived || isEdited)) continue;
     if (disk && here && disk->isUnchanged(*here)) {
       // What arrived was recorded before anyone looked, after a crash. The edit is none of that.
       record_->forget(*path);

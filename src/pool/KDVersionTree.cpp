@@ -380,12 +380,18 @@ KDLogFileEntry* KDVersionTree::versionWithModTime(const KDPathRecord& path, doub
 
 bool KDVersionTree::isAmbiguous(const KDLogFileEntry& version, const std::string& userId) const {
   const KDPathRecord& path = version.pathRecord();
-  if (version.isDirectory() || version.userId() == userId || selectedEntry(path, userId)) {
+  if (path.activeLeafCount <= 1 || version.isDirectory() || version.userId() == userId ||
+      selectedEntry(path, userId)) {
     return false;
   }
-  for (const KDLogFileEntry* entry = path.newest; entry; entry = entry->previous()) {
-    if (entry->modTime() != version.modTime() || entry->isDirectory()) continue;
-    if (!entry->isParentOfEntry(&version) && !version.isParentOfEntry(entry)) return true;
+  for (const KDLogFileEntry* leaf : activeLeafEntries(path)) {
+    if (version.isParentOfEntry(leaf)) continue;
+    for (const KDLogFileEntry* other = leaf; other; other = other->parentEntry()) {
+      const bool isFile = !other->isDirectory();
+      if (isFile && other->modTime() == version.modTime() && !other->isParentOfEntry(&version)) {
+        return true;
+      }
+    }
   }
   return false;
 }

@@ -147,23 +147,20 @@ ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
     if (isUnchanged && facts.now - time <= UnknownCopyPatience) return {ScanAction::Nothing};
     return {ScanAction::LogModification};
   }
-  // Changed since the record. A wanted version that is here now was fetched.
-  if (existing && existing != record->entry && facts.isTodo &&
-      existing == tree.selectedLeaf(*path).leaf) {
-    return taken(tree, existing, facts);
+  // Changed since the record. What a copy run brings is recorded at its end; if that never came, a
+  // wanted version that is here now was fetched, and so was a later one of the same line. Anything
+  // else that has a known time, an older version put back for example, is a person's work.
+  if (existing && existing != record->entry && facts.mayHaveArrived) {
+    const bool isWanted = facts.isTodo && existing == tree.selectedLeaf(*path).leaf;
+    const bool isLater =
+        facts.attributes.kind == record->kind && record->entry->isParentOfEntry(existing);
+    if (isWanted || isLater) return taken(tree, existing, facts);
   }
   // A time tells which version a file is, here and elsewhere, so each version has its own.
   // With that of a directory that it replaces it would be a mere choice.
   const bool isKnownTime = time != 0 && (existing || record->entry->modTime() == time);
-  const ScanDecision modified{isKnownTime ? ScanAction::LogLaterTime : ScanAction::LogModification,
-                              nullptr, record->isGuess ? nullptr : record->entry};
-  if (facts.attributes.kind != record->kind || existing == record->entry) return modified;
-  // A later version of the same line can only have come from a fetch; anything else that has a
-  // known time, an older version put back for example, is a person's work.
-  if (existing && existing != record->entry && record->entry->isParentOfEntry(existing)) {
-    return taken(tree, existing, facts);
-  }
-  return modified;
+  return {isKnownTime ? ScanAction::LogLaterTime : ScanAction::LogModification, nullptr,
+          record->isGuess ? nullptr : record->entry};
 }
 
 }  // namespace zolvar

@@ -18,6 +18,7 @@ struct ScanFacts {
   double freshFiles = 10;          ///< seconds, see Pace
   std::int64_t parentModTime = 0;  ///< time of the folder that holds the file
   bool isResumed = false;          ///< the folder was active here before
+  bool mayHaveArrived = false;     ///< by a copy run that the end of the program cut off
 };
 
 enum class ScanAction {

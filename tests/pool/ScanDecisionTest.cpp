@@ -31,7 +31,7 @@ class ScanDecisionTest : public testing::Test {
                       bool isFirstRun = false, std::int64_t parentModTime = 0) {
     const KDPathRecord* path = store.findPath("f");
     return decideScan(tree, path && path->newest ? path : nullptr,
-                      {attributes, isTodo, isFirstRun, Now, 10, parentModTime});
+                      {attributes, isTodo, isFirstRun, Now, 10, parentModTime, false, isFirstRun});
   }
 
   KDEntryStore store;
@@ -74,7 +74,10 @@ TEST_F(ScanDecisionTest, aRecordTellsWhatAnEditDescendsFrom) {
   const ScanDecision edit = decide(file(300));
   EXPECT_EQ(edit.action, ScanAction::LogModification);
   EXPECT_EQ(edit.parent, first) << "the newer version never was here";
-  EXPECT_EQ(decide(file(200), true).version, second) << "fetched, and not yet confirmed";
+  EXPECT_EQ(decide(file(200), true, true).version, second) << "fetched, and not yet confirmed";
+  const ScanDecision sameSecond = decide(file(200), true);
+  EXPECT_EQ(sameSecond.action, ScanAction::LogLaterTime) << "written in the newer one's second";
+  EXPECT_EQ(sameSecond.parent, first);
 
   struct Case {
     const char* what;

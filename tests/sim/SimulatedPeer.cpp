@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "pool/LogGuard.h"
+
 namespace zolvar {
 namespace {
 
@@ -206,7 +208,9 @@ std::string SimulatedPeer::fingerprint() {
     for (const std::string& one : missing(pool->name())) text += "!" + one;
     for (const std::string& one : conflicts(pool->name())) text += "?" + one;
     for (const std::string& one : questioned(pool->name())) text += "*" + one;
-    for (const auto& [file, content] : contents(pool->name())) text += "\n" + file + "=" + content;
+    for (const auto& [file, content] : contents(pool->name())) {
+      if (!file.starts_with(LogGuard::AsideFolder)) text += "\n" + file + "=" + content;
+    }
   }
   return text;
 }
