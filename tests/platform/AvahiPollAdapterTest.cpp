@@ -41,13 +41,13 @@ TEST_F(AvahiPollAdapterTest, watchesBothDirectionsAndTellsHangUps) {
   Seen writing{&api_};
   AvahiWatch* reader = api_.watch_new(&api_, pipe_[0], AVAHI_WATCH_IN, watchCalled, &reading);
   AvahiWatch* writer = api_.watch_new(&api_, pipe_[1], AVAHI_WATCH_OUT, watchCalled, &writing);
-  EXPECT_TRUE(waitFor([&] { return writing.calls > 2; }));
+  EXPECT_TRUE(runUntil([&] { return writing.calls > 2; }));
   EXPECT_EQ(writing.events, AVAHI_WATCH_OUT);
   EXPECT_EQ(reading.calls, 0);
   api_.watch_update(writer, static_cast<AvahiWatchEvent>(0));
   const int before = writing.calls;
   ASSERT_EQ(::write(pipe_[1], "x", 1), 1);
-  EXPECT_TRUE(waitFor([&] { return reading.calls > 0; }));
+  EXPECT_TRUE(runUntil([&] { return reading.calls > 0; }));
   EXPECT_EQ(reading.events, AVAHI_WATCH_IN);
   EXPECT_EQ(writing.calls, before);
   EXPECT_EQ(api_.watch_get_events(reader), 0);  // valid in the callback only
@@ -55,7 +55,7 @@ TEST_F(AvahiPollAdapterTest, watchesBothDirectionsAndTellsHangUps) {
   ::close(pipe_[1]);
   pipe_[1] = -1;
   reading.endsItself = true;
-  EXPECT_TRUE(waitFor([&] { return (reading.events & AVAHI_WATCH_HUP) != 0; }));
+  EXPECT_TRUE(runUntil([&] { return (reading.events & AVAHI_WATCH_HUP) != 0; }));
   const int last = reading.calls;
   runFor(0.02);
   EXPECT_EQ(reading.calls, last);

@@ -28,7 +28,7 @@ TEST_F(ServiceEmblemsTest, marksFilesInConflictBesideTheirOtherEmblems) {
   ASSERT_TRUE(opened);
   const auto emblems = [&] { return gio({"info", "-a", "metadata::emblems", file}); };
   const auto has = [&](const char* words) {
-    return waitFor([&] { return emblems().find(words) != std::string::npos; });
+    return runUntil([&] { return emblems().find(words) != std::string::npos; });
   };
   ASSERT_TRUE((*opened)->setLabel("report", 6));
   EXPECT_TRUE(has("[important, zolvar-conflict]")) << emblems();

@@ -159,7 +159,7 @@ class FirewallServiceTest : public ServiceTest {
                                  result = answer;
                                });
     EXPECT_FALSE(isAnswered);
-    EXPECT_TRUE(waitFor([&] { return isAnswered; }));
+    EXPECT_TRUE(runUntil([&] { return isAnswered; }));
     return result;
   }
 };
@@ -224,7 +224,7 @@ TEST_F(FirewallServiceTest, waitsForNobody) {
   std::optional<FirewallAnswer> answer;
   firewall.ask(49999, [&](FirewallAnswer given) { answer = given; });
   EXPECT_FALSE(answer);
-  EXPECT_TRUE(waitFor([&] { return answer.has_value(); }));
+  EXPECT_TRUE(runUntil([&] { return answer.has_value(); }));
 }
 
 }  // namespace

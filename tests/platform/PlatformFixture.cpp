@@ -77,8 +77,8 @@ bool TemporaryFolder::exists(const std::string& below) const {
   return fs::symlink_status(path(below)).type() != fs::file_type::not_found;
 }
 
-bool LoopTest::runUntil(const std::function<bool()>& condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+bool LoopTest::runUntil(const std::function<bool()>& condition, double seconds) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
   while (!condition()) {
     if (std::chrono::steady_clock::now() > end) return false;
     QCoreApplication::processEvents(QEventLoop::AllEvents, 5);

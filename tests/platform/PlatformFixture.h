@@ -41,8 +41,8 @@ std::string testDataHome();
 /// Tests with an event loop.
 class LoopTest : public testing::Test {
  protected:
-  /// Runs the loop until the condition holds; false when it does not within five seconds.
-  bool runUntil(const std::function<bool()>& condition);
+  /// Runs the loop until the condition holds; false when it does not within so many seconds.
+  static bool runUntil(const std::function<bool()>& condition, double seconds = 10);
   /// Runs the loop for what is due now.
   void turn();
 

@@ -93,7 +93,7 @@ class ServiceDirectoryTest : public ServiceTest {
   /// Waits for the event and forgets it and all before it.
   bool arrives(const std::string& event, double seconds = 10) {
     const auto find = [&] { return std::find(events_.begin(), events_.end(), event); };
-    if (!waitFor([&] { return find() != events_.end(); }, seconds)) {
+    if (!runUntil([&] { return find() != events_.end(); }, seconds)) {
       ADD_FAILURE() << "no \"" << event << "\" but " << testing::PrintToString(events_);
       return false;
     }
@@ -184,7 +184,7 @@ TEST_F(ServiceDirectoryTest, endsInsideItsOwnEvents) {
                                        ++calls;
                                      },
                                      nullptr});
-  ASSERT_TRUE(waitFor([&] { return calls == 2; }));
+  ASSERT_TRUE(runUntil([&] { return calls == 2; }));
   ASSERT_TRUE(arrives("established other"));
   runFor(0.1);
   EXPECT_EQ(calls, 2);

@@ -1,13 +1,8 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <QCoreApplication>
-#include <QEventLoop>
-#include <chrono>
 #include <cstdlib>
-#include <functional>
 #include <string>
 
 #include "PlatformFixture.h"
@@ -17,18 +12,8 @@ namespace zolvar {
 /// A test over the real run loop that takes its time, with a folder of its own.
 class AdapterTest : public LoopTest {
  protected:
-  /// Runs the loop until `isDone`, at most so many seconds.
-  static bool waitFor(const std::function<bool()>& isDone, double seconds = 10) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-    while (!isDone()) {
-      if (std::chrono::steady_clock::now() >= end) return false;
-      QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-      ::usleep(1000);
-    }
-    return true;
-  }
   static void runFor(double seconds) {
-    waitFor([] { return false; }, seconds);
+    runUntil([] { return false; }, seconds);
   }
 
   const TemporaryFolder folder_;

@@ -84,7 +84,7 @@ TEST_F(NoticesTest, answersClicksOnItsOwnNoticesOnly) {
   workspace.showNotice({"", "Title <a>", "a <b> & c", Notice::Urgency::Critical, true},
                        [&] { clicks += 1; });
   workspace.showNotice(noticeWith("", "Second"), [&] { clicks += 10; });
-  ASSERT_TRUE(waitFor([&] { return stub.shown.size() == 2; }));
+  ASSERT_TRUE(runUntil([&] { return stub.shown.size() == 2; }));
   const QVariantList first = stub.shown.front();
   EXPECT_EQ(first.at(1).toUInt(), 0u);
   EXPECT_EQ(first.at(3).toString(), "Title <a>");
@@ -115,10 +115,10 @@ TEST_F(NoticesTest, leavesNothingOnTheScreenAtTheEnd) {
   for (const bool isSticky : {true, false, true}) {
     workspace->showNotice({"", "Title", "", Notice::Urgency::Normal, isSticky}, {});
   }
-  ASSERT_TRUE(waitFor([&] { return stub.shown.size() == 3; }));
+  ASSERT_TRUE(runUntil([&] { return stub.shown.size() == 3; }));
   runFor(0.1);  // for the answers
   workspace.reset();
-  EXPECT_TRUE(waitFor([&] { return stub.withdrawn == std::vector<uint>{101, 103}; }));
+  EXPECT_TRUE(runUntil([&] { return stub.withdrawn == std::vector<uint>{101, 103}; }));
 }
 
 TEST_F(NoticesTest, showsOneNoticeAKeyEvenAtASlowService) {
@@ -126,7 +126,7 @@ TEST_F(NoticesTest, showsOneNoticeAKeyEvenAtASlowService) {
   DesktopWorkspace workspace(log_);
   const auto replaced = [&](std::size_t at) { return stub.shown.at(at).at(1).toUInt(); };
   const auto wasShown = [&](std::size_t count) {
-    return waitFor([&] { return stub.shown.size() == count; });
+    return runUntil([&] { return stub.shown.size() == count; });
   };
   workspace.showNotice(noticeWith("a", "first"), {});
   ASSERT_TRUE(wasShown(1));
@@ -144,7 +144,7 @@ TEST_F(NoticesTest, showsOneNoticeAKeyEvenAtASlowService) {
   ASSERT_TRUE(wasShown(4));
   EXPECT_EQ(stub.shown.at(3).at(3).toString(), "fourth");
   EXPECT_EQ(replaced(3), 101u);
-  EXPECT_TRUE(waitFor([&] { return stub.withdrawn == std::vector<uint>{102}; }));
+  EXPECT_TRUE(runUntil([&] { return stub.withdrawn == std::vector<uint>{102}; }));
   // Closed by its person, the next one is a new one.
   stub.tell("NotificationClosed", {101u, 2u});
   runFor(0.05);
@@ -159,7 +159,7 @@ TEST_F(NoticesTest, fitsAPlainServiceAndDoesWithoutAny) {
   runFor(0.1);
   NotificationsStub stub({});
   workspace.showNotice({"key", "Title", "a < b"}, [] {});
-  ASSERT_TRUE(waitFor([&] { return stub.shown.size() == 1; }));
+  ASSERT_TRUE(runUntil([&] { return stub.shown.size() == 1; }));
   EXPECT_EQ(stub.shown.front().at(4).toString(), "a < b");
   EXPECT_TRUE(stub.shown.front().at(5).toStringList().isEmpty());
 }
@@ -206,11 +206,11 @@ TEST_F(ContactsTest, openInWhatIsInstalled) {
   const std::string address = "contacts:?source-uid=s&contact-uid=u&name=Ann%20Lee";
   install("evolution");
   workspace.open(address);
-  EXPECT_TRUE(waitFor([&] { return folder_.content("opened") == "evolution|" + address + "|"; }));
+  EXPECT_TRUE(runUntil([&] { return folder_.content("opened") == "evolution|" + address + "|"; }));
   install("gnome-contacts");
   workspace.open(address);
   EXPECT_TRUE(
-      waitFor([&] { return folder_.content("opened") == "gnome-contacts|--search|Ann Lee|"; }));
+      runUntil([&] { return folder_.content("opened") == "gnome-contacts|--search|Ann Lee|"; }));
   qputenv("PATH", before);
 }
 

@@ -74,12 +74,6 @@ class SheetStage : public WindowStage {
     }
     throw std::runtime_error("no field " + name.toStdString());
   }
-  template <class S>
-  void lookAt(const std::string& picture) {
-    const QString folder = qEnvironmentVariable("ZOLVAR_PICTURES");
-    settle(0.5);
-    if (!folder.isEmpty()) sheet<S>()->grab().save(folder + "/sheet-" + picture.c_str() + ".png");
-  }
   std::string setting(const std::string& key) {
     return ann.platform.defaults.string(key).value_or("(unset)");
   }
