@@ -67,7 +67,6 @@ ConflictsTab::ConflictsTab(WindowContext& context, WindowMemory& memory, QWidget
   useFrom_->setMenu(people_);
   undo_ = new QAction(Zolvar::tr("&Undo Choice"), this);
   undo_->setShortcut(QKeySequence::Undo);
-  undo_->setEnabled(!context.lastUndo.files.empty());
 
   auto* hint = new QLabel(
       Zolvar::tr("Changed in two places at once. Nothing is lost: every version is kept until you "
@@ -200,6 +199,7 @@ const ConflictVersion* ConflictsTab::singleVersion() const {
 }
 
 void ConflictsTab::updateActions() {
+  undo_->setEnabled(!context_.lastUndo.files.empty());
   const Conflict* file = singleConflict();
   const ConflictVersion* version = singleVersion();
   const bool hasSelection = view_->selectionModel()->hasSelection();
@@ -327,7 +327,7 @@ void ConflictsTab::compareVersions() {
 
 void ConflictsTab::undo() {
   const Undo undone = std::exchange(context_.lastUndo, {});
-  undo_->setEnabled(false);
+  updateActions();
   if (undone.files.empty()) return;
   context_.decisions.undo(undone, [self = QPointer(this)](const auto& report) {
     if (!self) return;
@@ -360,7 +360,7 @@ void ConflictsTab::report(const QString& words, const ConflictDecisions::Report&
   problem(Zolvar::tr("Not every choice could be carried out."), report);
   if (report.settled == 0) return;
   const bool canUndo = !context_.lastUndo.files.empty();
-  undo_->setEnabled(canUndo);
+  updateActions();
   bar_->say(words, MessageBar::Weight::Note, canUndo ? Zolvar::tr("&Undo") : QString(),
             [this] { undo(); });
 }
