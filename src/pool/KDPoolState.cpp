@@ -177,6 +177,7 @@ Result<> KDPoolState::readAllLogs() {
 
 void KDPoolState::leave() {
   if (isActive_) {
+    (void)flush();  // the disk may take longer than the end may
     if (isRecordHeld_) {
       const auto flushed = folder_->flush();
       isRecordHeld_ = !flushed;  // what the record does not tell, the next start finds out
@@ -184,7 +185,7 @@ void KDPoolState::leave() {
     }
     flush();
     isTodoDirty_ = true;
-    saveTodoFiles();
+    (void)saveTodoFiles();
   }
   isActive_ = isRecovering_ = false;
 }
@@ -255,7 +256,7 @@ void KDPoolState::noteInaccessible() {
 Result<> KDPoolState::flush() {
   Result<> result;
   // Before the log: what a choice makes wanted must still be wanted after a crash.
-  if (isTodoDirty_) saveTodoFiles();
+  if (isTodoDirty_) (void)saveTodoFiles();
   if (localLog_ && localLog_->hasEntriesToAppend()) {
     std::uint64_t& merged = mergedOffsets_[std::string(lastPathComponent(ownLogPath()))];
     const std::uint64_t mergedBefore = merged;

@@ -180,7 +180,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
 
   // To-do list (KDPoolStateTodo.cpp).
   void loadTodoFiles();
-  void saveTodoFiles();
+  Result<> saveTodoFiles();
   void addTodoFiles(const std::set<std::string>& paths);
   void removeTodoFiles(const std::set<std::string>& paths);
 

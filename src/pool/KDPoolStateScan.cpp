@@ -225,8 +225,8 @@ void KDPoolState::chooseWhatLiesHere() {
   for (KDPathRecord* path : paths) (void)selectedLeaf(*path);
 }
 
-/// A load brings another's list of missing files in place of ours, and then the program ends: what
-/// was chosen and does not lie here is nowhere noted as missing.
+/// When the list of missing files was lost, by a power failure or a hand, what was chosen and does
+/// not lie here is nowhere noted as missing.
 void KDPoolState::wantWhatWasChosen(Scan& scan) {
   for (const KDPathRecord* path : conflicts_) {
     const KDLogFileEntry* chosen = tree_->selectedLeaf(*path).leaf;

@@ -46,12 +46,16 @@ Result<> KDPoolState::prepareLogLoad() {
     if (report.trouble) return tl::unexpected(*report.trouble);
   }
   // Without one of our own a load would leave the participant's.
-  if (!folder_->attributes(joinPath(MetadataFolderName, LogGuard::TodoFileName))) saveTodoFiles();
+  if (!folder_->attributes(joinPath(MetadataFolderName, LogGuard::TodoFileName))) {
+    isTodoDirty_ = true;
+    if (const auto saved = saveTodoFiles(); !saved) return saved;
+  }
   return guard_->setAside();
 }
 
 void KDPoolState::finishLogLoad() {
   if (isDetached_) return;
+  if (!guard_->hasSetAside()) isTodoDirty_ = true;  // the folder was away meanwhile
   GuardReport report = guard_->settle();
   if (report.trouble) platform_.log.error("{}", report.trouble->message());
   if (isActive_) {

@@ -40,13 +40,14 @@ void KDPoolState::loadTodoFiles() {
   areMissingStale_ = true;
 }
 
-void KDPoolState::saveTodoFiles() {
+Result<> KDPoolState::saveTodoFiles() {
   const auto saved = guard_->replaceTodoFile(propertyListFromStrings({todo_.begin(), todo_.end()}));
   if (!saved) {
     platform_.log.error("ERROR while saving todo files: {}\n", saved.error().message());
-    return;  // stays dirty: the next flush tries again
+    return saved;  // stays dirty: the next flush tries again
   }
   isTodoDirty_ = false;
+  return {};
 }
 
 void KDPoolState::addTodoFiles(const std::set<std::string>& paths) {

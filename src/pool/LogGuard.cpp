@@ -53,9 +53,12 @@ Result<> LogGuard::setAside() {
   if (!files) return tl::unexpected(files.error());
   for (const auto& [name, attributes] : *files) {
     const bool isTodoFile = name == TodoFileName && attributes.kind == FileKind::Regular;
-    if (!isLog(name, attributes) && !isTodoFile) continue;
+    if (isTodoFile) {
+      if (const auto linked = setTodoFileAside(); !linked) return linked;
+    }
+    if (!isLog(name, attributes)) continue;
     if (const auto linked = folder_.link(logPath(name), asidePath(name)); !linked) return linked;
-    if (!isTodoFile) before_.emplace(name, attributes);
+    before_.emplace(name, attributes);
   }
   isOwnLoad_ = true;
   return {};
@@ -93,9 +96,10 @@ GuardReport LogGuard::settle() {
                settled.error().message());
     if (!report.trouble) report.trouble = settled.error();
   }
-  if (const auto back = bringBackTodoFile(); !back && !report.trouble)
-    report.trouble = back.error();
   removeStrangers();
+  if (const auto back = bringBackTodoFile(); !back && !report.trouble) {
+    report.trouble = back.error();
+  }
   if (!report.trouble) {
     if (const auto removed = folder_.removeTree(AsideFolder); !removed) {
       report.trouble = removed.error();
@@ -222,8 +226,18 @@ Result<> LogGuard::replaceTodoFile(std::string_view bytes) {
   return folder_.replace(logPath(TodoFileName), bytes, TodoFileMode);
 }
 
+/// Under its name only when it is whole: without hard links it is copied.
+Result<> LogGuard::setTodoFileAside() {
+  const std::string begun = asidePath("todos");  // no log is called so
+  if (const auto linked = folder_.link(logPath(TodoFileName), begun); !linked) return linked;
+  return folder_.rename(begun, asidePath(TodoFileName));
+}
+
 Result<> LogGuard::bringBackTodoFile() {
-  if (!folder_.attributes(asidePath(TodoFileName))) return {};
+  if (const auto aside = folder_.attributes(asidePath(TodoFileName)); !aside) {
+    if (aside.error().kind == FailureKind::Absent) return {};
+    return tl::unexpected(aside.error());
+  }
   return folder_.rename(asidePath(TodoFileName), logPath(TodoFileName));
 }
 

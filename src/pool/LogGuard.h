@@ -39,7 +39,8 @@ struct GuardReport {
 ///   it travels on, and some more seconds that depend on its size;
 /// - the log is gone or no file any more: the old copy comes back.
 ///
-/// The list of missing files, which a load brings as well, comes back as it was. Whatever else a
+/// The list of missing files, which a load brings as well, comes back as it was
+/// written last. Whatever else a
 /// load brought into the metadata folder is removed. A crash between the two steps
 /// leaves the old copies aside; settle() then finishes from them alone. The state lane; folder and
 /// log outlive the guard.
@@ -53,8 +54,8 @@ class LogGuard {
 
   /// Whether old copies wait for settle().
   [[nodiscard]] bool hasSetAside();
-  /// Settles what an earlier load left, then links every log aside. After a failure no load may
-  /// run.
+  /// Settles what an earlier load left, then links every log, and the list of missing files, aside.
+  /// After a failure no load may run.
   Result<> setAside();
   /// Writes the list of missing files so that no load under way takes it away.
   Result<> replaceTodoFile(std::string_view bytes);
@@ -69,6 +70,7 @@ class LogGuard {
   Result<bool> oldBeginsNew(const std::string& name);
   Result<> writeUnion(const std::string& name, std::int64_t later, bool oldHasAll,
                       const LogUnion& both);
+  Result<> setTodoFileAside();
   Result<> bringBackTodoFile();
   void removeStrangers();
   /// Empty when the directory is not there.

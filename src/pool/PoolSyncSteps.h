@@ -49,12 +49,13 @@ class PoolSyncSteps {
   /// Scans for local changes (no-op when recovering).
   virtual void checkFileSystemChanges() = 0;
 
-  /// Closes the local log, takes the size snapshot and links every log aside, so that finishLogLoad
+  /// Closes the local log, takes the size snapshot and links every log, and our list of missing
+  /// files, aside, so that finishLogLoad
   /// can tell what the run did to them.
   virtual Result<> prepareLogLoad() = 0;
   /// Repairs logs that the run made shorter or other (the union of both), removes what else arrived
-  /// in the metadata folder, writes todos.plist again, reads what is new behind each log's merged
-  /// offset and applies it (unless recovering). Called whatever the run's status was.
+  /// in the metadata folder, brings our todos.plist back, reads what is new behind each log's
+  /// merged offset and applies it (unless recovering). Called whatever the run's status was.
   virtual void finishLogLoad() = 0;
   /// Names and sizes of the logs on this disk now.
   virtual std::map<std::string, std::uint64_t> logSizesOnDisk() = 0;

@@ -13,10 +13,11 @@ namespace zolvar {
 namespace {
 
 /// Nobody saw how the file came to have this version's time. What we logged ourselves we saw, but
-/// not what is put where nothing lay.
+/// not what is put where nothing lay, nor what a power failure may have emptied.
 ScanDecision taken(const KDVersionTree& tree, KDLogFileEntry* version, const ScanFacts& facts) {
-  const bool isDoubtful = facts.attributes.kind != FileKind::Directory &&
-                          (facts.isTodo || version->userId() != tree.localUserId());
+  const bool isDoubtful =
+      facts.attributes.kind != FileKind::Directory &&
+      (facts.isTodo || version->userId() != tree.localUserId() || facts.attributes.size == 0);
   return {isDoubtful ? ScanAction::Guess : ScanAction::Confirm, version};
 }
 
@@ -61,10 +62,12 @@ KDLogFileEntry* emptiedVersion(const KDVersionTree& tree, const KDPathRecord& pa
       record->modTime == facts.attributes.modTime && record->size > 0) {
     return tree.leafForEntry(record->entry)->exists() ? record->entry : nullptr;
   }
-  const KDLogFileEntry* wanted = tree.selectedLeaf(path).leaf;  // none where nobody has chosen yet
-  const bool hasArrived = (facts.isTodo || facts.isResumed) && facts.isFirstRun && existing &&
-                          (!record || record->inode != facts.attributes.inode) &&
-                          (existing == wanted || !wanted);
+  const KDLogFileEntry* wanted = tree.selectedLeaf(path).leaf;
+  const bool isUndecided = !wanted && path.activeLeafCount > 1;
+  const bool isOurs = existing && existing->userId() == tree.localUserId();
+  const bool hasArrived = (facts.isTodo || (facts.isResumed && !isOurs)) && facts.isFirstRun &&
+                          existing && (!record || record->inode != facts.attributes.inode) &&
+                          (existing == wanted || isUndecided);
   return hasArrived ? existing : nullptr;
 }
 

@@ -187,7 +187,12 @@ void SyncRun::loadTodoFiles() {
   const auto wanted = context_.onState([](PoolSyncSteps& steps) { return steps.wantedFiles(); });
   if (!wanted.empty()) {
     context_.platform.log.debug("Will try to sync data files from {}.", participant_.description());
-    copyFilesFromParticipant(wanted);
+    try {
+      copyFilesFromParticipant(wanted);
+    } catch (const std::exception&) {  // what has arrived is ours no less
+      context_.onState([](PoolSyncSteps& steps) { steps.checkTodoFiles(); });
+      throw;
+    }
     settleReplacedFiles();
   }
   std::set<std::string> missing;

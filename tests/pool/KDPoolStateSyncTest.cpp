@@ -119,6 +119,48 @@ TEST_F(KDPoolStateSyncTest, aPowerFailureAfterTheEndIsNoEdit) {
   }
 }
 
+TEST_F(KDPoolStateSyncTest, anEmptyFileThatSomebodyMadeStays) {
+  arrives("bob@beta.local", {line(100, 0, "e", 90)});
+  fetch("e", "", 90);
+  state->filesAreOnDisk();
+  scan();
+  arrives("bob@beta.local", {line(200, 100, "e", 0)});
+  state->leave();
+  host.clock.advance(1000);
+  host.files.save(path("e"), "", 90);  // taken out of the Trash
+  start();
+  EXPECT_TRUE(host.files.exists(path("e")));
+  arrives("bob@beta.local", {line(300, 0, "g", 290)});
+  fetch("g", "x", 290);
+  ASSERT_TRUE(state->awaitsDisk());
+  put("own", "");
+  scan();
+  start();  // the program was killed while the disk was awaited
+  EXPECT_TRUE(host.files.exists(path("own")));
+  EXPECT_TRUE(missing().empty());
+}
+
+TEST_F(KDPoolStateSyncTest, aFilePutBackWithItsOldTimeIsFetchedFromAnybody) {
+  arrives("bob@beta.local", {line(100, 0, "f", 90), line(200, 100, "f", 0), line(300, 0, "f", 90)});
+  const ParticipantAddress carol{"carol", "gamma.local", 50000, "Docs"};
+  EXPECT_EQ(state->decideListing({{'-', 5, {90}, "f"}}, carol).files.size(), 1U);
+}
+
+TEST_F(KDPoolStateSyncTest, noLoadLeavesAnothersListOfMissingFiles) {
+  put("a", "1");
+  scan();
+  host.files.remove(path(".Zolvar/todos.plist"));
+  host.files.faults.failAlways("replace");
+  EXPECT_FALSE(state->prepareLogLoad()) << "a full disk";
+  host.files.faults.clear();
+  ASSERT_TRUE(state->prepareLogLoad());
+  host.files.remove(path(".Zolvar/todos.plist"));
+  host.files.write(path(".Zolvar/todos.plist/x"), "");
+  state->finishLogLoad();
+  EXPECT_TRUE(host.files.readAll(path(".Zolvar/todos.plist")).has_value());
+  EXPECT_FALSE(host.files.exists(path(".zolvar-aside")));
+}
+
 TEST_F(KDPoolStateSyncTest, putsAwayWhatACutOffTransferLeft) {
   const auto lies = [this](const std::string& name, std::uint32_t mode) {
     host.files.write(path(name), "half");

@@ -2,7 +2,9 @@
 
 #include <cxxabi.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <stdexcept>
 #include <system_error>
@@ -38,6 +40,8 @@ LaneThread::LaneThread()
     : stack_(mmap(nullptr, StackSize, PROT_READ | PROT_WRITE,
                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)) {
   if (stack_ == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "mmap");
+  // What needs more than the stack ends here and not in somebody else's memory.
+  mprotect(stack_, static_cast<std::size_t>(sysconf(_SC_PAGESIZE)), PROT_NONE);
   getcontext(&lane_.context);
   lane_.context.uc_stack.ss_sp = stack_;
   lane_.context.uc_stack.ss_size = StackSize;

@@ -29,7 +29,8 @@ class LaneThread {
   void abandon();
   [[nodiscard]] bool isWorking() const { return work_ != nullptr; }
 
-  /// Comes back when somebody resumes. Only inside of the work.
+  /// Comes back when somebody resumes. Only inside of the work, and not in a destructor, since it
+  /// throws when the work is abandoned.
   void pause();
   /// Whose work runs; none outside.
   static LaneThread* current();

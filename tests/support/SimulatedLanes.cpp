@@ -16,6 +16,9 @@ constexpr double LongestWait = 24 * 3600;  ///< virtual seconds, outside of a tu
 /// What a lane has to do; lives as long as the lane or its jobs, as on a real one.
 struct SimulatedLanes::Jobs : LaneThread, std::enable_shared_from_this<Jobs> {
   explicit Jobs(SimulatedRunLoop& theLoop) : loop(theLoop) {}
+  ~Jobs() { abandon(); }
+  Jobs(const Jobs&) = delete;
+  Jobs& operator=(const Jobs&) = delete;
 
   /// Whose job runs; none on the main thread.
   static Jobs* current() { return static_cast<Jobs*>(LaneThread::current()); }
@@ -31,8 +34,13 @@ struct SimulatedLanes::Jobs : LaneThread, std::enable_shared_from_this<Jobs> {
     Lane::Job next = std::move(waiting.front());
     waiting.pop_front();
     LaneThread::start([this, job = std::move(next)] {
+      struct Next {
+        Jobs& jobs;
+        ~Next() {
+          if (!jobs.waiting.empty()) jobs.askForTurn();
+        }
+      } const next{*this};
       job();
-      if (!waiting.empty()) askForTurn();
     });
   }
   /// Goes on with the paused job at a later turn, which keeps the jobs until then.
@@ -42,6 +50,7 @@ struct SimulatedLanes::Jobs : LaneThread, std::enable_shared_from_this<Jobs> {
 
   SimulatedRunLoop& loop;
   std::deque<Lane::Job> waiting;
+  bool isWaitingForLane = false;
 };
 
 class SimulatedLanes::SimulatedLane : public Lane {
@@ -71,7 +80,9 @@ class SimulatedLanes::SimulatedLane : public Lane {
       if (waiting) waiting->resumeAfter(0);
     });
     if (caller != nullptr) {
+      caller->isWaitingForLane = true;
       caller->pause();
+      caller->isWaitingForLane = false;
     } else if (!jobs_->loop.runUntil([&] { return isDone; }, LongestWait)) {
       throw InconsistencyError("The lane '" + name_ + "' never gets done.");
     }
@@ -108,12 +119,14 @@ bool SimulatedLanes::areIdle() const {
 }
 
 void SimulatedLanes::abandonAll() {
+  std::vector<std::shared_ptr<Jobs>> all;
   for (const auto& one : std::exchange(all_, {})) {
-    const auto jobs = one.lock();
-    if (!jobs) continue;
-    jobs->waiting.clear();
-    jobs->abandon();
+    if (const auto jobs = one.lock()) all.push_back(jobs);
   }
+  for (const auto& jobs : all) jobs->waiting.clear();
+  // Who waits for a job has lent it what lies on the own stack.
+  std::stable_partition(all.begin(), all.end(), [](auto& jobs) { return !jobs->isWaitingForLane; });
+  for (const auto& jobs : all) jobs->abandon();
 }
 
 }  // namespace zolvar
