@@ -46,6 +46,16 @@ TEST_F(KDPoolStateGuardTest, whatIsSavedWhileACopyRunReplacesItStays) {
   host.files.save(path("f"), "second", 190);
   EXPECT_TRUE(state->settleReplacedFiles({{"f", Saved}}));
   EXPECT_EQ(read("f"), "edit");
+  host.files.save(Saved, "an earlier edit");
+  host.files.save(path("f"), "and another");
+  EXPECT_TRUE(state->settleReplacedFiles({{"f", Saved}}));
+  EXPECT_EQ(read("f"), "and another");
+  arrives(bob, {line(310, 0, "g", 80), line(320, 310, "g", 180)});
+  ASSERT_EQ(ready("g", 6, 180).size(), 1U);
+  host.files.save(Saved, "put where nothing lay", 80);  // with a known time
+  host.files.save(path("g"), "second", 180);
+  EXPECT_TRUE(state->settleReplacedFiles({{"g", Saved}}));
+  EXPECT_EQ(read("g"), "put where nothing lay");
   ASSERT_EQ(ready("d", 0, 300, 'd').size(), 1U);
   host.files.save(Saved, "put there");
   ASSERT_TRUE(host.files.makeFolder(path("d")));
@@ -63,6 +73,26 @@ TEST_F(KDPoolStateGuardTest, whatIsSavedAsSoonAsItArrivedIsNotReplaced) {
   scan();
   EXPECT_EQ(read("f"), "edit");
   EXPECT_EQ(heard.snapshot->conflicts->size(), 1U) << ownLog();
+}
+
+TEST_F(KDPoolStateGuardTest, onlyWhatWasLoggedMakesWay) {
+  arrives(bob, {line(100, 0, "f", 90), line(200, 100, "f", 190)});
+  ASSERT_EQ(ready("f", 5, 190).size(), 1U);
+  const auto time = now() - 60;
+  host.files.save(path("f"), "newer", time);  // its author has not logged it yet
+  state->checkTodoFiles();
+  scan();
+  EXPECT_EQ(ownLines(), 0U) << ownLog();
+  arrives(bob, {line(250, 200, "f", static_cast<double>(time))});
+  fetch("f", "newer", time);
+  arrives(bob, {line(300, 250, "f", 290)});
+  EXPECT_TRUE(ready("f", 5, 90).empty()) << "older than what lies here";
+  put("d", "mine");
+  scan();
+  host.files.save(path("d"), "an edit");
+  arrives(bob, {line(400, 0, "d", 400), line(401, 0, "d/x", 390)});
+  (void)state->wantedFiles();
+  EXPECT_EQ(read("d"), "an edit") << "no directory takes its place before it is logged";
 }
 
 TEST_F(KDPoolStateGuardTest, whatABreakdownEmptiedIsNobodysEdit) {
@@ -110,6 +140,13 @@ TEST_F(KDPoolStateGuardTest, aFileIsNotWhatItsTimeSays) {
   EXPECT_TRUE(host.files.exists(path("l"))) << "the tool compares targets";
   scan();
   EXPECT_EQ(heard.conflicts, (Paths{"f", "g"}));
+  arrives(bob, {line(200, 0, "h", 95)});
+  host.files.save(path("h"), "guess", 95);
+  scan();
+  put("h", "an edit");
+  (void)ready("h", 5, 95);
+  scan();
+  EXPECT_EQ(heard.conflicts.back(), "h") << "what was listed is not the edit";
 }
 
 TEST_F(KDPoolStateGuardTest, aChoiceIsFinishedWhereverTheProgramEnds) {
