@@ -445,8 +445,12 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     // Saved once more since the run: that too is somebody's work, and the later one stays in place.
     const KDLogFileEntry* arrived =
         here ? tree_->versionWithModTime(*path, comparedTime(*here), settings_.userId) : nullptr;
-    const bool isEdited = disk && arrived && disk->entry == arrived && !disk->isUnchanged(*here);
-    if (here && (!arrived || isEdited)) continue;
+    const bool mayBeEdited = arrived && disk && disk->entry == arrived && !disk->isUnchanged(*here);
+    if (here && (!arrived || (mayBeEdited && disk->isGuess))) continue;
+    if (mayBeEdited && !folder_->trash(file.path)) {
+      isSettled = false;
+      continue;
+    }
     if (disk && here && disk->isUnchanged(*here)) {
       // What arrived was recorded before anyone looked, after a crash. The edit is none of that.
       record_->forget(*path);

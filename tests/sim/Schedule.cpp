@@ -30,10 +30,12 @@ class Drawing {
   Schedule draw() {
     const std::size_t count = 2 + std::min(below(5), below(5));
     peers_.assign(Names.begin(), Names.begin() + static_cast<std::ptrdiff_t>(count));
+    add(0, "-", {"apart"});  // the same goes for what is written where nobody looks
     add(0, "-", {"pace", below(2) == 0 ? "normal" : "quick"});
     if (below(4) != 0)
       add(0, "-", {"interleave", std::to_string(2 + below(below(2) == 0 ? 10 : 200))});
     for (const std::string& peer : peers_) {
+      add(0, peer, {"start"});  // who has just come sees no folder yet
       if (below(3) == 0) add(0, peer, {"skew", fmt::format("{:.1f}", below(99) / 10.0 - 4.9)});
     }
     if (below(5) == 0) {
@@ -97,10 +99,6 @@ class Drawing {
       std::replace(words.begin(), words.end(), "move"s, "save"s);
       std::replace(words.begin(), words.end(), "touch"s, "save"s);
     }
-    // So is what is written in a version's own second before subscribing, and clocks differ.
-    const bool isOutside = std::find(late_.begin(), late_.end(), peer) != late_.end();
-    if (isOutside || wasOutside_) wait = std::max(wait, 12.0);
-    wasOutside_ = isOutside;
     schedule_.operations.push_back({wait, peer, std::move(words)});
   }
 
@@ -233,7 +231,6 @@ class Drawing {
   std::mt19937_64 random_;
   std::vector<std::string> peers_;
   std::vector<std::string> late_;
-  bool wasOutside_ = false;       ///< who did the last operation had not subscribed yet
   std::set<std::string> copied_;  ///< whose folder was copied by hand
   Schedule schedule_;
 };

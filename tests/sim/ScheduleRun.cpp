@@ -143,6 +143,8 @@ bool ScheduleRun::performByNetwork(const Words& words) {
   const std::string& verb = words[0];
   if (verb == "pace") {
     net.pace = words[1] == "quick" ? Pace::quick() : Pace::normal();
+  } else if (verb == "apart") {
+    keepsApart_ = true;
   } else if (verb == "interleave") {
     interleave(whole(words[1]));
   } else if (verb == "partition") {
@@ -329,6 +331,25 @@ void ScheduleRun::make(SimulatedPeer& peer, const std::string& path, FileKind ki
   making(absolute);
 }
 
+/// Gives a file that is not looked at when it is made, since the program does not run or the folder
+/// is not subscribed to, a time of its own.
+void ScheduleRun::keepApart(SimulatedPeer& peer, const std::string& path) {
+  auto& files = peer.host.files;
+  const std::string place = peer.path(path);
+  const auto made = files.attributesOf(place);
+  if (!made) return;
+  std::int64_t time = made->modTime;
+  const auto isOthers = [&] {
+    const auto [known, isNew] = timesOf_.try_emplace({path, time}, peer.name());
+    return !isNew && known->second != peer.name();
+  };
+  const bool isOutside = !peer.isRunning() || peer.snapshot(Docs)->phase != PoolPhase::Active;
+  while (isOthers() && isOutside && made->kind == FileKind::Regular) ++time;
+  if (time == made->modTime) return;
+  files.write(place, *files.readAll(place), time);
+  files.flush();
+}
+
 void ScheduleRun::change(SimulatedPeer& peer, const Words& words) {
   const std::string& verb = words[0];
   const std::string path = Docs + "/" + words[1];
@@ -351,6 +372,7 @@ void ScheduleRun::change(SimulatedPeer& peer, const Words& words) {
     make(peer, path, FileKind::Regular, [&](const std::string& place) {
       isSafe ? files.save(place, content, time) : files.write(place, content, time);
       files.flush();
+      if (keepsApart_) keepApart(peer, path);
       contents_.wrote(peer, path, content);
     });
   };
@@ -376,7 +398,10 @@ void ScheduleRun::change(SimulatedPeer& peer, const Words& words) {
   } else if (verb == "mkdir") {
     make(peer, path, FileKind::Directory, makeFolder);
   } else if (verb == "link") {
-    make(peer, path, FileKind::Link, [&](const auto& place) { files.makeLink(place, words[2]); });
+    make(peer, path, FileKind::Link, [&](const auto& place) {
+      files.makeLink(place, words[2]);
+      if (keepsApart_) keepApart(peer, path);
+    });
   } else if (verb == "move") {
     const std::string to = Docs + "/" + words[2];
     const bool isInside = (to + "/").starts_with(path + "/") || (path + "/").starts_with(to + "/");

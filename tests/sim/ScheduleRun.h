@@ -33,6 +33,7 @@ class ScheduleRun {
   bool performByProgram(SimulatedPeer& peer, const Words& words);
   bool performByPerson(SimulatedPeer& peer, const Words& words);
   void change(SimulatedPeer& peer, const Words& words);
+  void keepApart(SimulatedPeer& peer, const std::string& path);
   void make(SimulatedPeer& peer, const std::string& path, FileKind kind,
             const std::function<void(const std::string& path)>& making);
   void decide(SimulatedPeer& peer, bool uses, std::size_t conflict, std::size_t version);
@@ -75,6 +76,8 @@ class ScheduleRun {
   std::shared_ptr<std::size_t> pauses_ = std::make_shared<std::size_t>(0);  ///< of lanes so far
   SimulatedPeer* quitting_ = nullptr;                                       ///< just now
   std::set<std::string> gone_;
+  bool keepsApart_ = false;
+  std::map<std::pair<std::string, std::int64_t>, std::string> timesOf_;  ///< path, time → who
   std::set<std::string> furnished_;
   std::map<std::string, std::pair<std::string, std::string>> drops_;  ///< path → who, what
   std::string password_;
