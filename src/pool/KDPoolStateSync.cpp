@@ -7,7 +7,6 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "pool/CopyRunRecord.h"
-#include "pool/FileBeginning.h"
 #include "pool/KDPoolState.h"
 #include "pool/ScanDecision.h"
 #include "util/PathRules.h"
@@ -393,80 +392,6 @@ std::set<std::string> KDPoolState::timeWarpedFilesFromSet(const std::set<std::st
     if (isOtherBranch || tree_->isTimeWarped(*path, comparedTime(*attributes))) warped.insert(text);
   }
   return warped;
-}
-
-bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced) {
-  if (isDetached_ || !isActive_) return false;
-  bool isSettled = true;
-  for (const ReplacedFile& file : replaced) {
-    KDPathRecord* path = store_->findPath(file.path);
-    auto place = platform_.fileSystem.open(std::string(parentPath(file.savedPath)));
-    if (!path || !place) continue;
-    const auto saved = (*place)->attributes(lastPathComponent(file.savedPath));
-    if (!saved || saved->kind == FileKind::Directory) continue;
-    const KDDiskState* disk = path->disk;
-    const std::string_view savedName = lastPathComponent(file.savedPath);
-    // Moved aside by a rename, it is the very file that the record describes.
-    if (disk && disk->kind == saved->kind && disk->size == saved->size &&
-        disk->modTime == saved->modTime) {
-      // A link that was taken for the version, and led elsewhere.
-      const bool wasOther = disk->isGuess && saved->kind == FileKind::Link;
-      if (wasOther && !(*place)->trash(savedName)) isSettled = false;
-      continue;
-    }
-    const auto kept = folder_->attributes(file.path);
-    if (disk && kept && kept->kind == FileKind::Regular && disk->isUnchanged(*kept) &&
-        saved->kind == FileKind::Regular && saved->size <= kept->size &&
-        isBeginningOf(**place, savedName, *folder_, file.path)) {
-      // Nothing was replaced: the saving itself was cut off, by a full disk as a rule.
-      (void)(*place)->removeFile(savedName);
-      continue;
-    }
-    const auto here = folder_->attributes(file.path);
-    // While the record tells what lay here before the run, nothing else was logged. Otherwise the
-    // time has to tell.
-    // Without a record nothing lay here then.
-    const bool isRecordOld = here && (!disk || (disk->entry && !disk->isUnchanged(*here)));
-    // Where a directory lay no version of a file did, whatever the time says.
-    const bool isMeanwhile = disk && disk->kind == FileKind::Directory;
-    if (!isRecordOld && !isMeanwhile &&
-        tree_->versionWithModTime(*path, comparedTime(*saved), settings_.userId)) {
-      continue;
-    }
-    if (here && here->kind == FileKind::Directory) {
-      platform_.log.warning("'{}' in {} was made while a directory arrived; it is in the Trash.",
-                            file.path, settings_.folderPath);
-      if (const auto trashed = (*place)->trash(savedName); !trashed) {
-        platform_.log.error("{} It is kept at '{}'.", trashed.error().message(), file.savedPath);
-        isSettled = false;
-      }
-      continue;
-    }
-    // Saved once more since the run: that too is somebody's work, and the later one stays in place.
-    const KDLogFileEntry* arrived =
-        here ? tree_->versionWithModTime(*path, comparedTime(*here), settings_.userId) : nullptr;
-    const bool mayBeEdited = arrived && disk && disk->entry == arrived && !disk->isUnchanged(*here);
-    if (here && (!arrived || (mayBeEdited && disk->isGuess))) continue;
-    if (mayBeEdited && !folder_->trash(file.path)) {
-      isSettled = false;
-      continue;
-    }
-    if (disk && here && disk->isUnchanged(*here)) {
-      // What arrived was recorded before anyone looked, after a crash. The edit is none of that.
-      record_->forget(*path);
-      (void)flush();
-    }
-    platform_.log.warning(
-        "'{}' in {} was edited while a newer version arrived; the edit stays and becomes a branch.",
-        file.path, settings_.folderPath);
-    if (const auto moved = folder_->moveIn(file.savedPath, file.path); !moved) {
-      platform_.log.error("{} It is kept at '{}'.", moved.error().message(), file.savedPath);
-      isSettled = false;
-      continue;
-    }
-    copying_.erase(file.path);
-  }
-  return isSettled;
 }
 
 }  // namespace zolvar

@@ -406,6 +406,8 @@ void ScheduleRun::change(SimulatedPeer& peer, const Words& words) {
     const std::string to = Docs + "/" + words[2];
     const bool isInside = (to + "/").starts_with(path + "/") || (path + "/").starts_with(to + "/");
     if (!old || isInside) return;
+    // Until it is logged there it would count as the version whose time it has.
+    if (keepsApart_ && timesOf_.contains({to, old->modTime})) return;
     make(peer, to, FileKind::Other, [&](const auto& place) {
       if (!files.exists(absolute)) return;  // it was in the way itself
       files.move(absolute, place);
