@@ -13,6 +13,7 @@ namespace {
 const std::string Docs = "Docs";
 constexpr double Hour = 3600;
 constexpr double LongestAnswer = 120;  ///< seconds
+constexpr int LongestSync = 900;       ///< seconds, of one that gives way at every other call
 
 bool isOneOrBeneath(const std::string& path, const std::set<std::string>& places) {
   return std::any_of(places.begin(), places.end(), [&](const std::string& place) {
@@ -58,7 +59,7 @@ void ScheduleRun::settle() {
     const std::string now = fingerprint();
     if (now == last) {
       // Who looks again for what nobody has may be at it just now.
-      for (int second = 0; second < 60 && isAnybodySyncing(); ++second) pass(1);
+      for (int second = 0; second < LongestSync && isAnybodySyncing(); ++second) pass(1);
       return;
     }
     last = now;
