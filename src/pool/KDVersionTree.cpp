@@ -380,17 +380,17 @@ KDLogFileEntry* KDVersionTree::versionWithModTime(const KDPathRecord& path, doub
 
 bool KDVersionTree::isAmbiguous(const KDLogFileEntry& version, const std::string& userId) const {
   const KDPathRecord& path = version.pathRecord();
-  if (path.activeLeafCount <= 1 || version.isDirectory() || version.userId() == userId ||
-      selectedEntry(path, userId)) {
+  if (path.activeLeafCount <= 1 || version.isDirectory() || version.userId() == userId) {
     return false;
   }
+  const bool hasChosen = selectedEntry(path, userId) != nullptr;
   for (const KDLogFileEntry* leaf : activeLeafEntries(path)) {
     if (version.isParentOfEntry(leaf)) continue;
     for (const KDLogFileEntry* other = leaf; other; other = other->parentEntry()) {
-      const bool isFile = !other->isDirectory();
-      if (isFile && other->modTime() == version.modTime() && !other->isParentOfEntry(&version)) {
-        return true;
-      }
+      if (other->isDirectory() || other->modTime() != version.modTime()) continue;
+      // Who has chosen this version may still have the own one.
+      const bool mayBeHere = !hasChosen || other->userId() == userId;
+      if (mayBeHere && !other->isParentOfEntry(&version)) return true;
     }
   }
   return false;

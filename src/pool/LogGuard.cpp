@@ -85,8 +85,7 @@ GuardReport LogGuard::settle() {
       return found == files.end() ? std::nullopt : std::optional(found->second);
     };
     auto settled = settleLog(name, find(*old), find(*now));
-    // The tool does not flush what it writes, and announcements tell of times alone: nobody would
-    // notice that a power failure has taken the end of a log.
+    // A new one is not flushed yet, and neither is an old one that came back.
     if (settled && settled->changed) (void)folder_.append(logPath(name), {});
     if (settled) {
       report.logs.push_back(std::move(*settled));
@@ -163,6 +162,9 @@ Result<GuardedLog> LogGuard::settleLog(const std::string& name,
       }
     }
   }
+  // The tool does not flush what it writes, and announcements tell of times alone: nobody would
+  // notice that a power failure has taken the end of a log.
+  if (settled.changed) (void)folder_.append(logPath(name), {});
   if (const auto removed = folder_.removeFile(asidePath(name)); !removed) {
     return tl::unexpected(removed.error());
   }
