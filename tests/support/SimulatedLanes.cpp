@@ -16,7 +16,10 @@ constexpr double LongestWait = 24 * 3600;  ///< virtual seconds, outside of a tu
 /// What a lane has to do; lives as long as the lane or its jobs, as on a real one.
 struct SimulatedLanes::Jobs : LaneThread, std::enable_shared_from_this<Jobs> {
   explicit Jobs(SimulatedRunLoop& theLoop) : loop(theLoop) {}
-  ~Jobs() { abandon(); }
+  ~Jobs() {
+    waiting.clear();
+    abandon();
+  }
   Jobs(const Jobs&) = delete;
   Jobs& operator=(const Jobs&) = delete;
 
@@ -27,7 +30,8 @@ struct SimulatedLanes::Jobs : LaneThread, std::enable_shared_from_this<Jobs> {
     askForTurn();
   }
   void askForTurn() {
-    loop.post([jobs = shared_from_this()] { jobs->takeTurn(); });
+    const auto self = weak_from_this().lock();  // none while these are taken down
+    if (self) loop.post([self] { self->takeTurn(); });
   }
   void takeTurn() {
     if (isWorking() || waiting.empty()) return;
