@@ -39,9 +39,8 @@ struct GuardReport {
 ///   it travels on, and some more seconds that depend on its size;
 /// - the log is gone or no file any more: the old copy comes back.
 ///
-/// The list of missing files, which a load brings as well, comes back as it was
-/// written last. Whatever else a
-/// load brought into the metadata folder is removed. A crash between the two steps
+/// The list of missing files, which a load brings as well, comes back as it was written last.
+/// Whatever else a load brought into the metadata folder is removed. A crash between the two steps
 /// leaves the old copies aside; settle() then finishes from them alone. The state lane; folder and
 /// log outlive the guard.
 class LogGuard {

@@ -50,8 +50,7 @@ class PoolSyncSteps {
   virtual void checkFileSystemChanges() = 0;
 
   /// Closes the local log, takes the size snapshot and links every log, and our list of missing
-  /// files, aside, so that finishLogLoad
-  /// can tell what the run did to them.
+  /// files, aside, so that finishLogLoad can tell what the run did to them.
   virtual Result<> prepareLogLoad() = 0;
   /// Repairs logs that the run made shorter or other (the union of both), removes what else arrived
   /// in the metadata folder, brings our todos.plist back, reads what is new behind each log's
