@@ -239,7 +239,8 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
       removeTodoFiles({entry.path});
       continue;
     }
-    const KDLogFileEntry* leaf = path ? tree_->selectedLeaf(*path).leaf : nullptr;
+    // Where nothing is chosen any more, what lies here counts: nobody else may have it.
+    const KDLogFileEntry* leaf = path ? selectedLeaf(*path).leaf : nullptr;
     if (path && path->disk && !path->disk->entry &&
         std::find(entry.modTimes.begin(), entry.modTimes.end(), path->disk->modTime) ==
             entry.modTimes.end()) {
