@@ -259,7 +259,7 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
         if (path && !remote) remote = tree_->versionWithModTime(*path, compared, userId);
       }
       if (leaf && !(remote && remote->isParentOfEntry(leaf))) continue;
-      if (remote && remote == leaf && tree_->isAmbiguous(*leaf, userId)) continue;
+      if (remote && (!leaf || remote == leaf) && tree_->isAmbiguous(*remote, userId)) continue;
       // Nothing older than what lies here already, if it still does.
       if (remote && path->disk && path->disk->entry && !path->disk->isGuess &&
           folder_->attributes(entry.path) && remote->isParentOfEntry(path->disk->entry)) {

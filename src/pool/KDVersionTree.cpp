@@ -383,13 +383,14 @@ bool KDVersionTree::isAmbiguous(const KDLogFileEntry& version, const std::string
   if (path.activeLeafCount <= 1 || version.isDirectory() || version.userId() == userId) {
     return false;
   }
-  const bool hasChosen = selectedEntry(path, userId) != nullptr;
+  const KDLogFileEntry* chosen = selectedEntry(path, userId);
   for (const KDLogFileEntry* leaf : activeLeafEntries(path)) {
     if (version.isParentOfEntry(leaf)) continue;
     for (const KDLogFileEntry* other = leaf; other; other = other->parentEntry()) {
       if (other->isDirectory() || other->modTime() != version.modTime()) continue;
-      // Who has chosen this version may still have the own one.
-      const bool mayBeHere = !hasChosen || other->userId() == userId;
+      // Who has chosen this version may still have the own one; who has chosen one that follows the
+      // other may be on the way to it.
+      const bool mayBeHere = !chosen || other->userId() == userId || other->isParentOfEntry(chosen);
       if (mayBeHere && !other->isParentOfEntry(&version)) return true;
     }
   }

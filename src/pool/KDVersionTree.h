@@ -85,7 +85,8 @@ class KDVersionTree {
   [[nodiscard]] KDLogFileEntry* versionWithModTime(const KDPathRecord& path, double modTime,
                                                    const std::string& userId) const;
   /// Whether a file of this version's time that the user has may as well be a version of another
-  /// living branch: before the user has chosen, or when that one is the user's own.
+  /// living branch: before the user has chosen, or when that one is the user's own or leads to what
+  /// the user has chosen.
   [[nodiscard]] bool isAmbiguous(const KDLogFileEntry& version, const std::string& userId) const;
   /// All authors on the active branches that hold the entry, except the local user.
   [[nodiscard]] std::set<std::string> usersIdsForBranch(const KDLogFileEntry& entry) const;
