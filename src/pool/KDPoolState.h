@@ -121,6 +121,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   void logDeletionOfBranchLeaf(KDLogFileEntry& leaf);
   KDVersionTree::Selected selectedLeaf(KDPathRecord& path);
   KDLogFileEntry* versionOnDisk(const KDPathRecord& path);
+  bool isEditedCopy(const std::string& path, const FileAttributes& here) const;
   void setConflict(bool isConflict, KDPathRecord& path);
   void repair(KDPathRecord& path);
   Result<KDLogFileEntry*> decidableLeaf(const std::string& attempt, const std::string& path,

@@ -61,14 +61,19 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     }
     // What lies here may have been saved once more since the run, and then stays. Or its author has
     // not logged it yet.
+    const bool isEdit = here && isEditedCopy(file.path, *here);
     const KDLogFileEntry* arrived =
         here ? tree_->versionWithModTime(*path, comparedTime(*here), settings_.userId) : nullptr;
-    const bool mayBeEdited = arrived && disk && disk->entry == arrived && !disk->isUnchanged(*here);
-    if (here && (!arrived || (mayBeEdited && disk->isGuess))) {
+    const bool isRecorded = arrived && disk && disk->entry == arrived;
+    const bool mayBeEdited = isRecorded && !disk->isUnchanged(*here);
+    if (here && (!arrived || isEdit || (mayBeEdited && disk->isGuess))) {
       putAway("edited while a newer version arrived");
       continue;
     }
-    if (mayBeEdited && !folder_->trash(file.path)) {
+    // Only what surely came from others may be overwritten.
+    const bool isOthers =
+        isRecorded ? !mayBeEdited && !disk->isGuess : copying_.contains(file.path);
+    if (here && !isOthers && !folder_->trash(file.path)) {
       isSettled = false;
       continue;
     }

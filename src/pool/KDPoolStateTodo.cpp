@@ -71,6 +71,16 @@ void KDPoolState::removeTodoFiles(const std::set<std::string>& paths) {
   }
 }
 
+/// Whether what a copy run brought has another size than was listed: somebody has edited it since.
+bool KDPoolState::isEditedCopy(const std::string& path, const FileAttributes& here) const {
+  const auto copied = copying_.find(path);
+  const auto listed = listedSizes_.find(path);
+  if (copied == copying_.end() || listed == listedSizes_.end()) return false;
+  const KDLogFileEntry* version = copied->second;  // its author may have saved once more
+  const bool isListed = !version || version->modTime() == comparedTime(here);
+  return isListed && here.kind == FileKind::Regular && listed->second != here.size;
+}
+
 std::set<std::string> KDPoolState::checkTodoFiles() {
   if (isDetached_ || !isActive_) return {};
   std::set<std::string> done;
@@ -103,13 +113,11 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
           joinPath(settings_.folderPath, text));
       continue;
     }
-    const auto listed = listedSizes_.find(text);
-    if (copying_.contains(text) && !isUnchanged && attributes->kind == FileKind::Regular &&
-        listed != listedSizes_.end() && listed->second != attributes->size) {
+    if (!isUnchanged && isEditedCopy(text, *attributes)) {
       // Edited as soon as it was here, its time kept. Recorded as what lay elsewhere, it is logged
       // as new.
       KDDiskState state = KDDiskState::of(*attributes, found);
-      state.size = listed->second;
+      state.size = listedSizes_.at(text);
       state.inode = 0;
       record_->set(*path, state);
       listener_->scanWanted();

@@ -63,6 +63,26 @@ TEST_F(KDPoolStateGuardTest, whatIsSavedWhileACopyRunReplacesItStays) {
   EXPECT_TRUE(host.files.wasTrashed("put there"));
 }
 
+TEST_F(KDPoolStateGuardTest, ofTwoEditsThatNobodyLoggedNoneIsOverwritten) {
+  arrives(bob, {line(100, 0, "f", 90)});
+  ASSERT_EQ(ready("f", 6, 90).size(), 1U);
+  host.files.save(Saved, "replaced");
+  host.files.save(path("f"), "edited as it came", 90);  // the listing told another size
+  EXPECT_TRUE(state->settleReplacedFiles({{"f", Saved}}));
+  EXPECT_EQ(read("f"), "edited as it came");
+  EXPECT_TRUE(host.files.wasTrashed("replaced"));
+
+  arrives(bob, {line(200, 0, "g", 80)});
+  ASSERT_EQ(ready("g", 6, 80).size(), 1U);
+  crash();  // and so no listing is known
+  host.files.save(Saved, "was replaced");
+  host.files.save(path("g"), "edited then", 80);
+  scan();
+  EXPECT_TRUE(state->settleReplacedFiles({{"g", Saved}}));
+  EXPECT_EQ(read("g"), "was replaced");
+  EXPECT_TRUE(host.files.wasTrashed("edited then"));
+}
+
 TEST_F(KDPoolStateGuardTest, whatIsSavedAsSoonAsItArrivedIsNotReplaced) {
   arrives(bob, {line(100, 0, "f", 90)});
   ASSERT_EQ(ready("f", 5, 90).size(), 1U);

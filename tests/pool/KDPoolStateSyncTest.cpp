@@ -12,7 +12,7 @@ TEST_F(KDPoolStateSyncTest, anEditOfTheLastSecondsBecomesABranch) {
   fetch("f", "first", 90);
   arrives("bob@beta.local", {line(200, 100, "f", 190)});
   const ParticipantAddress bob{"bob", "beta.local", 50000, "Docs"};
-  const auto plan = state->decideListing({{'-', 3, {190}, "f"}}, bob);
+  const auto plan = state->decideListing({{'-', 5, {190}, "f"}}, bob);
   EXPECT_EQ(state->prepareCopy(plan.files), std::set<std::string>{"f"});
   // The user saves, and then the tool replaces that and moves it aside.
   host.files.save("/home/user/.local/share/Zolvar/versions/run/f", "edit");

@@ -331,20 +331,25 @@ void ScheduleRun::make(SimulatedPeer& peer, const std::string& path, FileKind ki
   making(absolute);
 }
 
-/// Gives a file that is not looked at when it is made, since the program does not run or the folder
-/// is not subscribed to, a time of its own.
-void ScheduleRun::keepApart(SimulatedPeer& peer, const std::string& path) {
-  auto& files = peer.host.files;
-  const std::string place = peer.path(path);
+/// Gives a file a time of its own when nobody looks at it or at the other one of its second, since
+/// the program does not run there or the folder is not subscribed to.
+void ScheduleRun::keepApart(SimulatedPeer& author, const std::string& path) {
+  auto& files = author.host.files;
+  const std::string place = author.path(path);
   const auto made = files.attributesOf(place);
   if (!made) return;
-  std::int64_t time = made->modTime;
-  const auto isOthers = [&] {
-    const auto [known, isNew] = timesOf_.try_emplace({path, time}, peer.name());
-    return !isNew && known->second != peer.name();
+  const auto isUnseenAt = [](SimulatedPeer& peer) {
+    return !peer.isRunning() || peer.snapshot(Docs)->phase != PoolPhase::Active;
   };
-  const bool isOutside = !peer.isRunning() || peer.snapshot(Docs)->phase != PoolPhase::Active;
-  while (isOthers() && isOutside && made->kind == FileKind::Regular) ++time;
+  std::int64_t time = made->modTime;
+  const auto isTaken = [&] {
+    const auto [known, isNew] =
+        timesOf_.try_emplace({path, time}, author.name(), isUnseenAt(author));
+    const auto& [first, wasUnseen] = known->second;
+    if (isNew || first == author.name()) return false;
+    return isUnseenAt(author) || (wasUnseen && isUnseenAt(peer(first)));
+  };
+  while (isTaken() && made->kind == FileKind::Regular) ++time;
   if (time == made->modTime) return;
   files.write(place, *files.readAll(place), time);
   files.flush();

@@ -33,7 +33,7 @@ class ScheduleRun {
   bool performByProgram(SimulatedPeer& peer, const Words& words);
   bool performByPerson(SimulatedPeer& peer, const Words& words);
   void change(SimulatedPeer& peer, const Words& words);
-  void keepApart(SimulatedPeer& peer, const std::string& path);
+  void keepApart(SimulatedPeer& author, const std::string& path);
   void make(SimulatedPeer& peer, const std::string& path, FileKind kind,
             const std::function<void(const std::string& path)>& making);
   void decide(SimulatedPeer& peer, bool uses, std::size_t conflict, std::size_t version);
@@ -77,7 +77,8 @@ class ScheduleRun {
   SimulatedPeer* quitting_ = nullptr;                                       ///< just now
   std::set<std::string> gone_;
   bool keepsApart_ = false;
-  std::map<std::pair<std::string, std::int64_t>, std::string> timesOf_;  ///< path, time → who
+  /// Path and time → who made it first, and whether nobody looked.
+  std::map<std::pair<std::string, std::int64_t>, std::pair<std::string, bool>> timesOf_;
   std::set<std::string> furnished_;
   std::map<std::string, std::pair<std::string, std::string>> drops_;  ///< path → who, what
   std::string password_;
