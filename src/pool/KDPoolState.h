@@ -27,6 +27,7 @@
 namespace zolvar {
 
 class CopyRunRecord;
+class HeldLogs;
 struct FileChange;
 struct FileHistory;
 struct Platform;
@@ -174,7 +175,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   [[nodiscard]] KDLogFileEntry* sameTimed(const KDPathRecord& path) const;
   [[nodiscard]] KDLogFileEntry* twin(const KDPathRecord& path) const;
   void compareWithListing(KDPathRecord& path, const ListingEntry& entry,
-                          const std::string& participant);
+                          const std::string& participant, const HeldLogs& held);
 
   bool makeRealDirectory(std::string_view directory);
   [[nodiscard]] bool canGiveWay(std::string_view directory) const;

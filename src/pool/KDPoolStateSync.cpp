@@ -7,6 +7,7 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "pool/CopyRunRecord.h"
+#include "pool/HeldLogs.h"
 #include "pool/KDPoolState.h"
 #include "pool/ScanDecision.h"
 #include "util/PathRules.h"
@@ -174,13 +175,14 @@ KDLogFileEntry* KDPoolState::twin(const KDPathRecord& path) const {
 
 /// A file here that has the time of a version, and a listing that tells the version's size.
 void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& entry,
-                                     const std::string& participant) {
+                                     const std::string& participant, const HeldLogs& held) {
   KDDiskState* disk = path.disk;
   if (!disk || !disk->entry || entry.kind == 'd') return;
   const auto& times = entry.modTimes;
   if (std::find(times.begin(), times.end(), disk->modTime) == times.end()) return;
   KDLogFileEntry* listed =
       tree_->versionWithModTime(path, std::max(disk->entry->modTime(), 1.0), participant);
+  if (listed && !held.mayHold(*listed)) return;
   const auto attributes = folder_->attributes(path.text);
   if (!attributes || !disk->isUnchanged(*attributes)) return;
   KDLogFileEntry* other = twin(path);
@@ -229,11 +231,12 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
   CopyPlan plan;
   if (isDetached_ || !isActive_) return plan;
   const std::string userId = participant.userId();
+  const HeldLogs held(listed, userId, published_.logSizes, *folder_);
   listed_.clear();
   for (auto& [path, seen] : seen_) seen.holders.erase(userId);
   for (const ListingEntry& entry : listed) {
     KDPathRecord* path = store_->findPath(entry.path);
-    if (path) compareWithListing(*path, entry, userId);
+    if (path) compareWithListing(*path, entry, userId, held);
     if (!todo_.contains(entry.path)) continue;
     if (ignore_.ignores(entry.path, entry.kind == 'd')) {
       removeTodoFiles({entry.path});
@@ -259,7 +262,9 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
         if (path && !remote) remote = tree_->versionWithModTime(*path, compared, userId);
       }
       if (leaf && !(remote && remote->isParentOfEntry(leaf))) continue;
-      if (remote && (!leaf || remote == leaf) && tree_->isAmbiguous(*remote, userId)) continue;
+      if (remote && !held.mayHold(*remote)) continue;  // some other file of its time
+      const bool isLast = !leaf || remote == leaf;
+      if (remote && isLast && tree_->isAmbiguous(*remote, userId, held)) continue;
       // Nothing older than what lies here already, if it still does.
       if (remote && path->disk && path->disk->entry && !path->disk->isGuess &&
           folder_->attributes(entry.path) && remote->isParentOfEntry(path->disk->entry)) {

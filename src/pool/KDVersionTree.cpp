@@ -4,6 +4,7 @@
 #include <functional>
 #include <utility>
 
+#include "pool/HeldLogs.h"
 #include "util/InconsistencyError.h"
 
 namespace zolvar {
@@ -378,14 +379,13 @@ KDLogFileEntry* KDVersionTree::versionWithModTime(const KDPathRecord& path, doub
   return matches.front();
 }
 
-bool KDVersionTree::isAmbiguous(const KDLogFileEntry& version, const std::string& userId) const {
+bool KDVersionTree::isAmbiguous(const KDLogFileEntry& version, const std::string& userId,
+                                const HeldLogs& held) const {
   const KDPathRecord& path = version.pathRecord();
-  if (path.activeLeafCount <= 1 || version.isDirectory() || version.userId() == userId) {
-    return false;
-  }
+  if (version.isDirectory() || version.userId() == userId) return false;
   const KDLogFileEntry* chosen = selectedEntry(path, userId);
-  for (const KDLogFileEntry* leaf : activeLeafEntries(path)) {
-    if (version.isParentOfEntry(leaf)) continue;
+  for (const KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
+    if (version.isParentOfEntry(leaf) || (!leaf->exists() && held.mayHold(*leaf))) continue;
     for (const KDLogFileEntry* other = leaf; other; other = other->parentEntry()) {
       if (other->isDirectory() || other->modTime() != version.modTime()) continue;
       // Who has chosen this version may still have the own one; who has chosen one that follows the

@@ -13,6 +13,8 @@
 
 namespace zolvar {
 
+class HeldLogs;
+
 /// All users' entries of a pool merged into one tree (or forest) per path, and who selected which
 /// version. Says what is current, alive, chosen and in conflict; touches neither disk nor log, so
 /// it can be read and tested alone. Leaves are kept up to date, never recomputed, and no operation
@@ -85,9 +87,10 @@ class KDVersionTree {
   [[nodiscard]] KDLogFileEntry* versionWithModTime(const KDPathRecord& path, double modTime,
                                                    const std::string& userId) const;
   /// Whether a file of this version's time that the user has may as well be a version of another
-  /// living branch: before the user has chosen, or when that one is the user's own or leads to what
-  /// the user has chosen.
-  [[nodiscard]] bool isAmbiguous(const KDLogFileEntry& version, const std::string& userId) const;
+  /// branch: before the user has chosen, or when that one is the user's own or leads to what the
+  /// user has chosen. A branch that is deleted counts where the user cannot know that.
+  [[nodiscard]] bool isAmbiguous(const KDLogFileEntry& version, const std::string& userId,
+                                 const HeldLogs& held) const;
   /// All authors on the active branches that hold the entry, except the local user.
   [[nodiscard]] std::set<std::string> usersIdsForBranch(const KDLogFileEntry& entry) const;
   /// True when the way from the local user's leaf to the version with `fileTime` passes a parent

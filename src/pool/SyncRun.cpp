@@ -240,9 +240,15 @@ std::vector<ListingEntry> SyncRun::filesToGetFromParticipant(const std::set<std:
   std::vector<ListingEntry> listed;
   std::set<std::string> seen;
   end_.status = context_.list(url(false), settings_.password, [&](const ListingLine& line) {
-    if (!wanted.contains(line.path) || !seen.insert(line.path).second) return;
+    const bool isLog = parentPath(line.path) == MetadataFolderName;
+    if (!isLog && !wanted.contains(line.path)) return;
+    if (!seen.insert(line.path).second) return;
     ListingEntry entry{line.kind(), line.size, line.modTimes(), line.path};
     if (entry.modTimes.empty()) return;
+    if (isLog) {
+      listed.push_back(std::move(entry));
+      return;
+    }
     log.debug("Found file listing entry '{}' with moddate: {} at {}", entry.path,
               entry.modTimes.front(), description);
     listed.push_back(std::move(entry));

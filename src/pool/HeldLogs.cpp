@@ -1,0 +1,57 @@
+#include "pool/HeldLogs.h"
+
+#include <array>
+#include <charconv>
+#include <optional>
+#include <string_view>
+
+#include "log/KDLogFileEntry.h"
+#include "platform/FileSystem.h"
+#include "pool/PoolSyncSteps.h"
+#include "util/PathRules.h"
+
+namespace zolvar {
+
+namespace {
+
+/// The log time of the line that begins at `offset`.
+std::optional<double> lineTime(Folder& folder, const std::string& name, std::uint64_t offset) {
+  std::array<char, 32> beginning{};  // "1750000000", with its quotation marks
+  const auto reader = folder.open(joinPath(MetadataFolderName, name), offset);
+  if (!reader) return std::nullopt;
+  const auto count = (*reader)(beginning.data(), beginning.size());
+  if (!count || *count < 2 || beginning[0] != '"') return std::nullopt;
+  std::uint64_t time = 0;
+  const char* const end = beginning.data() + *count;
+  const auto parsed = std::from_chars(beginning.data() + 1, end, time);
+  if (parsed.ec != std::errc() || parsed.ptr == end || *parsed.ptr != '"') return std::nullopt;
+  return static_cast<double>(time);
+}
+
+}  // namespace
+
+HeldLogs::HeldLogs(const std::vector<ListingEntry>& listed, const std::string& participant,
+                   const std::map<std::string, std::uint64_t>& sizes, Folder& folder) {
+  std::map<std::string_view, std::uint64_t> there;
+  for (const ListingEntry& entry : listed) {
+    const std::string_view name = lastPathComponent(entry.path);
+    if (entry.kind == '-' && parentPath(entry.path) == MetadataFolderName && isLogFileName(name)) {
+      there[name] = entry.size;
+    }
+  }
+  if (there.empty()) return;
+  for (const auto& [name, size] : sizes) {
+    const std::string userId = name.substr(0, name.size() - LogFileExtension.size());
+    const auto found = there.find(name);
+    const std::uint64_t held = found == there.end() ? 0 : found->second;
+    if (held >= size || userId == participant) continue;
+    if (const auto time = lineTime(folder, name, held)) lackedFrom_[userId] = *time;
+  }
+}
+
+bool HeldLogs::mayHold(const KDLogFileEntry& entry) const {
+  const auto lacked = lackedFrom_.find(entry.userId());
+  return lacked == lackedFrom_.end() || entry.logTime() < lacked->second;
+}
+
+}  // namespace zolvar
