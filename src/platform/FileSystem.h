@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,12 @@ struct FileAttributes {
   std::uint64_t inode = 0;
   std::uint64_t device = 0;
   std::uint32_t mode = 0;  ///< permission bits
+
+  /// Nobody has written to the file or replaced it between two looks, as far as whole seconds tell.
+  [[nodiscard]] bool isSameAs(const FileAttributes& other) const {
+    return kind == other.kind && size == other.size && modTime == other.modTime &&
+           inode == other.inode && device == other.device;
+  }
 };
 
 /// Identity of a file across renames, for as long as it exists.
@@ -81,9 +88,12 @@ class Folder {
   /// Symbolic link at `path`.
   virtual Result<> makeSymbolicLink(std::string_view path, std::string_view target) = 0;
   virtual Result<> rename(std::string_view from, std::string_view to) = 0;
-  /// Moves a regular file or link from elsewhere to `path`, replacing what is there: rename, or
-  /// across file systems copied aside with its time, synced, renamed, and the source removed.
-  virtual Result<> moveIn(const std::string& absoluteSource, std::string_view path) = 0;
+  /// Moves a regular file or link from elsewhere to `path`: rename, or across file systems copied
+  /// aside with its time, synced, renamed, and the source removed. Replaces what looks like
+  /// `replaced` directly before the rename; none: nothing lies there. Fails with Transient, and
+  /// moves nothing, when something else does.
+  virtual Result<> moveIn(const std::string& absoluteSource, std::string_view path,
+                          const std::optional<FileAttributes>& replaced) = 0;
   virtual Result<> removeFile(std::string_view path) = 0;
   /// Removes a directory with all in it, or a file; absent is success.
   virtual Result<> removeTree(std::string_view path) = 0;

@@ -122,7 +122,9 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   void logDeletionOfBranchLeaf(KDLogFileEntry& leaf);
   KDVersionTree::Selected selectedLeaf(KDPathRecord& path);
   KDLogFileEntry* versionOnDisk(const KDPathRecord& path);
-  bool isEditedCopy(const std::string& path, const FileAttributes& here) const;
+  void notePassedOn(const std::string& path, KDLogFileEntry& version);
+  [[nodiscard]] bool cameFromAnotherFile(const KDLogFileEntry& entry) const;
+  [[nodiscard]] bool isEditedCopy(const std::string& path, const FileAttributes& here) const;
   void setConflict(bool isConflict, KDPathRecord& path);
   void repair(KDPathRecord& path);
   Result<KDLogFileEntry*> decidableLeaf(const std::string& attempt, const std::string& path,
@@ -183,7 +185,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   // To-do list (KDPoolStateTodo.cpp).
   void loadTodoFiles();
   Result<> saveTodoFiles();
-  void addTodoFiles(const std::set<std::string>& paths);
+  bool addTodoFiles(const std::set<std::string>& paths);
   void removeTodoFiles(const std::set<std::string>& paths);
 
   Settings settings_;
@@ -221,8 +223,15 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::map<std::string, KDLogFileEntry*> copying_;
   std::map<std::string, KDLogFileEntry*> listed_;     ///< the same, as the last listing told
   std::map<std::string, std::uint64_t> listedSizes_;  ///< bytes
-  std::set<std::string> unverified_;                  ///< whose disk state may be a guess
-  std::set<std::string> noTwins_;  ///< of another size than they would have to be
+  std::string listedBy_;                              ///< that listing's user id
+  /// A version that came lately from somebody who is not its author.
+  struct PassedOn {
+    std::string from;  ///< user id
+    KDLogFileEntry* version;
+  };
+  std::map<std::string, PassedOn, std::less<>> passedOn_;
+  std::set<std::string> unverified_;  ///< whose disk state may be a guess
+  std::set<std::string> noTwins_;     ///< of another size than they would have to be
   double listingsAskedAt_ = 0;
   double listingsPause_ = 0;  ///< seconds until they are asked for again
 

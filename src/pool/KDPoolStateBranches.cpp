@@ -182,7 +182,9 @@ Result<KDLogFileEntry*> KDPoolState::decidableLeaf(const std::string& attempt,
   }
   const KDDiskState* disk = (*entry)->pathRecord().disk;
   const auto attributes = folder_->attributes(path);
-  if (attributes && !(disk && disk->isUnchanged(*attributes))) {
+  const bool isKeptOut =
+      attributes && ignore_.ignores(path, attributes->kind == FileKind::Directory);
+  if (attributes && !isKeptOut && !(disk && disk->isUnchanged(*attributes))) {
     return fail(FailureKind::Transient, attempt, path,
                 "the file here was changed a moment ago; try again when that change is recorded");
   }

@@ -49,10 +49,14 @@ void KDPoolState::refreshIgnoreRules() {
   isQuestionStale_ = isQuestionStale_ || settled > 0;
 }
 
-/// What is not on this disk counts as a file: a listing tells of directories.
+/// As what lies here, and as what is wanted: a rule may be for directories only.
 bool KDPoolState::isIgnored(const KDPathRecord& path) const {
   if (ignore_.isEmpty()) return false;
-  return ignore_.ignores(path.text, path.disk && path.disk->kind == FileKind::Directory);
+  const bool isDirectory = path.disk && path.disk->kind == FileKind::Directory;
+  if (ignore_.ignores(path.text, isDirectory)) return true;
+  const KDLogFileEntry* wanted = tree_->selectedLeaf(path).leaf;
+  if (!wanted && !path.disk) wanted = tree_->directoryLeaf(path);
+  return !isDirectory && wanted && wanted->isDirectory() && ignore_.ignores(path.text, true);
 }
 
 bool KDPoolState::holdsOnlyIgnored(std::string_view directory) {

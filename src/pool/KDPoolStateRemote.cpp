@@ -11,6 +11,29 @@
 
 namespace zolvar {
 
+/// Remembers for some minutes who handed on a version of somebody else.
+void KDPoolState::notePassedOn(const std::string& path, KDLogFileEntry& version) {
+  constexpr double Remembered = 10 * 60;  // seconds; a file is logged within one, as a rule
+  const double since = platform_.clock.now() - Remembered;
+  std::erase_if(passedOn_,
+                [since](const auto& item) { return item.second.version->logTime() < since; });
+  if (version.userId() == listedBy_ || version.logTime() < since) return;
+  passedOn_[path] = {listedBy_, &version};
+}
+
+/// Whether this tells that a version which its author handed on was another file, of the version's
+/// second and not logged at that time. Logged, it has the next free second.
+bool KDPoolState::cameFromAnotherFile(const KDLogFileEntry& entry) const {
+  constexpr double MostLater = 5;  // seconds
+  const auto passed = passedOn_.find(entry.path());
+  if (passed == passedOn_.end() || passed->second.from != entry.userId()) return false;
+  const KDLogFileEntry& version = *passed->second.version;
+  const double later = entry.modTime() - version.modTime();
+  if (entry.isDirectory() || later <= 0 || later > MostLater) return false;
+  const KDDiskState* disk = entry.pathRecord().disk;
+  return !version.isParentOfEntry(&entry) && disk && disk->entry == &version;
+}
+
 void KDPoolState::applyRemoteLogEntries(std::vector<KDLogFileEntry*> entries) {
   if (entries.empty()) return;
   noteLogged(entries);
@@ -22,9 +45,11 @@ void KDPoolState::applyRemoteLogEntries(std::vector<KDLogFileEntry*> entries) {
   std::set<std::string> toLoad;
   std::set<std::string> toDelete;
   std::set<KDPathRecord*> toRepair;
+  std::set<std::string> doubtful;
   for (KDLogFileEntry* entry : entries) {
     if (mustWait(*entry)) continue;
     toRepair.insert(&entry->pathRecord());
+    if (cameFromAnotherFile(*entry)) doubtful.emplace(entry->path());
     try {
       applyRemoteLogEntry(*entry, toLoad, toDelete);
     } catch (const InconsistencyError& error) {  // costs its path only
@@ -55,6 +80,14 @@ void KDPoolState::applyRemoteLogEntries(std::vector<KDLogFileEntry*> entries) {
   if (!toDelete.empty()) {
     listener_->willDeleteFiles(toDelete);
     deleteFiles(toDelete);
+  }
+  for (const std::string& text : doubtful) {
+    passedOn_.erase(text);
+    const KDPathRecord* path = store_->findPath(text);
+    const auto attributes = folder_->attributes(text);
+    if (attributes && path->disk && path->disk->isUnchanged(*attributes)) trashOne(text);
+    toLoad.insert(text);
+    listener_->fullSyncNeeded();
   }
   addTodoFiles(toLoad);
   checkTodoFiles();

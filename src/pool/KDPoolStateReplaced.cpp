@@ -73,6 +73,7 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     // Only what surely came from others may be overwritten.
     const bool isOthers =
         isRecorded ? !mayBeEdited && !disk->isGuess : copying_.contains(file.path);
+    const auto lies = here && isOthers ? std::optional(*here) : std::nullopt;
     if (here && !isOthers && !folder_->trash(file.path)) {
       isSettled = false;
       continue;
@@ -85,7 +86,7 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     platform_.log.warning(
         "'{}' in {} was edited while a newer version arrived; the edit stays and becomes a branch.",
         file.path, settings_.folderPath);
-    if (const auto moved = folder_->moveIn(file.savedPath, file.path); !moved) {
+    if (const auto moved = folder_->moveIn(file.savedPath, file.path, lies); !moved) {
       platform_.log.error("{} It is kept at '{}'.", moved.error().message(), file.savedPath);
       isSettled = false;
       continue;

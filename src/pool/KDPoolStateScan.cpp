@@ -98,10 +98,7 @@ void KDPoolState::scan() {
     }
     deleteFiles(scan.toDelete);
   }
-  if (!scan.toFetch.empty()) {
-    addTodoFiles(scan.toFetch);
-    listener_->fullSyncNeeded();
-  }
+  if (!scan.toFetch.empty() && addTodoFiles(scan.toFetch)) listener_->fullSyncNeeded();
   settleVanished(scan);
   tellApart();
   askForListings(scan.now);
@@ -266,6 +263,7 @@ Folder::Visit KDPoolState::visit(Scan& scan, std::string_view path,
     scan.shaped.emplace_back(path);
   }
   if (!ignore_.isEmpty() && ignore_.ignoresItem(path, attributes.kind == FileKind::Directory)) {
+    if (record) record->seenInScan = scan.number;  // something lies there: nothing has vanished
     return Folder::Visit::Skip;
   }
   if (record) {

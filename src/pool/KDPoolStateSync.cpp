@@ -10,7 +10,9 @@
 #include "pool/HeldLogs.h"
 #include "pool/KDPoolState.h"
 #include "pool/ScanDecision.h"
+#include "pool/VersionStore.h"
 #include "util/PathRules.h"
+#include "util/hexHash.h"
 
 namespace zolvar {
 
@@ -233,6 +235,7 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
   const std::string userId = participant.userId();
   const HeldLogs held(listed, userId, published_.logSizes, *folder_);
   listed_.clear();
+  listedBy_ = userId;
   for (auto& [path, seen] : seen_) seen.holders.erase(userId);
   for (const ListingEntry& entry : listed) {
     KDPathRecord* path = store_->findPath(entry.path);
@@ -363,6 +366,11 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
          mayDelete(*path, *attributes))) {
       // Deleted by someone, or to become a directory, or perhaps another file than its time tells.
       trashOne(text);
+    } else if (isFree && attributes && !isDirectory && !path->disk->entry) {
+      // It came before its author had logged it; of the same time and size, it would be left.
+      isFree = VersionStore(platform_).keep(hexHash(settings_.poolName), text, *folder_) &&
+               folder_->removeFile(text);
+      if (isFree) record_->forget(*store_->findPath(text));
     }
     if (isFree) {
       ready.insert(text);

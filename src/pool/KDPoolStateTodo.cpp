@@ -50,16 +50,17 @@ Result<> KDPoolState::saveTodoFiles() {
   return {};
 }
 
-void KDPoolState::addTodoFiles(const std::set<std::string>& paths) {
+bool KDPoolState::addTodoFiles(const std::set<std::string>& paths) {
   const std::size_t before = todo_.size();
   for (const std::string& path : paths) {
     const KDPathRecord* record = ignore_.isEmpty() ? nullptr : store_->findPath(path);
     if (record && isIgnored(*record)) continue;
     if (todo_.insert(path).second) noteChanged(path);
   }
-  if (todo_.size() == before) return;
+  if (todo_.size() == before) return false;
   platform_.log.debug("Will try to load {} files from a peer.", todo_.size());
   isTodoDirty_ = areMissingStale_ = true;
+  return true;
 }
 
 void KDPoolState::removeTodoFiles(const std::set<std::string>& paths) {
@@ -124,7 +125,7 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
       continue;
     }
     const bool isVerified = attributes->kind == FileKind::Directory || copying_.contains(text) ||
-                            (isUnchanged && !disk->isGuess);
+                            (isUnchanged && disk->entry && !disk->isGuess);
     if (found == selected.leaf && !isVerified) {
       // It has the right time, and nobody saw it arrive: the next listing tells whether it is that.
       if (!disk) {
@@ -139,6 +140,7 @@ std::set<std::string> KDPoolState::checkTodoFiles() {
         isRecordHeld_ = isRecordHeld_ || attributes->kind == FileKind::Regular;
       }
       if (conflicts_.contains(path)) (void)folder_->setLabel(text, ConflictLabel);
+      if (copying_.contains(text)) notePassedOn(text, *found);
       done.insert(text);
       continue;
     }

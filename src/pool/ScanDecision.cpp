@@ -146,6 +146,10 @@ ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
     return {ScanAction::LogModification};
   }
   if (!record->entry) {
+    if (existing && isUnchanged) {
+      // It came before its author had logged it, and may have been saved once more in that second.
+      return {facts.isTodo ? ScanAction::Nothing : ScanAction::Reget, existing};
+    }
     if (existing) return taken(tree, existing, facts);
     if (isUnchanged && facts.now - time <= UnknownCopyPatience) return {ScanAction::Nothing};
     return {ScanAction::LogModification};

@@ -108,7 +108,8 @@ Result<> VersionFetch::moveToTarget(const std::string& arrived) {
   auto folder = context_.platform.fileSystem.open(std::string(parentPath(to_)));
   if (!folder) return tl::unexpected(folder.error());
   const std::string aside = ".zolvar-fetch-" + hexHash(settings_.poolName);
-  if (auto moved = (*folder)->moveIn(arrived, aside); !moved) return moved;
+  static_cast<void>((*folder)->removeFile(aside));  // what a crash may have left
+  if (auto moved = (*folder)->moveIn(arrived, aside, std::nullopt); !moved) return moved;
   auto named = (*folder)->link(aside, lastPathComponent(to_));
   static_cast<void>((*folder)->removeFile(aside));
   return named;

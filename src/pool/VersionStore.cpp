@@ -205,7 +205,8 @@ Result<> VersionStore::restore(const std::string& poolHash, const std::string& p
   if (const std::string parent(parentPath(path)); !parent.empty()) {
     if (const auto made = folder.makeDirectories(parent); !made) return made;
   }
-  return folder.moveIn(joinPath(support_, kept), path);
+  return folder.moveIn(joinPath(support_, kept), path,
+                       current ? std::optional(*current) : std::nullopt);
 }
 
 /// A second name for the file goes into the store; its own is then taken over by another file.
@@ -226,7 +227,7 @@ Result<std::string> VersionStore::keep(const std::string& poolHash, const std::s
   if (const auto made = folder_->makeDirectories(std::string(parentPath(place))); !made) {
     return tl::unexpected(made.error());
   }
-  const auto moved = folder_->moveIn(joinPath(*root, aside), place);
+  const auto moved = folder_->moveIn(joinPath(*root, aside), place, std::nullopt);
   if (!moved) return tl::unexpected(moved.error());
   return std::string(lastPathComponent(*run));
 }

@@ -140,13 +140,21 @@ TEST_F(PosixFolderTest, movesIn) {
     ASSERT_TRUE(from->setModTime("file", 1'000'000'000));
     ASSERT_TRUE(from->setModTime("link", 1'000'000'001));
     outer_.write("place/file", "old");
-    ASSERT_TRUE(folder_->moveIn(source.path("file"), "place/file"));
-    ASSERT_TRUE(folder_->moveIn(source.path("link"), "place/link"));
+    const auto old = *folder_->attributes("place/file");
+    outer_.write("place/file", "saved meanwhile");
+    for (const auto& replaced : {std::optional(old), std::optional<FileAttributes>()}) {
+      EXPECT_EQ(FailureKind::Transient,
+                kindOf(folder_->moveIn(source.path("file"), "place/file", replaced)));
+    }
+    EXPECT_EQ("saved meanwhile", outer_.content("place/file"));
+    ASSERT_TRUE(
+        folder_->moveIn(source.path("file"), "place/file", *folder_->attributes("place/file")));
+    ASSERT_TRUE(folder_->moveIn(source.path("link"), "place/link", std::nullopt));
     EXPECT_EQ("new", outer_.content("place/file"));
     EXPECT_EQ(1'000'000'000, folder_->attributes("place/file")->modTime);
     EXPECT_EQ("target", *folder_->readLink("place/link"));
     EXPECT_EQ(1'000'000'001, folder_->attributes("place/link")->modTime);
-    EXPECT_FALSE(folder_->moveIn(source.path(), "place/folder"));
+    EXPECT_FALSE(folder_->moveIn(source.path(), "place/folder", std::nullopt));
     EXPECT_TRUE(fs::is_empty(source.path()));
     EXPECT_EQ(2U, folder_->list("place")->size());
     ASSERT_TRUE(folder_->removeTree("place"));

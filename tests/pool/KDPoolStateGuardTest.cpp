@@ -81,6 +81,60 @@ TEST_F(KDPoolStateGuardTest, ofTwoEditsThatNobodyLoggedNoneIsOverwritten) {
   EXPECT_TRUE(state->settleReplacedFiles({{"g", Saved}}));
   EXPECT_EQ(read("g"), "was replaced");
   EXPECT_TRUE(host.files.wasTrashed("edited then"));
+
+  arrives(bob, {line(300, 0, "h", 70)});
+  ASSERT_EQ(ready("h", 4, 70).size(), 1U);
+  host.files.save(path("h"), "bobs", 70);
+  host.files.save(Saved, "saved before");
+  host.files.faults.beforeCall = [&](std::string_view operation, std::string_view) {
+    if (operation != "moveIn") return;
+    host.files.faults.beforeCall = {};
+    host.files.save(path("h"), "saved once more");
+  };
+  EXPECT_FALSE(state->settleReplacedFiles({{"h", Saved}}));
+  EXPECT_EQ(read("h"), "saved once more");
+  EXPECT_TRUE(host.files.exists(Saved)) << "looked at again by the next sync";
+}
+
+TEST_F(KDPoolStateGuardTest, whatCameBeforeItsAuthorLoggedItIsFetchedAgain) {
+  arrives(bob, {line(100, 0, "f", 90)});
+  ASSERT_EQ(ready("f", 5, 90).size(), 1U);
+  host.files.save(path("f"), "half done", 95);
+  state->checkTodoFiles();
+  arrives(bob, {line(110, 100, "f", 95)});  // of that second, and perhaps saved again since
+  EXPECT_EQ(missing(), Paths{"f"});
+  EXPECT_EQ(ready("f", 9, 95).size(), 1U);
+  EXPECT_FALSE(host.files.exists(path("f"))) << "the tool leaves what has the time and size";
+}
+
+TEST_F(KDPoolStateGuardTest, aListingIsReadWithWhatItsLogsCanTell) {
+  const ParticipantAddress address{"bob", "beta.local", 50000, "Docs"};
+  const auto wants = [&](std::uint64_t size) {
+    const ListingEntry log{'-', size, {1}, ".Zolvar/" + carol + ".fplog"};
+    return state->decideListing({log, {'-', 5, {90}, "f"}}, address).files.size();
+  };
+  const std::string first = line(100, 0, "e", 80) + "\n";
+  const std::string second = line(110, 0, "f", 90) + "\n";
+  arrives(carol, {line(100, 0, "e", 80), line(110, 0, "f", 90)});
+  EXPECT_EQ(wants(first.size()), 0U) << "bob's file cannot be carol's version yet";
+  EXPECT_EQ(wants(first.size() + second.size()), 1U);
+}
+
+TEST_F(KDPoolStateGuardTest, whatIsKeptOutAsAFolderIsNeitherMissingNorAskedAbout) {
+  arrives(bob, {line(100, 0, "x", 90), line(100, 0, "c", 91), line(200, 0, "build", 200)});
+  fetch("x", "a file", 90);
+  arrives(carol, {line(300, 0, "c", 92)});
+  put(".zolvarignore", "build/\nx/\nc/\n");
+  host.files.remove(path("x"));
+  host.files.write(path("x/inner"), "kept out");
+  host.files.write(path("c/inner"), "kept out");
+  scan();
+  const int before = heard.fullSyncs;
+  for (int i = 0; i < 4; ++i) scan();
+  EXPECT_EQ(heard.fullSyncs, before) << "nobody is asked for what is kept out";
+  EXPECT_FALSE(heard.question);
+  EXPECT_EQ(missing(), Paths{"c"});
+  EXPECT_TRUE(state->deleteBranch("c", leafOf(bob))) << "and a conflict can be decided";
 }
 
 TEST_F(KDPoolStateGuardTest, whatIsSavedAsSoonAsItArrivedIsNotReplaced) {

@@ -111,11 +111,18 @@ TEST(VersionStore, boundsEachPoolByItselfAndGivesVersionsBack) {
   // What lies there is dated in the future, and the restored file must still be newer.
   const auto future = static_cast<std::int64_t>(host.clock.now()) + 500;
   host.files.write("/pool/d/a", "present", future);
+  host.files.faults.beforeCall = [&](std::string_view operation, std::string_view subject) {
+    if (operation != "moveIn" || subject != "d/a") return;
+    host.files.faults.beforeCall = {};
+    host.files.write("/pool/d/a", "saved meanwhile", future);
+  };
+  EXPECT_EQ(FailureKind::Transient, store.restore("two", "d/a", kept[0].id, *folder).error().kind);
+  EXPECT_EQ("saved meanwhile", host.files.readAll("/pool/d/a"));
   ASSERT_TRUE(store.restore("two", "d/a", kept[0].id, *folder));
   EXPECT_EQ(big, host.files.readAll("/pool/d/a"));
   EXPECT_EQ(future + 1, host.files.attributesOf("/pool/d/a")->modTime);
   const auto now = *store.versionsOf("two", "d/a");
-  ASSERT_EQ(1U, now.size());
+  ASSERT_EQ(2U, now.size()) << "the one of the refused attempt, too";
   EXPECT_EQ(future, now[0].modTime);
   EXPECT_TRUE(store.openRuns("two")->empty()) << "no sync may take it for its own";
   EXPECT_TRUE(folder->list(".Zolvar")->empty()) << "something is left aside";

@@ -125,6 +125,11 @@ void Contents::noteLogged(const SimulatedPeer& peer) {
   }
 }
 
+bool Contents::wasReplaced(const std::string& content) const {
+  const auto found = written_.find(content);
+  return found != written_.end() && found->second.isReplaced;
+}
+
 void Contents::addLoggedPaths(const std::string& log, std::set<std::string>& paths) {
   std::istringstream lines(log);
   for (std::string line; std::getline(lines, line);) {

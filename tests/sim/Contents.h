@@ -31,6 +31,8 @@ class Contents {
   void noteLogged(const SimulatedPeer& peer);
   /// What the version holds: a file's content, "/" or "-> target"; empty when that was not seen.
   [[nodiscard]] std::string ofVersion(const std::string& path, const VersionId& version) const;
+  /// Whether somebody has changed or erased the content on purpose.
+  [[nodiscard]] bool wasReplaced(const std::string& content) const;
 
   /// The paths that the author's log names, as the peer has it.
   static void addLoggedPaths(const std::string& log, std::set<std::string>& paths);

@@ -142,14 +142,27 @@ void ScheduleRun::checkSame(const std::string& when) {
   const auto inConflict = [&](const std::string& path) { return isOneOrBeneath(path, conflicts); };
   const auto isUnshared = [&](const std::string& path) { return isOneOrBeneath(path, unshared); };
   // Then nobody is there to tell that a file of the version's time is another one.
+  const auto isNowhere = [&](const std::string& content) {
+    return std::none_of(peers.begin(), peers.end(), [&](SimulatedPeer* peer) {
+      const auto files = peer->contents(Docs);
+      return std::any_of(files.begin(), files.end(),
+                         [&](const auto& file) { return file.second == content; });
+    });
+  };
   const auto isWithLeaverOnly = [&](const VersionId& version, const std::string& content) {
     const bool hasLeft = std::any_of(gone_.begin(), gone_.end(), [&](const std::string& name) {
       return peer(name).userId() == version.userId;
     });
-    return hasLeft && std::none_of(peers.begin(), peers.end(), [&](SimulatedPeer* peer) {
+    return hasLeft && isNowhere(content);
+  };
+  // Erased by its author, who put another file of its second in its place before anybody looked.
+  const auto isGivenAway = [&](const std::string& content, const std::string& path,
+                               const std::string& here) {
+    return contents_.wasReplaced(content) && isNowhere(content) &&
+           std::all_of(peers.begin(), peers.end(), [&](SimulatedPeer* peer) {
              const auto files = peer->contents(Docs);
-             return std::any_of(files.begin(), files.end(),
-                                [&](const auto& file) { return file.second == content; });
+             const auto file = files.find(path);
+             return file == files.end() || file->second == here;
            });
   };
   std::map<std::string, std::string> expected;
@@ -175,7 +188,8 @@ void ScheduleRun::checkSame(const std::string& when) {
         });
         if (!isWithinReach && missing.contains(conflict.path)) {
           missing.erase(conflict.path);
-        } else if (!wanted.empty() && here != wanted && !isWithLeaverOnly(version.id, wanted)) {
+        } else if (!wanted.empty() && here != wanted && !isWithLeaverOnly(version.id, wanted) &&
+                   !isGivenAway(wanted, conflict.path, here)) {
           say(" has " + here + " at " + conflict.path + ", and chose " + wanted);
         }
       }

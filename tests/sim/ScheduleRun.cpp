@@ -349,9 +349,8 @@ void ScheduleRun::keepApart(SimulatedPeer& author, const std::string& path) {
     if (isNew || first == author.name()) return false;
     return isUnseenAt(author) || (wasUnseen && isUnseenAt(peer(first)));
   };
-  while (isTaken() && made->kind == FileKind::Regular) ++time;
-  if (time == made->modTime) return;
-  files.write(place, *files.readAll(place), time);
+  while (isTaken() && made->kind != FileKind::Directory) ++time;
+  (*files.tree().resolve(place, false))->modTime = time;
   files.flush();
 }
 

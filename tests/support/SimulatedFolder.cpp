@@ -207,7 +207,8 @@ Result<> SimulatedFolder::rename(std::string_view from, std::string_view to) {
   return {};
 }
 
-Result<> SimulatedFolder::moveIn(const std::string& absoluteSource, std::string_view path) {
+Result<> SimulatedFolder::moveIn(const std::string& absoluteSource, std::string_view path,
+                                 const std::optional<FileAttributes>& replaced) {
   if (const auto begun = begin("moveIn", path); !begun) return begun;
   const auto source = tree_.resolve(absoluteSource, false);
   if (!source) return failed(source, "move in", absoluteSource);
@@ -217,6 +218,13 @@ Result<> SimulatedFolder::moveIn(const std::string& absoluteSource, std::string_
   const auto to = tree_.place(root_, path);
   if (!from) return failed(from, "move in", absoluteSource);
   if (!to) return failed(to, "move in", path);
+  const auto there = to->directory->children.find(to->name);
+  const bool isThere = there != to->directory->children.end();
+  if (isThere != replaced.has_value() ||
+      (isThere && !there->second->attributes().isSameAs(*replaced))) {
+    return fail(FailureKind::Transient, "move in", std::string(path),
+                "something else was put there meanwhile");
+  }
   if ((*from)->device != to->directory->device) (*source)->device = to->directory->device;
   const auto moved = tree_.rename({*from, absoluteSource.substr(slash + 1)}, *to, true);
   if (!moved) return failed(moved, "move in", path);

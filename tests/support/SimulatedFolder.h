@@ -25,7 +25,8 @@ class SimulatedFolder : public Folder {
   Result<> link(std::string_view from, std::string_view to) override;
   Result<> makeSymbolicLink(std::string_view path, std::string_view target) override;
   Result<> rename(std::string_view from, std::string_view to) override;
-  Result<> moveIn(const std::string& absoluteSource, std::string_view path) override;
+  Result<> moveIn(const std::string& absoluteSource, std::string_view path,
+                  const std::optional<FileAttributes>& replaced) override;
   Result<> removeFile(std::string_view path) override;
   Result<> removeTree(std::string_view path) override;
   Result<> makeDirectories(std::string_view path) override;

@@ -230,7 +230,8 @@ Result<> PosixFolder::rename(std::string_view from, std::string_view to) {
   return {};
 }
 
-Result<> PosixFolder::moveIn(const std::string& absoluteSource, std::string_view path) {
+Result<> PosixFolder::moveIn(const std::string& absoluteSource, std::string_view path,
+                             const std::optional<FileAttributes>& replaced) {
   constexpr const char* Attempt = "move into place";
   const auto target = openParentBeneath(root_.get(), path, Attempt);
   if (!target) return tl::unexpected(target.error());
@@ -240,6 +241,16 @@ Result<> PosixFolder::moveIn(const std::string& absoluteSource, std::string_view
     return fail(FailureKind::Refused, Attempt, absoluteSource, "it is no file and no link");
   }
   const int parent = target->parent.get();
+  const auto check = [&]() -> Result<> {
+    const auto there = attributes(path);
+    if (!there && there.error().kind != FailureKind::Absent) return tl::unexpected(there.error());
+    if (there.has_value() == replaced.has_value() && (!there || there->isSameAs(*replaced))) {
+      return {};
+    }
+    return fail(FailureKind::Transient, Attempt, std::string(path),
+                "something else was put there meanwhile");
+  };
+  if (auto checked = check(); !checked) return checked;
   if (renameat(AT_FDCWD, absoluteSource.c_str(), parent, target->name.c_str()) == 0) return {};
   if (errno != EXDEV) return failed(Attempt, path);
 
@@ -249,10 +260,11 @@ Result<> PosixFolder::moveIn(const std::string& absoluteSource, std::string_view
   if (!sourceParent) return failed(Attempt, absoluteSource);
   const std::string aside = temporaryName();
   auto done = copyFile(sourceParent.get(), absoluteSource.substr(slash + 1), parent, aside);
+  if (done) done = check();  // copying takes its time
   if (done && renameat(parent, aside.c_str(), parent, target->name.c_str()) != 0) {
     done = failed(Attempt, path);
-    unlinkat(parent, aside.c_str(), 0);
   }
+  if (!done) unlinkat(parent, aside.c_str(), 0);
   if (done) done = syncDirectory(parent, path);
   if (done && unlink(absoluteSource.c_str()) != 0) done = failed("remove", absoluteSource);
   return done;
