@@ -31,7 +31,8 @@ std::optional<double> lineTime(Folder& folder, const std::string& name, std::uin
 }  // namespace
 
 HeldLogs::HeldLogs(const std::vector<ListingEntry>& listed, const std::string& participant,
-                   const std::map<std::string, std::uint64_t>& sizes, Folder& folder) {
+                   const std::map<std::string, std::uint64_t>& sizes, Folder& folder, double now)
+    : now_(now) {
   std::map<std::string_view, std::uint64_t> there;
   for (const ListingEntry& entry : listed) {
     const std::string_view name = lastPathComponent(entry.path);
@@ -52,6 +53,12 @@ HeldLogs::HeldLogs(const std::vector<ListingEntry>& listed, const std::string& p
 bool HeldLogs::mayHold(const KDLogFileEntry& entry) const {
   const auto lacked = lackedFrom_.find(entry.userId());
   return lacked == lackedFrom_.end() || entry.logTime() < lacked->second;
+}
+
+bool HeldLogs::hasCarriedOut(const KDLogFileEntry& deletion) const {
+  // A log is there before it is merged, and clocks may differ by some seconds.
+  constexpr double LongestMerge = 60;  // seconds
+  return mayHold(deletion) && (now_ == 0 || deletion.logTime() + LongestMerge < now_);
 }
 
 }  // namespace zolvar

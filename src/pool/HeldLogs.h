@@ -20,15 +20,19 @@ class HeldLogs {
   /// Nothing is known: every line counts as held.
   HeldLogs() = default;
   /// `sizes` are those of our own copies, log file name → bytes; of a longer one the first line
-  /// that the participant lacks is read. A listing that names no log tells nothing.
+  /// that the participant lacks is read. A listing that names no log tells nothing. `now` is in
+  /// seconds since 1970.
   HeldLogs(const std::vector<ListingEntry>& listed, const std::string& participant,
-           const std::map<std::string, std::uint64_t>& sizes, Folder& folder);
+           const std::map<std::string, std::uint64_t>& sizes, Folder& folder, double now);
 
   /// Whether the participant may have the line of this entry. Of lines of one second with the first
   /// that it lacks it counts as having none.
   [[nodiscard]] bool mayHold(const KDLogFileEntry& entry) const;
+  /// Whether a deletion is carried out there by now: the line is there, and not just since.
+  [[nodiscard]] bool hasCarriedOut(const KDLogFileEntry& deletion) const;
 
  private:
+  double now_ = 0;
   std::map<std::string, double> lackedFrom_;  ///< user id → log time of the first line not there
 };
 

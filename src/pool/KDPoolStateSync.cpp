@@ -233,7 +233,7 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
   CopyPlan plan;
   if (isDetached_ || !isActive_) return plan;
   const std::string userId = participant.userId();
-  const HeldLogs held(listed, userId, published_.logSizes, *folder_);
+  const HeldLogs held(listed, userId, published_.logSizes, *folder_, platform_.clock.now());
   listed_.clear();
   listedBy_ = userId;
   for (auto& [path, seen] : seen_) seen.holders.erase(userId);

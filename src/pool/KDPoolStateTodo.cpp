@@ -3,7 +3,6 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "pool/KDPoolState.h"
-#include "pool/ScanDecision.h"
 #include "util/PathRules.h"
 #include "util/PropertyList.h"
 
@@ -74,12 +73,9 @@ void KDPoolState::removeTodoFiles(const std::set<std::string>& paths) {
 
 /// Whether what a copy run brought has another size than was listed: somebody has edited it since.
 bool KDPoolState::isEditedCopy(const std::string& path, const FileAttributes& here) const {
-  const auto copied = copying_.find(path);
   const auto listed = listedSizes_.find(path);
-  if (copied == copying_.end() || listed == listedSizes_.end()) return false;
-  const KDLogFileEntry* version = copied->second;  // its author may have saved once more
-  const bool isListed = !version || version->modTime() == comparedTime(here);
-  return isListed && here.kind == FileKind::Regular && listed->second != here.size;
+  return copying_.contains(path) && here.kind == FileKind::Regular &&
+         listed != listedSizes_.end() && listed->second != here.size;
 }
 
 std::set<std::string> KDPoolState::checkTodoFiles() {

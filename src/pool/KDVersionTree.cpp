@@ -385,7 +385,7 @@ bool KDVersionTree::isAmbiguous(const KDLogFileEntry& version, const std::string
   if (version.isDirectory() || version.userId() == userId) return false;
   const KDLogFileEntry* chosen = selectedEntry(path, userId);
   for (const KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
-    if (version.isParentOfEntry(leaf) || (!leaf->exists() && held.mayHold(*leaf))) continue;
+    if (version.isParentOfEntry(leaf) || (!leaf->exists() && held.hasCarriedOut(*leaf))) continue;
     for (const KDLogFileEntry* other = leaf; other; other = other->parentEntry()) {
       if (other->isDirectory() || other->modTime() != version.modTime()) continue;
       // Who has chosen this version may still have the own one; who has chosen one that follows the

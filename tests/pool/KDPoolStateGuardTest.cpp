@@ -149,6 +149,19 @@ TEST_F(KDPoolStateGuardTest, whatIsSavedAsSoonAsItArrivedIsNotReplaced) {
   EXPECT_EQ(heard.snapshot->conflicts->size(), 1U) << ownLog();
 }
 
+TEST_F(KDPoolStateGuardTest, anEditWithItsOldTimeDuringARunIsNotTheOldVersion) {
+  arrives(bob, {line(100, 0, "f", 90)});
+  fetch("f", "first", 90);
+  arrives(bob, {line(200, 100, "f", 190)});
+  ASSERT_EQ(ready("f", 6, 190).size(), 1U);
+  host.files.save(path("f"), "edit with its old time", 90);
+  state->checkTodoFiles();  // the run was cut off and brought nothing
+  host.clock.advance(20);
+  scan();
+  EXPECT_EQ(read("f"), "edit with its old time");
+  EXPECT_EQ(heard.snapshot->conflicts->size(), 1U) << ownLog();
+}
+
 TEST_F(KDPoolStateGuardTest, onlyWhatWasLoggedMakesWay) {
   arrives(bob, {line(100, 0, "f", 90), line(200, 100, "f", 190)});
   ASSERT_EQ(ready("f", 5, 190).size(), 1U);

@@ -338,8 +338,11 @@ void ScheduleRun::keepApart(SimulatedPeer& author, const std::string& path) {
   const std::string place = author.path(path);
   const auto made = files.attributesOf(place);
   if (!made) return;
-  const auto isUnseenAt = [](SimulatedPeer& peer) {
-    return !peer.isRunning() || peer.snapshot(Docs)->phase != PoolPhase::Active;
+  const std::string relative = path.substr(Docs.size() + 1);
+  const auto isUnseenAt = [&relative](SimulatedPeer& peer) {
+    if (!peer.isRunning() || peer.snapshot(Docs)->phase != PoolPhase::Active) return true;
+    const auto missing = peer.missing(Docs);  // there it counts as what is wanted
+    return std::find(missing.begin(), missing.end(), relative) != missing.end();
   };
   std::int64_t time = made->modTime;
   const auto isTaken = [&] {
