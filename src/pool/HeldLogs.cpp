@@ -14,16 +14,19 @@ namespace zolvar {
 
 namespace {
 
-/// The log time of the line that begins at `offset`.
+/// The log time of the line that begins at `offset`, if one does.
 std::optional<double> lineTime(Folder& folder, const std::string& name, std::uint64_t offset) {
-  std::array<char, 32> beginning{};  // "1750000000", with its quotation marks
-  const auto reader = folder.open(joinPath(MetadataFolderName, name), offset);
+  std::array<char, 32> buffer{};  // the end of the line before, and "1750000000" in quotation marks
+  const std::uint64_t before = offset > 0 ? 1 : 0;
+  const auto reader = folder.open(joinPath(MetadataFolderName, name), offset - before);
   if (!reader) return std::nullopt;
-  const auto count = (*reader)(beginning.data(), beginning.size());
-  if (!count || *count < 2 || beginning[0] != '"') return std::nullopt;
+  const auto count = (*reader)(buffer.data(), buffer.size());
+  if (!count || *count < before + 2) return std::nullopt;
+  const char* const beginning = buffer.data() + before;
+  if ((before > 0 && buffer[0] != '\n') || *beginning != '"') return std::nullopt;
   std::uint64_t time = 0;
-  const char* const end = beginning.data() + *count;
-  const auto parsed = std::from_chars(beginning.data() + 1, end, time);
+  const char* const end = buffer.data() + *count;
+  const auto parsed = std::from_chars(beginning + 1, end, time);
   if (parsed.ec != std::errc() || parsed.ptr == end || *parsed.ptr != '"') return std::nullopt;
   return static_cast<double>(time);
 }

@@ -98,6 +98,10 @@ Result<> KDPoolState::readEverything() {
   mergedOffsets_.clear();
   loggedUntil_.clear();
   waiting_.clear();
+  copying_.clear();
+  listed_.clear();
+  listedSizes_.clear();
+  passedOn_.clear();
   scanNumber_ = 0;
   store_ = std::make_unique<KDEntryStore>();
   tree_ = std::make_unique<KDVersionTree>(*store_, settings_.userId);

@@ -123,6 +123,8 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   KDVersionTree::Selected selectedLeaf(KDPathRecord& path);
   KDLogFileEntry* versionOnDisk(const KDPathRecord& path);
   void notePassedOn(const std::string& path, KDLogFileEntry& version);
+  void forgetPassedOn();
+  [[nodiscard]] double rememberedSince() const;
   [[nodiscard]] bool cameFromAnotherFile(const KDLogFileEntry& entry) const;
   [[nodiscard]] bool isEditedCopy(const std::string& path, const FileAttributes& here) const;
   void setConflict(bool isConflict, KDPathRecord& path);

@@ -11,18 +11,25 @@
 
 namespace zolvar {
 
-/// Remembers for some minutes who handed on a version of somebody else.
+/// Remembers who handed on a version of somebody else, while the version is some minutes old.
 void KDPoolState::notePassedOn(const std::string& path, KDLogFileEntry& version) {
-  constexpr double Remembered = 10 * 60;  // seconds; a file is logged within one, as a rule
-  const double since = platform_.clock.now() - Remembered;
-  std::erase_if(passedOn_,
-                [since](const auto& item) { return item.second.version->logTime() < since; });
-  if (version.userId() == listedBy_ || version.logTime() < since) return;
+  if (version.userId() == listedBy_ || version.logTime() < rememberedSince()) return;
   passedOn_[path] = {listedBy_, &version};
 }
 
-/// Whether this tells that a version which its author handed on was another file, of the version's
-/// second and not logged at that time. Logged, it has the next free second.
+void KDPoolState::forgetPassedOn() {
+  std::erase_if(passedOn_, [since = rememberedSince()](const auto& item) {
+    return item.second.version->logTime() < since;
+  });
+}
+
+double KDPoolState::rememberedSince() const {
+  constexpr double Remembered = 10 * 60;  // seconds; a file is logged within one, as a rule
+  return platform_.clock.now() - Remembered;
+}
+
+/// Whether this line shows that what its author handed on as somebody else's version was the
+/// author's own file, of that version's second and not logged yet. It gets the next free second.
 bool KDPoolState::cameFromAnotherFile(const KDLogFileEntry& entry) const {
   constexpr double MostLater = 5;  // seconds
   const auto passed = passedOn_.find(entry.path());

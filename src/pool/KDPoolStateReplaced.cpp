@@ -38,8 +38,7 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     }
     const auto here = folder_->attributes(file.path);
     // While the record tells what lay here before the run, nothing else was logged. Otherwise the
-    // time has to tell.
-    // Without a record nothing lay here then.
+    // time has to tell. Without a record nothing lay here before the run.
     const bool isRecordOld = here && (!disk || (disk->entry && !disk->isUnchanged(*here)));
     // Where a directory lay no version of a file did, whatever the time says.
     const bool isMeanwhile = disk && disk->kind == FileKind::Directory;

@@ -10,9 +10,7 @@
 #include "pool/HeldLogs.h"
 #include "pool/KDPoolState.h"
 #include "pool/ScanDecision.h"
-#include "pool/VersionStore.h"
 #include "util/PathRules.h"
-#include "util/hexHash.h"
 
 namespace zolvar {
 
@@ -339,6 +337,7 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
     return isReal;
   };
   for (const std::string& text : files) {
+    if (!listed_.contains(text)) continue;  // the folder was away meanwhile, and read anew
     bool isFree = true;
     // From the top: beneath a link or a file nothing can be looked at.
     for (auto slash = text.find('/'); isFree && slash != std::string::npos;
@@ -362,15 +361,11 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
     const bool isCompared = path && path->disk && path->disk->isGuess &&
                             path->disk->kind == FileKind::Link && path->disk->entry == leaf;
     if (isFree && attributes && !isDirectory && path->disk &&
-        (isOtherBranch || (path->disk->isUnseen && !isCompared) || (leaf && leaf->isDirectory()) ||
-         mayDelete(*path, *attributes))) {
-      // Deleted by someone, or to become a directory, or perhaps another file than its time tells.
+        (isOtherBranch || !path->disk->entry || (path->disk->isUnseen && !isCompared) ||
+         (leaf && leaf->isDirectory()) || mayDelete(*path, *attributes))) {
+      // Deleted by someone, or to become a directory, or perhaps another file than its time tells:
+      // what came before its author had logged it, for one, and the tool would leave it alone.
       trashOne(text);
-    } else if (isFree && attributes && !isDirectory && !path->disk->entry) {
-      // It came before its author had logged it; of the same time and size, it would be left.
-      isFree = VersionStore(platform_).keep(hexHash(settings_.poolName), text, *folder_) &&
-               folder_->removeFile(text);
-      if (isFree) record_->forget(*store_->findPath(text));
     }
     if (isFree) {
       ready.insert(text);

@@ -3,6 +3,7 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "pool/KDPoolState.h"
+#include "pool/ScanDecision.h"
 #include "util/PathRules.h"
 #include "util/PropertyList.h"
 
@@ -71,15 +72,23 @@ void KDPoolState::removeTodoFiles(const std::set<std::string>& paths) {
   }
 }
 
-/// Whether what a copy run brought has another size than was listed: somebody has edited it since.
+/// Whether what a copy run brought has another size than was listed: somebody has edited it since,
+/// unless its author had a later version by then.
 bool KDPoolState::isEditedCopy(const std::string& path, const FileAttributes& here) const {
+  const auto copied = copying_.find(path);
   const auto listed = listedSizes_.find(path);
-  return copying_.contains(path) && here.kind == FileKind::Regular &&
-         listed != listedSizes_.end() && listed->second != here.size;
+  if (copied == copying_.end() || listed == listedSizes_.end()) return false;
+  if (here.kind != FileKind::Regular || listed->second == here.size) return false;
+  const KDLogFileEntry* version = copied->second;
+  if (!version) return true;
+  const KDLogFileEntry* found =
+      tree_->versionWithModTime(version->pathRecord(), comparedTime(here), settings_.userId);
+  return !found || found == version || !version->isParentOfEntry(found);
 }
 
 std::set<std::string> KDPoolState::checkTodoFiles() {
   if (isDetached_ || !isActive_) return {};
+  forgetPassedOn();
   std::set<std::string> done;
   const std::vector<std::string> paths(todo_.begin(), todo_.end());
   for (const std::string& text : paths) {

@@ -146,7 +146,7 @@ ScanDecision decideScan(const KDVersionTree& tree, const KDPathRecord* path,
     return {ScanAction::LogModification};
   }
   if (!record->entry) {
-    if (existing && isUnchanged) {
+    if (existing && isUnchanged && tree.leafForEntry(existing)->exists()) {
       // It came before its author had logged it, and may have been saved once more in that second.
       return {facts.isTodo ? ScanAction::Nothing : ScanAction::Reget, existing};
     }

@@ -240,7 +240,8 @@ std::vector<ListingEntry> SyncRun::filesToGetFromParticipant(const std::set<std:
   std::vector<ListingEntry> listed;
   std::set<std::string> seen;
   end_.status = context_.list(url(false), settings_.password, [&](const ListingLine& line) {
-    const bool isLog = parentPath(line.path) == MetadataFolderName;
+    const bool isLog = line.kind() == '-' && parentPath(line.path) == MetadataFolderName &&
+                       isLogFileName(lastPathComponent(line.path));
     if (!isLog && !wanted.contains(line.path)) return;
     if (!seen.insert(line.path).second) return;
     ListingEntry entry{line.kind(), line.size, line.modTimes(), line.path};

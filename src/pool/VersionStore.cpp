@@ -183,8 +183,9 @@ Result<> VersionStore::restore(const std::string& poolHash, const std::string& p
                                const std::string& id, Folder& folder) {
   const auto versions = versionsOf(poolHash, path);
   if (!versions) return tl::unexpected(versions.error());
-  if (std::none_of(versions->begin(), versions->end(),
-                   [&](const StoredVersion& version) { return version.id == id; })) {
+  const auto version = std::find_if(versions->begin(), versions->end(),
+                                    [&](const StoredVersion& one) { return one.id == id; });
+  if (version == versions->end()) {
     return fail(FailureKind::Absent, "find the kept version", path, "there is none of " + id);
   }
   const std::string kept = joinPath(joinPath(joinPath(StoreName, poolHash), id), path);
@@ -200,13 +201,16 @@ Result<> VersionStore::restore(const std::string& poolHash, const std::string& p
   } else if (current.error().kind != FailureKind::Absent) {
     return tl::unexpected(current.error());
   }
+  const std::int64_t keptTime = version->modTime;
   // The time first: nobody must ever see the old content with its old time in the folder.
   if (const auto timed = folder_->setModTime(kept, time); !timed) return timed;
   if (const std::string parent(parentPath(path)); !parent.empty()) {
     if (const auto made = folder.makeDirectories(parent); !made) return made;
   }
-  return folder.moveIn(joinPath(support_, kept), path,
-                       current ? std::optional(*current) : std::nullopt);
+  const auto moved = folder.moveIn(joinPath(support_, kept), path,
+                                   current ? std::optional(*current) : std::nullopt);
+  if (!moved) static_cast<void>(folder_->setModTime(kept, keptTime));
+  return moved;
 }
 
 /// A second name for the file goes into the store; its own is then taken over by another file.
@@ -228,6 +232,7 @@ Result<std::string> VersionStore::keep(const std::string& poolHash, const std::s
     return tl::unexpected(made.error());
   }
   const auto moved = folder_->moveIn(joinPath(*root, aside), place, std::nullopt);
+  if (!moved) static_cast<void>(folder.removeFile(aside));
   if (!moved) return tl::unexpected(moved.error());
   return std::string(lastPathComponent(*run));
 }

@@ -104,7 +104,16 @@ TEST_F(KDPoolStateGuardTest, whatCameBeforeItsAuthorLoggedItIsFetchedAgain) {
   arrives(bob, {line(110, 100, "f", 95)});  // of that second, and perhaps saved again since
   EXPECT_EQ(missing(), Paths{"f"});
   EXPECT_EQ(ready("f", 9, 95).size(), 1U);
-  EXPECT_FALSE(host.files.exists(path("f"))) << "the tool leaves what has the time and size";
+  EXPECT_TRUE(host.files.wasTrashed("half done")) << "the tool leaves what has the time and size";
+
+  host.files.save(path("f"), "once more", 96);
+  state->checkTodoFiles();
+  arrives(bob, {line(120, 110, "f", 96), line(130, 120, "f", 0)});  // saved, and deleted
+  for (int i = 0; i < 3; ++i) scan();
+  EXPECT_FALSE(host.files.exists(path("f")));
+  const int before = heard.fullSyncs;
+  scan();
+  EXPECT_EQ(heard.fullSyncs, before);
 }
 
 TEST_F(KDPoolStateGuardTest, aListingIsReadWithWhatItsLogsCanTell) {

@@ -170,7 +170,10 @@ TEST_F(KDPoolStateSyncTest, putsAwayWhatACutOffTransferLeft) {
           {line(99, 0, "d", 99), line(100, 0, "d/env", 90), line(101, 0, "d/.rc", 91)});
   lies("d/.env.before", 0600);
   state->checkFileSystemChanges();  // too fresh to be logged
-  ASSERT_EQ(state->prepareCopy({"d/env", "d/.rc"}).size(), 2U);
+  const ParticipantAddress bob{"bob", "beta.local", 50000, "Docs"};
+  const CopyPlan plan =
+      state->decideListing({{'-', 4, {90}, "d/env"}, {'-', 4, {91}, "d/.rc"}}, bob);
+  ASSERT_EQ(state->prepareCopy(plan.files).size(), 2U);
   host.clock.advance(5);
   for (const char* name : {"d/.env.aB3xYz", "d/.rc.000000"}) lies(name, 0600);
   lies("d/.env.sample", 0644);

@@ -125,9 +125,11 @@ void Contents::noteLogged(const SimulatedPeer& peer) {
   }
 }
 
-bool Contents::wasReplaced(const std::string& content) const {
-  const auto found = written_.find(content);
-  return found != written_.end() && found->second.isReplaced;
+bool Contents::gaveWayTo(const std::string& content, const std::string& other) const {
+  const auto before = written_.find(content);
+  const auto after = written_.find(other);
+  return before != written_.end() && after != written_.end() && before->second.isReplaced &&
+         before->second.time == after->second.time;
 }
 
 void Contents::addLoggedPaths(const std::string& log, std::set<std::string>& paths) {

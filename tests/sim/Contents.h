@@ -31,8 +31,8 @@ class Contents {
   void noteLogged(const SimulatedPeer& peer);
   /// What the version holds: a file's content, "/" or "-> target"; empty when that was not seen.
   [[nodiscard]] std::string ofVersion(const std::string& path, const VersionId& version) const;
-  /// Whether somebody has changed or erased the content on purpose.
-  [[nodiscard]] bool wasReplaced(const std::string& content) const;
+  /// Whether its author has changed or erased the content, and the other one has its second.
+  [[nodiscard]] bool gaveWayTo(const std::string& content, const std::string& other) const;
 
   /// The paths that the author's log names, as the peer has it.
   static void addLoggedPaths(const std::string& log, std::set<std::string>& paths);

@@ -158,7 +158,7 @@ void ScheduleRun::checkSame(const std::string& when) {
   // Erased by its author, who put another file of its second in its place before anybody looked.
   const auto isGivenAway = [&](const std::string& content, const std::string& path,
                                const std::string& here) {
-    return contents_.wasReplaced(content) && isNowhere(content) &&
+    return contents_.gaveWayTo(content, here) && isNowhere(content) &&
            std::all_of(peers.begin(), peers.end(), [&](SimulatedPeer* peer) {
              const auto files = peer->contents(Docs);
              const auto file = files.find(path);

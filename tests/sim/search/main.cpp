@@ -63,6 +63,9 @@ int search(double seconds, std::uint64_t seed, const std::string& folder, bool s
   std::size_t runs = 0;
   std::size_t failures = 0;
   for (; secondsSince(start) < seconds; ++runs, ++seed) {
+    if (runs % 5000 == 0 && runs > 0) {
+      std::cout << runs << " schedules, " << failures << " failed" << std::endl;
+    }
     const Schedule schedule = Schedule::random(seed);
     ScheduleRun run(schedule);
     const std::string problems = run.problems();
