@@ -188,7 +188,10 @@ void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& ent
   KDLogFileEntry* other = twin(path);
   const FileKind kind = entry.kind == 'l' ? FileKind::Link : FileKind::Regular;
   const bool looksSame = disk->kind == kind && disk->size == entry.size;
-  if (other && other == listed && looksSame && kind == FileKind::Regular) {
+  const bool isListed = other && other == listed;
+  // From who may have it from us, it would always look the same.
+  if (isListed && tree_->isAmbiguous(*other, participant, held)) return;
+  if (isListed && looksSame && kind == FileKind::Regular) {
     KDLogFileEntry& own = *disk->entry;
     KDDiskState state = KDDiskState::of(*attributes, other);
     state.isUnseen = true;
@@ -197,7 +200,7 @@ void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& ent
     logDeletionOfBranchLeaf(own);
     return;
   }
-  if (other && other == listed) {  // and a link is one of two only if both lead to the same place
+  if (isListed) {  // and a link is one of two only if both lead to the same place
     noTwins_.emplace(path.text);
     listener_->scanWanted();
   }

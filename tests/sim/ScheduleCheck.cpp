@@ -183,7 +183,14 @@ void ScheduleRun::checkSame(const std::string& when) {
         // Chosen from somebody who has left, it stays on the list of missing files.
         const bool isWithinReach = std::any_of(peers.begin(), peers.end(), [&](auto* other) {
           const auto theirs = other->missing(Docs);
-          return other != peer && choice(*other, conflict.path) == version.id &&
+          // Nobody knows which one it is with who made another one of its second and chose this
+          // one.
+          const bool isEither =
+              std::any_of(conflict.versions.begin(), conflict.versions.end(), [&](const auto& one) {
+                return one.id.userId == other->userId() && one.id != version.id &&
+                       one.modTime == version.modTime;
+              });
+          return other != peer && !isEither && choice(*other, conflict.path) == version.id &&
                  std::find(theirs.begin(), theirs.end(), conflict.path) == theirs.end();
         });
         if (!isWithinReach && missing.contains(conflict.path)) {
