@@ -2247,5 +2247,9 @@ Gesehen bei: %2</translation>
         <source>Nobody can fetch from this computer. %1</source>
         <translation>Von diesem Computer kann niemand etwas holen. %1</translation>
     </message>
+    <message>
+        <source>another file was put there meanwhile</source>
+        <translation>inzwischen wurde dort eine andere Datei abgelegt</translation>
+    </message>
 </context>
 </TS>

@@ -2247,5 +2247,9 @@ Seen at: %2</source>
         <source>Nobody can fetch from this computer. %1</source>
         <translation>איש אינו יכול להביא ממחשב זה. %1</translation>
     </message>
+    <message>
+        <source>another file was put there meanwhile</source>
+        <translation>בינתיים הונח שם קובץ אחר</translation>
+    </message>
 </context>
 </TS>

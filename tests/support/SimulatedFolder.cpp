@@ -223,7 +223,7 @@ Result<> SimulatedFolder::moveIn(const std::string& absoluteSource, std::string_
   if (isThere != replaced.has_value() ||
       (isThere && !there->second->attributes().isSameAs(*replaced))) {
     return fail(FailureKind::Transient, "move in", std::string(path),
-                "something else was put there meanwhile");
+                "another file was put there meanwhile");
   }
   if ((*from)->device != to->directory->device) (*source)->device = to->directory->device;
   const auto moved = tree_.rename({*from, absoluteSource.substr(slash + 1)}, *to, true);

@@ -247,8 +247,8 @@ Result<> PosixFolder::moveIn(const std::string& absoluteSource, std::string_view
     if (there.has_value() == replaced.has_value() && (!there || there->isSameAs(*replaced))) {
       return {};
     }
-    return fail(FailureKind::Transient, Attempt, std::string(path),
-                "something else was put there meanwhile");
+    const std::string place(path);
+    return fail(FailureKind::Transient, Attempt, place, "another file was put there meanwhile");
   };
   if (auto checked = check(); !checked) return checked;
   if (renameat(AT_FDCWD, absoluteSource.c_str(), parent, target->name.c_str()) == 0) return {};
