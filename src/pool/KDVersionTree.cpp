@@ -386,15 +386,12 @@ bool KDVersionTree::isAmbiguous(const KDLogFileEntry& version, const std::string
   const KDLogFileEntry* chosen = selectedEntry(path, userId);
   for (const KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
     if (version.isParentOfEntry(leaf) || (!leaf->exists() && held.hasCarriedOut(*leaf))) continue;
-    bool hasLater = false;  // the user has made a later one of that branch
     for (const KDLogFileEntry* other = leaf; other; other = other->parentEntry()) {
-      const bool isOwn = other->userId() == userId;
-      const bool isLastOwn = isOwn && !std::exchange(hasLater, hasLater || isOwn);
       if (other->isDirectory() || other->modTime() != version.modTime()) continue;
       // Who has chosen this version may still have the own one; who has chosen one that follows the
       // other may be on the way to it; and a choice can lie where both begin.
-      const bool mayBeHere =
-          !chosen || isLastOwn || other->isParentOfEntry(chosen) || chosen->isParentOfEntry(other);
+      const bool mayBeHere = !chosen || other->userId() == userId ||
+                             other->isParentOfEntry(chosen) || chosen->isParentOfEntry(other);
       if (mayBeHere && !other->isParentOfEntry(&version)) return true;
     }
   }

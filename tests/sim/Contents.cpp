@@ -132,6 +132,16 @@ bool Contents::gaveWayTo(const std::string& content, const std::string& other) c
          before->second.time == after->second.time;
 }
 
+bool Contents::hasMade(const std::string& log, const std::string& path, double modTime) {
+  std::istringstream lines(log);
+  for (std::string line; std::getline(lines, line);) {
+    const auto fields = fieldsOf(line);
+    if (fields.size() < 4 || fields[2] != path || std::stod(fields[3]) != modTime) continue;
+    if (fields.size() < 5 || fields[4].empty()) return true;  // none of somebody else's
+  }
+  return false;
+}
+
 void Contents::addLoggedPaths(const std::string& log, std::set<std::string>& paths) {
   std::istringstream lines(log);
   for (std::string line; std::getline(lines, line);) {

@@ -185,11 +185,10 @@ void ScheduleRun::checkSame(const std::string& when) {
           const auto theirs = other->missing(Docs);
           // Nobody knows which one it is with who made another one of its second and chose this
           // one.
-          const bool isEither =
-              std::any_of(conflict.versions.begin(), conflict.versions.end(), [&](const auto& one) {
-                return one.id.userId == other->userId() && one.id != version.id &&
-                       one.modTime == version.modTime;
-              });
+          const std::string log =
+              other->host.files.readAll(other->logPath(Docs, *other)).value_or("");
+          const bool isEither = version.id.userId != other->userId() &&
+                                Contents::hasMade(log, conflict.path, version.modTime);
           return other != peer && !isEither && choice(*other, conflict.path) == version.id &&
                  std::find(theirs.begin(), theirs.end(), conflict.path) == theirs.end();
         });
