@@ -61,7 +61,7 @@ bool HeldLogs::mayHold(const KDLogFileEntry& entry) const {
 bool HeldLogs::hasCarriedOut(const KDLogFileEntry& deletion) const {
   // A log is there before it is merged, and clocks may differ by some seconds.
   constexpr double LongestMerge = 60;  // seconds
-  return mayHold(deletion) && (now_ == 0 || deletion.logTime() + LongestMerge < now_);
+  return mayHold(deletion) && deletion.logTime() + LongestMerge < now_;
 }
 
 }  // namespace zolvar

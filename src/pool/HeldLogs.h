@@ -17,8 +17,6 @@ struct ListingEntry;
 /// happens to be the version's says nothing then.
 class HeldLogs {
  public:
-  /// Nothing is known: every line counts as held.
-  HeldLogs() = default;
   /// `sizes` are those of our own copies, log file name → bytes; of a longer one the first line
   /// that the participant lacks is read. A listing that names no log tells nothing. `now` is in
   /// seconds since 1970.
@@ -32,7 +30,7 @@ class HeldLogs {
   [[nodiscard]] bool hasCarriedOut(const KDLogFileEntry& deletion) const;
 
  private:
-  double now_ = 0;
+  double now_;
   std::map<std::string, double> lackedFrom_;  ///< user id → log time of the first line not there
 };
 
