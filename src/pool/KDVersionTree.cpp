@@ -381,18 +381,13 @@ KDLogFileEntry* KDVersionTree::versionWithModTime(const KDPathRecord& path, doub
 
 bool KDVersionTree::isAmbiguous(const KDLogFileEntry& version, const std::string& userId,
                                 const HeldLogs& held) const {
-  const KDPathRecord& path = version.pathRecord();
   if (version.isDirectory() || version.userId() == userId) return false;
-  const KDLogFileEntry* chosen = selectedEntry(path, userId);
+  const KDPathRecord& path = version.pathRecord();
   for (const KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
     if (version.isParentOfEntry(leaf) || (!leaf->exists() && held.hasCarriedOut(*leaf))) continue;
     for (const KDLogFileEntry* other = leaf; other; other = other->parentEntry()) {
       if (other->isDirectory() || other->modTime() != version.modTime()) continue;
-      // Who has chosen this version may still have the own one; who has chosen one that follows the
-      // other may be on the way to it; and a choice can lie where both begin.
-      const bool mayBeHere = !chosen || other->userId() == userId ||
-                             other->isParentOfEntry(chosen) || chosen->isParentOfEntry(other);
-      if (mayBeHere && !other->isParentOfEntry(&version)) return true;
+      if (!other->isParentOfEntry(&version)) return true;
     }
   }
   return false;

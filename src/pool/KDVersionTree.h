@@ -87,8 +87,8 @@ class KDVersionTree {
   [[nodiscard]] KDLogFileEntry* versionWithModTime(const KDPathRecord& path, double modTime,
                                                    const std::string& userId) const;
   /// Whether a file of this version's time that the user has may as well be a version of another
-  /// branch: before the user has chosen, or when that one is the user's own, leads to what the user
-  /// has chosen, or follows it. A branch that is deleted counts where the user cannot know that.
+  /// branch: only its author surely has this one where another has its second, whatever others have
+  /// chosen. A branch that is deleted counts until the user has surely carried that out.
   [[nodiscard]] bool isAmbiguous(const KDLogFileEntry& version, const std::string& userId,
                                  const HeldLogs& held) const;
   /// All authors on the active branches that hold the entry, except the local user.

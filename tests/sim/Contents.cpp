@@ -132,14 +132,22 @@ bool Contents::gaveWayTo(const std::string& content, const std::string& other) c
          before->second.time == after->second.time;
 }
 
-bool Contents::hasMade(const std::string& log, const std::string& path, double modTime) {
-  std::istringstream lines(log);
-  for (std::string line; std::getline(lines, line);) {
-    const auto fields = fieldsOf(line);
-    if (fields.size() < 4 || fields[2] != path || std::stod(fields[3]) != modTime) continue;
-    if (fields.size() < 5 || fields[4].empty()) return true;  // none of somebody else's
+std::size_t Contents::versionCount(const std::vector<std::pair<std::string, std::string>>& logs,
+                                   const std::string& path, double modTime) {
+  std::map<std::pair<std::string, double>, std::pair<std::string, double>> parents;
+  for (const auto& [author, log] : logs) {
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);) {
+      const auto fields = fieldsOf(line);
+      if (fields.size() < 4 || fields[2] != path || std::stod(fields[3]) != modTime) continue;
+      const bool isOwn = fields.size() < 5 || fields[4].empty();
+      parents[{author, std::stod(fields[0])}] = {isOwn ? author : fields[4], std::stod(fields[1])};
+    }
   }
-  return false;
+  // A line with its parent's time is a choice.
+  return static_cast<std::size_t>(
+      std::count_if(parents.begin(), parents.end(),
+                    [&](const auto& one) { return !parents.contains(one.second); }));
 }
 
 void Contents::addLoggedPaths(const std::string& log, std::set<std::string>& paths) {

@@ -34,8 +34,9 @@ class Contents {
   /// Whether its author has changed or erased the content, and the other one has its second.
   [[nodiscard]] bool gaveWayTo(const std::string& content, const std::string& other) const;
 
-  /// Whether the user of this log has made a version of the path with that time.
-  static bool hasMade(const std::string& log, const std::string& path, double modTime);
+  /// How many versions of the path with that time these logs (user id, text) tell of.
+  static std::size_t versionCount(const std::vector<std::pair<std::string, std::string>>& logs,
+                                  const std::string& path, double modTime);
   /// The paths that the author's log names, as the peer has it.
   static void addLoggedPaths(const std::string& log, std::set<std::string>& paths);
 

@@ -129,6 +129,16 @@ std::set<std::string> ScheduleRun::unsharedPaths() {
   return unshared;
 }
 
+/// Everybody's user id and log, as the peer has it.
+std::vector<std::pair<std::string, std::string>> ScheduleRun::logsOf(SimulatedPeer& peer) {
+  std::vector<std::pair<std::string, std::string>> logs;
+  for (SimulatedPeer* author : net.peers()) {
+    const auto log = peer.host.files.readAll(peer.logPath(Docs, *author));
+    logs.emplace_back(author->userId(), log.value_or(""));
+  }
+  return logs;
+}
+
 void ScheduleRun::checkSame(const std::string& when) {
   std::string found;
   const auto peers = active();
@@ -180,16 +190,14 @@ void ScheduleRun::checkSame(const std::string& when) {
         ++chosen;
         const std::string wanted = contents_.ofVersion(conflict.path, version.id);
         const std::string& here = contents[conflict.path];
-        // Chosen from somebody who has left, it stays on the list of missing files.
+        // Chosen from somebody who has left, it stays on the list of missing files. So does what
+        // others only have together with another version of its second.
+        const bool isShared =
+            Contents::versionCount(logsOf(*peer), conflict.path, version.modTime) > 1;
         const bool isWithinReach = std::any_of(peers.begin(), peers.end(), [&](auto* other) {
           const auto theirs = other->missing(Docs);
-          // Nobody knows which one it is with who made another one of its second and chose this
-          // one.
-          const std::string log =
-              other->host.files.readAll(other->logPath(Docs, *other)).value_or("");
-          const bool isEither = version.id.userId != other->userId() &&
-                                Contents::hasMade(log, conflict.path, version.modTime);
-          return other != peer && !isEither && choice(*other, conflict.path) == version.id &&
+          const bool isSure = !isShared || version.id.userId == other->userId();
+          return other != peer && isSure && choice(*other, conflict.path) == version.id &&
                  std::find(theirs.begin(), theirs.end(), conflict.path) == theirs.end();
         });
         if (!isWithinReach && missing.contains(conflict.path)) {
@@ -225,9 +233,7 @@ void ScheduleRun::checkSame(const std::string& when) {
   }
   std::set<std::string> paths;
   for (SimulatedPeer* peer : peers) {
-    for (SimulatedPeer* author : net.peers())
-      Contents::addLoggedPaths(peer->host.files.readAll(peer->logPath(Docs, *author)).value_or(""),
-                               paths);
+    for (const auto& [author, log] : logsOf(*peer)) Contents::addLoggedPaths(log, paths);
   }
   for (const std::string& path : paths) {
     for (SimulatedPeer* peer : peers) {

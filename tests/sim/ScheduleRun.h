@@ -53,6 +53,7 @@ class ScheduleRun {
   static std::optional<VersionId> choice(SimulatedPeer& peer, const std::string& path);
   void checkSame(const std::string& when);
   std::set<std::string> unsharedPaths();
+  std::vector<std::pair<std::string, std::string>> logsOf(SimulatedPeer& peer);
   void countCutLoads();
   [[nodiscard]] std::vector<SimulatedPeer*> active();
   [[nodiscard]] std::string fingerprint();
