@@ -1,9 +1,11 @@
 #include "pool/HeldLogs.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "log/KDLogFileEntry.h"
 #include "platform/FileSystem.h"
@@ -33,35 +35,62 @@ std::optional<double> lineTime(Folder& folder, const std::string& name, std::uin
 
 }  // namespace
 
+void ToldLogs::add(const Sizes& sizes, double now) {
+  constexpr double LongestMerge = 60;  // seconds, with the scan that it may wait for
+  if (merged_) {
+    std::erase_if(*merged_, [&](const auto& log) { return !sizes.contains(log.first); });
+    for (auto& [name, size] : *merged_) size = std::min(size, sizes.at(name));
+  }
+  if (waiting_ && now >= waitingSince_ && now < waitingSince_ + LongestMerge) return;
+  if (waiting_ && now >= waitingSince_) merged_ = std::move(waiting_);
+  waiting_ = sizes;
+  waitingSince_ = now;
+}
+
 HeldLogs::HeldLogs(const std::vector<ListingEntry>& listed, const std::string& participant,
-                   const std::map<std::string, std::uint64_t>& sizes, Folder& folder, double now)
-    : now_(now) {
-  std::map<std::string_view, std::uint64_t> there;
+                   const std::map<std::string, std::uint64_t>& sizes, Folder& folder,
+                   ToldLogs& told, double now) {
+  ToldLogs::Sizes there;
   for (const ListingEntry& entry : listed) {
     const std::string_view name = lastPathComponent(entry.path);
     if (entry.kind == '-' && parentPath(entry.path) == MetadataFolderName && isLogFileName(name)) {
-      there[name] = entry.size;
+      there[std::string(name)] = entry.size;
     }
   }
   if (there.empty()) return;
+  told.add(there, now);
+  lacked_ = lacked(there, participant, sizes, folder);
+  if (told.merged()) notMerged_ = lacked(*told.merged(), participant, sizes, folder);
+  const std::string own = participant + std::string(LogFileExtension);
+  const auto theirs = there.find(own);
+  const auto ours = sizes.find(own);
+  hasLoggedMore_ =
+      theirs != there.end() && theirs->second > (ours == sizes.end() ? 0 : ours->second);
+}
+
+HeldLogs::FirstLines HeldLogs::lacked(const ToldLogs::Sizes& there, const std::string& participant,
+                                      const std::map<std::string, std::uint64_t>& sizes,
+                                      Folder& folder) {
+  FirstLines lines;
   for (const auto& [name, size] : sizes) {
     const std::string userId = name.substr(0, name.size() - LogFileExtension.size());
     const auto found = there.find(name);
     const std::uint64_t held = found == there.end() ? 0 : found->second;
     if (held >= size || userId == participant) continue;
-    if (const auto time = lineTime(folder, name, held)) lackedFrom_[userId] = *time;
+    if (const auto time = lineTime(folder, name, held)) lines[userId] = *time;
   }
+  return lines;
 }
 
-bool HeldLogs::mayHold(const KDLogFileEntry& entry) const {
-  const auto lacked = lackedFrom_.find(entry.userId());
-  return lacked == lackedFrom_.end() || entry.logTime() < lacked->second;
+bool HeldLogs::isLacked(const FirstLines& lacked, const KDLogFileEntry& entry) {
+  const auto first = lacked.find(entry.userId());
+  return first != lacked.end() && entry.logTime() >= first->second;
 }
+
+bool HeldLogs::mayHold(const KDLogFileEntry& entry) const { return !isLacked(lacked_, entry); }
 
 bool HeldLogs::hasCarriedOut(const KDLogFileEntry& deletion) const {
-  // A log is there before it is merged, and clocks may differ by some seconds.
-  constexpr double LongestMerge = 60;  // seconds
-  return mayHold(deletion) && deletion.logTime() + LongestMerge < now_;
+  return mayHold(deletion) && notMerged_ && !isLacked(*notMerged_, deletion);
 }
 
 }  // namespace zolvar

@@ -143,7 +143,8 @@ class KDFilePool : public std::enable_shared_from_this<KDFilePool> {
                     std::function<void(Result<std::vector<StoredVersion>>)> done);
   /// Puts one of them back in place as a change of ours; what lies there is kept in turn.
   void restoreVersion(const std::string& path, const std::string& id, Done done);
-  /// Fetches one version to a file outside the folder, from whichever of `participants` has it.
+  /// Fetches one version to a file outside the folder, from whichever of `participants` has it;
+  /// where another version has its second, from its author.
   void fetchVersion(const std::string& path, const VersionId& version, const std::string& to,
                     const std::vector<ParticipantAddress>& participants, Done done);
 

@@ -171,21 +171,30 @@ void KDFilePool::fetchVersion(const std::string& path, const VersionId& version,
                               const std::string& to,
                               const std::vector<ParticipantAddress>& participants, Done done) {
   const KDPoolSync::Settings settings{name(), userId_, password_, bandwidthLimit_, false, {}};
-  onStateLane<double>([=](KDPoolState& state) { return state.modTimeOf(path, version); },
-                      [=, weak = weak_from_this()](const Result<double>& modTime) {
-                        const auto pool = weak.lock();
-                        if (!pool || !pool->parts_->sync) return;
-                        if (!modTime) {
-                          done(tl::unexpected(modTime.error()));
-                          return;
-                        }
-                        pool->parts_->transferLane->post(
-                            [=, sync = pool->parts_->sync, &runLoop = pool->platform_.runLoop] {
-                              const Result<> fetched =
-                                  sync->fetchVersion(path, *modTime, to, participants, settings);
-                              runLoop.post([=] { done(fetched); });
-                            });
-                      });
+  const auto from = std::make_shared<std::vector<ParticipantAddress>>(participants);
+  onStateLane<double>(
+      [=](KDPoolState& state) {
+        // Only its author surely has it then.
+        if (state.sharesSecond(path, version)) {
+          std::erase_if(*from, [&](const ParticipantAddress& participant) {
+            return participant.userId() != version.userId;
+          });
+        }
+        return state.modTimeOf(path, version);
+      },
+      [=, weak = weak_from_this()](const Result<double>& modTime) {
+        const auto pool = weak.lock();
+        if (!pool || !pool->parts_->sync) return;
+        if (!modTime) {
+          done(tl::unexpected(modTime.error()));
+          return;
+        }
+        pool->parts_->transferLane->post(
+            [=, sync = pool->parts_->sync, &runLoop = pool->platform_.runLoop] {
+              const Result<> fetched = sync->fetchVersion(path, *modTime, to, *from, settings);
+              runLoop.post([=] { done(fetched); });
+            });
+      });
 }
 
 }  // namespace zolvar

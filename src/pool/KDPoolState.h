@@ -15,6 +15,7 @@
 #include "log/KDLogFile.h"
 #include "platform/FileSystem.h"
 #include "pool/ChangedFolders.h"
+#include "pool/HeldLogs.h"
 #include "pool/IgnoreRules.h"
 #include "pool/KDDiskRecord.h"
 #include "pool/KDVersionTree.h"
@@ -75,6 +76,8 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   Result<bool> changeFiles(const std::vector<FileChange>& changes);
   /// Modification time of a version, for fetching it.
   [[nodiscard]] Result<double> modTimeOf(const std::string& path, const VersionId& version) const;
+  /// Whether another living branch has a version of that time.
+  [[nodiscard]] bool sharesSecond(const std::string& path, const VersionId& version) const;
 
   // PoolSyncSteps
   [[nodiscard]] bool isDetached() const override { return isDetached_; }
@@ -226,6 +229,7 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::map<std::string, KDLogFileEntry*> listed_;     ///< the same, as the last listing told
   std::map<std::string, std::uint64_t> listedSizes_;  ///< bytes
   std::string listedBy_;                              ///< that listing's user id
+  std::map<std::string, ToldLogs> toldLogs_;          ///< user id → what its listings told
   /// A version that came lately from somebody who is not its author.
   struct PassedOn {
     std::string from;  ///< user id

@@ -261,4 +261,9 @@ Result<double> KDPoolState::modTimeOf(const std::string& path, const VersionId& 
   return (*entry)->modTime();
 }
 
+bool KDPoolState::sharesSecond(const std::string& path, const VersionId& version) const {
+  const auto entry = requireVersion(path, version);
+  return entry && tree_->sharesSecond(**entry);
+}
+
 }  // namespace zolvar

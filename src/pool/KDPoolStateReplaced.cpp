@@ -65,7 +65,12 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
         here ? tree_->versionWithModTime(*path, comparedTime(*here), settings_.userId) : nullptr;
     const bool isRecorded = arrived && disk && disk->entry == arrived;
     const bool mayBeEdited = isRecorded && !disk->isUnchanged(*here);
-    if (here && (!arrived || isEdit || (mayBeEdited && disk->isGuess))) {
+    // Edited once more before anybody looked here, and logged: it did not come with the run.
+    const auto copied = copying_.find(file.path);
+    const bool isLaterEdit = isRecorded && !disk->isGuess &&
+                             arrived->userId() == settings_.userId &&
+                             (copied == copying_.end() || copied->second != arrived);
+    if (here && (!arrived || isEdit || isLaterEdit || (mayBeEdited && disk->isGuess))) {
       putAway("edited while a newer version arrived");
       continue;
     }

@@ -210,6 +210,8 @@ void KDPoolState::compareWithListing(KDPathRecord& path, const ListingEntry& ent
     addTodoFiles({std::string(path.text)});
     return;
   }
+  // It would look the same with who has the other one of its second.
+  if (tree_->isAmbiguous(*listed, participant, held)) return;
   if (looksSame && kind == FileKind::Link) {
     // A listing tells the length of its target and no more; the tool compares the target itself.
     addTodoFiles({std::string(path.text)});
@@ -234,7 +236,8 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
   CopyPlan plan;
   if (isDetached_ || !isActive_) return plan;
   const std::string userId = participant.userId();
-  const HeldLogs held(listed, userId, published_.logSizes, *folder_, platform_.clock.now());
+  const HeldLogs held(listed, userId, published_.logSizes, *folder_, toldLogs_[userId],
+                      platform_.clock.now());
   listed_.clear();
   listedBy_ = userId;
   for (auto& [path, seen] : seen_) seen.holders.erase(userId);
@@ -268,7 +271,10 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
       if (leaf && !(remote && remote->isParentOfEntry(leaf))) continue;
       if (remote && !held.mayHold(*remote)) continue;  // some other file of its time
       const bool isLast = !leaf || remote == leaf;
-      if (remote && isLast && tree_->isAmbiguous(*remote, userId, held)) continue;
+      if (remote && isLast && tree_->isAmbiguous(*remote, userId, held)) {
+        seen_[entry.path].holders.insert(userId);  // perhaps; it is waited for
+        continue;
+      }
       // Nothing older than what lies here already, if it still does.
       if (remote && path->disk && path->disk->entry && !path->disk->isGuess &&
           folder_->attributes(entry.path) && remote->isParentOfEntry(path->disk->entry)) {

@@ -381,14 +381,27 @@ KDLogFileEntry* KDVersionTree::versionWithModTime(const KDPathRecord& path, doub
 
 bool KDVersionTree::isAmbiguous(const KDLogFileEntry& version, const std::string& userId,
                                 const HeldLogs& held) const {
-  if (version.isDirectory() || version.userId() == userId) return false;
+  if (version.isDirectory() || (version.userId() == userId && !held.hasLoggedMore())) return false;
   const KDPathRecord& path = version.pathRecord();
   for (const KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
-    if (version.isParentOfEntry(leaf) || (!leaf->exists() && held.hasCarriedOut(*leaf))) continue;
-    for (const KDLogFileEntry* other = leaf; other; other = other->parentEntry()) {
-      if (other->isDirectory() || other->modTime() != version.modTime()) continue;
-      if (!other->isParentOfEntry(&version)) return true;
-    }
+    if (!leaf->exists() && held.hasCarriedOut(*leaf)) continue;
+    if (hasAnotherOfSecond(version, *leaf)) return true;
+  }
+  return false;
+}
+
+bool KDVersionTree::sharesSecond(const KDLogFileEntry& version) const {
+  const auto leaves = activeLeafEntries(version.pathRecord());
+  return !version.isDirectory() && std::any_of(leaves.begin(), leaves.end(), [&](const auto* leaf) {
+    return hasAnotherOfSecond(version, *leaf);
+  });
+}
+
+bool KDVersionTree::hasAnotherOfSecond(const KDLogFileEntry& version, const KDLogFileEntry& leaf) {
+  if (version.isParentOfEntry(&leaf)) return false;
+  for (const KDLogFileEntry* other = &leaf; other; other = other->parentEntry()) {
+    if (other->isDirectory() || other->modTime() != version.modTime()) continue;
+    if (!other->isParentOfEntry(&version)) return true;
   }
   return false;
 }

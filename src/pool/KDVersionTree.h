@@ -88,9 +88,12 @@ class KDVersionTree {
                                                    const std::string& userId) const;
   /// Whether a file of this version's time that the user has may as well be a version of another
   /// branch: only its author surely has this one where another has its second, whatever others have
-  /// chosen. A branch that is deleted counts until the user has surely carried that out.
+  /// chosen, and only while we know what the author has logged. A branch that is deleted counts
+  /// until the user has surely carried that out.
   [[nodiscard]] bool isAmbiguous(const KDLogFileEntry& version, const std::string& userId,
                                  const HeldLogs& held) const;
+  /// Whether another living branch has a version of this one's time.
+  [[nodiscard]] bool sharesSecond(const KDLogFileEntry& version) const;
   /// All authors on the active branches that hold the entry, except the local user.
   [[nodiscard]] std::set<std::string> usersIdsForBranch(const KDLogFileEntry& entry) const;
   /// True when the way from the local user's leaf to the version with `fileTime` passes a parent
@@ -122,6 +125,7 @@ class KDVersionTree {
   void link(KDLogFileEntry& entry);
   void takeSelection(const KDLogFileEntry& selection);
   void store(KDLogFileEntry& entry);
+  static bool hasAnotherOfSecond(const KDLogFileEntry& version, const KDLogFileEntry& leaf);
   /// Whether a living leaf of the path besides this one is a directory.
   [[nodiscard]] static bool hasOtherDirectory(const KDPathRecord& path, const KDLogFileEntry& leaf);
   void removeLeaf(KDPathRecord& path, KDLogFileEntry& leaf);

@@ -34,10 +34,11 @@ class HeldLogsTest : public testing::Test {
     tree.append(entry);
     return entry;
   }
-  /// As the participant tells that it has so many bytes of b@there.local's log.
-  [[nodiscard]] HeldLogs held(std::uint64_t bytes, double now = 1000) const {
-    return HeldLogs({{'-', bytes, {}, ".Zolvar/b@there.local.fplog"}}, Participant, sizes, *folder,
-                    now);
+  /// As the participant tells that it has so many bytes of b@there.local's log, and of its own.
+  [[nodiscard]] HeldLogs held(std::uint64_t bytes, double now = 1000, std::uint64_t own = 0) {
+    return HeldLogs({{'-', bytes, {}, ".Zolvar/b@there.local.fplog"},
+                     {'-', own, {}, ".Zolvar/x@far.local.fplog"}},
+                    Participant, sizes, *folder, told, now);
   }
   [[nodiscard]] bool isAmbiguous(const std::string& userId, const HeldLogs& logs) const {
     return tree.isAmbiguous(*wanted, userId, logs);
@@ -48,6 +49,7 @@ class HeldLogsTest : public testing::Test {
   std::unique_ptr<Folder> folder;
   std::map<std::string, std::uint64_t> sizes;
   std::vector<std::uint64_t> offsets;
+  ToldLogs told;
   KDEntryStore store;
   KDVersionTree tree{store, "me@alpha.local"};
   KDLogFileEntry* wanted = nullptr;
@@ -56,25 +58,39 @@ class HeldLogsTest : public testing::Test {
 
 TEST_F(HeldLogsTest, tellsWhatAParticipantCannotKnow) {
   const KDLogFileEntry* deletion = add("b@there.local", 300, 100, 0);
+  const std::uint64_t all = sizes.begin()->second;
   EXPECT_FALSE(held(0).mayHold(*other));
   EXPECT_TRUE(held(offsets[1]).mayHold(*other));
-  EXPECT_FALSE(held(offsets[1]).hasCarriedOut(*deletion)) << "its line is not there";
+  EXPECT_FALSE(held(offsets[1]).mayHold(*deletion)) << "its line is not there";
   EXPECT_TRUE(held(offsets[1] + 1).mayHold(*deletion)) << "in the middle of a line nothing is told";
-  EXPECT_FALSE(held(sizes.begin()->second, 310).hasCarriedOut(*deletion)) << "just arrived";
-  EXPECT_TRUE(held(sizes.begin()->second).hasCarriedOut(*deletion));
-  EXPECT_TRUE(HeldLogs({}, Participant, sizes, *folder, 1000).mayHold(*other))
+  EXPECT_TRUE(HeldLogs({}, Participant, sizes, *folder, told, 1000).mayHold(*other))
       << "a listing without logs tells nothing";
+  EXPECT_FALSE(held(0, 1000, 0).hasLoggedMore());
+  EXPECT_TRUE(held(0, 1000, 1).hasLoggedMore());
+
+  told = {};
+  EXPECT_FALSE(held(offsets[1], 1000).hasCarriedOut(*deletion));
+  EXPECT_FALSE(held(all, 2000).hasCarriedOut(*deletion)) << "just arrived, however old it is";
+  EXPECT_FALSE(held(all, 2030).hasCarriedOut(*deletion));
+  EXPECT_TRUE(held(all, 2060).hasCarriedOut(*deletion));
+  EXPECT_FALSE(held(offsets[1], 2070).hasCarriedOut(*deletion)) << "it has lost its logs";
+  EXPECT_FALSE(held(all, 2080).hasCarriedOut(*deletion));
 }
 
 TEST_F(HeldLogsTest, onlyTheAuthorSurelyHasOneOfTwoVersionsOfASecond) {
-  const HeldLogs all = held(sizes.begin()->second);
-  EXPECT_TRUE(isAmbiguous(Participant, all));
-  EXPECT_FALSE(isAmbiguous("a@here.local", all));
+  const std::uint64_t all = sizes.begin()->second;
+  EXPECT_TRUE(isAmbiguous(Participant, held(all)));
+  EXPECT_FALSE(isAmbiguous("a@here.local", held(all)));
+  EXPECT_TRUE(isAmbiguous("a@here.local", held(all, 1000, 1)))
+      << "who may have chosen the other one";
   tree.selectLogEntry(*wanted, Participant);
-  EXPECT_TRUE(isAmbiguous(Participant, all)) << "who chooses fetches later";
+  EXPECT_TRUE(isAmbiguous(Participant, held(all))) << "who chooses fetches later";
+  EXPECT_TRUE(tree.sharesSecond(*wanted));
   add("b@there.local", 300, 100, 0);
+  EXPECT_FALSE(tree.sharesSecond(*wanted));
   EXPECT_TRUE(isAmbiguous(Participant, held(offsets[1]))) << "not heard of the deletion";
-  EXPECT_FALSE(isAmbiguous(Participant, all));
+  (void)held(all, 2000);
+  EXPECT_FALSE(isAmbiguous(Participant, held(all, 2100)));
 }
 
 }  // namespace

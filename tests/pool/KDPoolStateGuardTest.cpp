@@ -89,11 +89,17 @@ TEST_F(KDPoolStateGuardTest, ofTwoEditsThatNobodyLoggedNoneIsOverwritten) {
   host.files.faults.beforeCall = [&](std::string_view operation, std::string_view) {
     if (operation != "moveIn") return;
     host.files.faults.beforeCall = {};
+    host.clock.advance(1);
     host.files.save(path("h"), "saved once more");
   };
   EXPECT_FALSE(state->settleReplacedFiles({{"h", Saved}}));
   EXPECT_EQ(read("h"), "saved once more");
   EXPECT_TRUE(host.files.exists(Saved)) << "looked at again by the next sync";
+  host.clock.advance(20);
+  scan();  // logged meanwhile
+  EXPECT_TRUE(state->settleReplacedFiles({{"h", Saved}}));
+  EXPECT_EQ(read("h"), "saved once more");
+  EXPECT_TRUE(host.files.wasTrashed("saved before"));
 }
 
 TEST_F(KDPoolStateGuardTest, whatCameBeforeItsAuthorLoggedItIsFetchedAgain) {

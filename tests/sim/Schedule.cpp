@@ -28,8 +28,13 @@ class Drawing {
   explicit Drawing(std::uint64_t seed) : random_(seed) {}
 
   Schedule draw() {
-    const std::size_t count = 2 + std::min(below(5), below(5));
+    const std::size_t count = std::max(2 + std::min(below(5), below(5)), isCrowded_ ? 3 : 0UL);
     peers_.assign(Names.begin(), Names.begin() + static_cast<std::ptrdiff_t>(count));
+    paths_.assign(Paths.begin(), Paths.end());
+    if (isCrowded_) {
+      std::shuffle(paths_.begin(), paths_.end(), random_);
+      paths_.resize(1 + below(3));
+    }
     add(0, "-", {"apart"});  // the same goes for what is written where nobody looks
     add(0, "-", {"pace", below(2) == 0 ? "normal" : "quick"});
     if (below(4) != 0)
@@ -78,6 +83,7 @@ class Drawing {
     return range[below(range.size())];
   }
   double pause() {
+    if (isCrowded_ && below(3) != 0) return 0;
     switch (below(8)) {
       case 0:
         return 0;
@@ -106,34 +112,34 @@ class Drawing {
     switch (below(16)) {
       case 0:
       case 1:
-        return {"save", one(Paths)};
+        return {"save", one(paths_)};
       case 2:
-        return {"keep", one(Paths)};
+        return {"keep", one(paths_)};
       case 3:
-        return {"lower", one(Paths), std::to_string(1 + below(60))};
+        return {"lower", one(paths_), std::to_string(1 + below(60))};
       case 4:
-        return {"samesize", one(Paths)};
+        return {"samesize", one(paths_)};
       case 5:
       case 6:
-        return {"erase", one(Paths)};
+        return {"erase", one(paths_)};
       case 7:
       case 8:
-        return {"move", one(Paths), one(Paths)};
+        return {"move", one(paths_), one(paths_)};
       case 9:
-        return {"mkdir", one(Paths)};
+        return {"mkdir", one(paths_)};
       case 10:
-        return {"link", one(Paths), one(Targets)};
+        return {"link", one(paths_), one(Targets)};
       case 11:
-        return {"recreate", one(Paths)};
+        return {"recreate", one(paths_)};
       case 12:
-        return {"revert", one(Paths)};
+        return {"revert", one(paths_)};
       case 13:
-        return {"touch", one(Paths)};
+        return {"touch", one(paths_)};
       default:
-        return {"write", one(Paths)};
+        return {"write", one(paths_)};
     }
   }
-  void file(double wait, const std::string& peer) { add(wait, peer, {"write", one(Paths)}); }
+  void file(double wait, const std::string& peer) { add(wait, peer, {"write", one(paths_)}); }
 
   void partition() {
     std::array<std::string, 2> sides;
@@ -144,7 +150,7 @@ class Drawing {
     }
     add(pause(), "-", {"partition", sides[0] + "|" + sides[1]});
     // Something that meets: both sides change one path.
-    const std::string path = one(Paths);
+    const std::string path = one(paths_);
     for (std::size_t i = below(4); i > 0; --i) {
       Words words = change();
       words[1] = path;
@@ -166,7 +172,20 @@ class Drawing {
     }
   }
 
+  /// A conflict of one second, which people decide at once while one of its authors is away.
+  void meet() {
+    const std::string path = one(paths_);
+    std::shuffle(peers_.begin() + 1, peers_.end(), random_);
+    constexpr std::array Verbs = {"write", "save", "samesize", "touch"};
+    for (std::size_t i = 0; i < 2; ++i) add(0, peers_[i], {one(Verbs), path});
+    add(static_cast<double>(below(120)), "-", {"wait"});
+    if (below(2) == 0) add(0, peers_[below(2)], {"quit"});
+    decide();
+    decide();
+  }
+
   void step() {
+    if (isCrowded_ && below(8) == 0) return meet();
     const std::string peer = one(peers_);
     switch (below(40)) {
       case 0:
@@ -229,6 +248,9 @@ class Drawing {
   }
 
   std::mt19937_64 random_;
+  /// Very few paths, and much in one second: versions that only their time would tell apart.
+  bool isCrowded_ = below(3) == 0;
+  std::vector<std::string> paths_;
   std::vector<std::string> peers_;
   std::vector<std::string> late_;
   std::set<std::string> copied_;  ///< whose folder was copied by hand
