@@ -1,6 +1,7 @@
 #include "sim/Contents.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <functional>
 #include <sstream>
 #include <unordered_set>
@@ -26,6 +27,9 @@ std::vector<std::string> fieldsOf(const std::string& line) {
   }
   return fields;
 }
+
+/// 0 where a power failure took the rest of the line.
+double numberIn(const std::string& field) { return std::strtod(field.c_str(), nullptr); }
 
 }  // namespace
 
@@ -139,9 +143,9 @@ std::size_t Contents::versionCount(const std::vector<std::pair<std::string, std:
     std::istringstream lines(log);
     for (std::string line; std::getline(lines, line);) {
       const auto fields = fieldsOf(line);
-      if (fields.size() < 4 || fields[2] != path || std::stod(fields[3]) != modTime) continue;
+      if (fields.size() < 4 || fields[2] != path || numberIn(fields[3]) != modTime) continue;
       const bool isOwn = fields.size() < 5 || fields[4].empty();
-      parents[{author, std::stod(fields[0])}] = {isOwn ? author : fields[4], std::stod(fields[1])};
+      parents[{author, numberIn(fields[0])}] = {isOwn ? author : fields[4], numberIn(fields[1])};
     }
   }
   // A line with its parent's time is a choice.
