@@ -229,7 +229,10 @@ class KDPoolState final : public PoolSyncSteps, private KDLogFileDelegate {
   std::map<std::string, KDLogFileEntry*> listed_;     ///< the same, as the last listing told
   std::map<std::string, std::uint64_t> listedSizes_;  ///< bytes
   std::string listedBy_;                              ///< that listing's user id
-  std::map<std::string, ToldLogs> toldLogs_;          ///< user id → what its listings told
+  /// Replaced files that turned out to be known versions, of runs that stay open because of others;
+  /// absolute. Looked at later, by the newer records, they would seem to be edits.
+  std::set<std::string> judged_;
+  std::map<std::string, ToldLogs> toldLogs_;  ///< user id → what its listings told
   /// A version that came lately from somebody who is not its author.
   struct PassedOn {
     std::string from;  ///< user id

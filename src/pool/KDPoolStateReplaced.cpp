@@ -15,8 +15,10 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
   for (const ReplacedFile& file : replaced) {
     KDPathRecord* path = store_->findPath(file.path);
     auto place = platform_.fileSystem.open(std::string(parentPath(file.savedPath)));
-    if (!path || !place) continue;
-    const auto saved = (*place)->attributes(lastPathComponent(file.savedPath));
+    if (!path || judged_.contains(file.savedPath)) continue;
+    const auto saved = place ? (*place)->attributes(lastPathComponent(file.savedPath))
+                             : Result<FileAttributes>(tl::unexpected(place.error()));
+    if (!saved && saved.error().kind != FailureKind::Absent) isSettled = false;
     if (!saved || saved->kind == FileKind::Directory) continue;
     const KDDiskState* disk = path->disk;
     const std::string_view savedName = lastPathComponent(file.savedPath);
@@ -26,6 +28,7 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
       // A link that was taken for the version, and led elsewhere.
       const bool wasOther = disk->isGuess && saved->kind == FileKind::Link;
       if (wasOther && !(*place)->trash(savedName)) isSettled = false;
+      judged_.insert(file.savedPath);
       continue;
     }
     const auto kept = folder_->attributes(file.path);
@@ -44,6 +47,7 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     const bool isMeanwhile = disk && disk->kind == FileKind::Directory;
     if (!isRecordOld && !isMeanwhile &&
         tree_->versionWithModTime(*path, comparedTime(*saved), settings_.userId)) {
+      judged_.insert(file.savedPath);
       continue;
     }
     const auto putAway = [&](const char* what) {
@@ -76,7 +80,7 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
     }
     // Only what surely came from others may be overwritten.
     const bool isOthers =
-        isRecorded ? !mayBeEdited && !disk->isGuess : copying_.contains(file.path);
+        isRecorded ? !mayBeEdited && !disk->isUnseen : copying_.contains(file.path);
     const auto lies = here && isOthers ? std::optional(*here) : std::nullopt;
     if (here && !isOthers && !folder_->trash(file.path)) {
       isSettled = false;
@@ -87,15 +91,23 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
       record_->forget(*path);
       (void)flush();
     }
+    const auto moved = folder_->moveIn(file.savedPath, file.path, lies);
+    if (!moved && moved.error().kind == FailureKind::Absent) {
+      putAway("edited while a newer version arrived");  // and its directory is gone
+      continue;
+    }
     platform_.log.warning(
         "'{}' in {} was edited while a newer version arrived; the edit stays and becomes a branch.",
         file.path, settings_.folderPath);
-    if (const auto moved = folder_->moveIn(file.savedPath, file.path, lies); !moved) {
+    if (!moved) {
       platform_.log.error("{} It is kept at '{}'.", moved.error().message(), file.savedPath);
       isSettled = false;
       continue;
     }
     copying_.erase(file.path);
+  }
+  if (isSettled) {  // the run is closed
+    for (const ReplacedFile& file : replaced) judged_.erase(file.savedPath);
   }
   return isSettled;
 }

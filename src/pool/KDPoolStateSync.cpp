@@ -375,6 +375,9 @@ std::set<std::string> KDPoolState::prepareCopy(const std::set<std::string>& file
       // Deleted by someone, or to become a directory, or perhaps another file than its time tells:
       // what came before its author had logged it, for one, and the tool would leave it alone.
       trashOne(text);
+      // Where no Trash takes it, or it was saved again just now, the tool would replace it.
+      const auto left = folder_->attributes(text);
+      if (left || left.error().kind != FailureKind::Absent) continue;
     }
     if (isFree) {
       ready.insert(text);

@@ -203,7 +203,10 @@ Result<> VersionStore::restore(const std::string& poolHash, const std::string& p
   }
   const std::int64_t keptTime = version->modTime;
   // The time first: nobody must ever see the old content with its old time in the folder.
+  const auto keptNow = folder_->attributes(kept);
+  const bool liesThere = current && keptNow && keptNow->isSameAs(*current);  // under a second name
   if (const auto timed = folder_->setModTime(kept, time); !timed) return timed;
+  if (liesThere) return folder_->removeFile(kept);
   if (const std::string parent(parentPath(path)); !parent.empty()) {
     if (const auto made = folder.makeDirectories(parent); !made) return made;
   }
@@ -276,8 +279,14 @@ void VersionStore::prunePool(const std::string& pool, const VersionLimits& limit
     const std::size_t runEnd = path.find('/', pool.size() + 1);
     --filesInRun[path.substr(0, runEnd)];
   }
+  // What is kept by hand has its folder a moment before the file is in it.
+  constexpr double LongestKeep = 3600;  // seconds
   for (const auto& [run, count] : filesInRun) {
-    if (count == 0) static_cast<void>(folder_->removeTree(run));
+    const std::string_view name = lastPathComponent(run);
+    const auto start = startOfRun(name);
+    const bool mayBeFilled = name.find("-r") != std::string_view::npos && start &&
+                             static_cast<double>(*start) + LongestKeep > platform_.clock.now();
+    if (count == 0 && !mayBeFilled) static_cast<void>(folder_->removeTree(run));
   }
 }
 

@@ -102,6 +102,30 @@ TEST_F(KDPoolStateGuardTest, ofTwoEditsThatNobodyLoggedNoneIsOverwritten) {
   EXPECT_TRUE(host.files.wasTrashed("saved before"));
 }
 
+TEST_F(KDPoolStateGuardTest, aRunThatStaysOpenDoesNotBringBackWhatItReplaced) {
+  const std::string known = Saved + std::string("-known");
+  arrives(bob, {line(100, 0, "f", 90), line(110, 0, "d/g", 80)});
+  fetch("f", "first", 90);
+  fetch("d/g", "first", 80);
+  arrives(bob, {line(200, 100, "f", 190), line(210, 110, "d/g", 180)});
+  ASSERT_EQ(ready("f", 6, 190).size(), 1U);
+  host.files.save(known, "first", 90);
+  host.files.save(Saved, "edit of d/g", 85);
+  const std::vector<ReplacedFile> replaced = {{"f", known}, {"d/g", Saved}};
+  host.files.faults.failAlways("moveIn");
+  EXPECT_FALSE(state->settleReplacedFiles(replaced));
+  host.files.faults.clear();
+  host.files.save(path("f"), "second", 190);
+  state->checkTodoFiles();
+  arrives(bob, {line(300, 200, "f", 290)});
+  ASSERT_EQ(ready("f", 5, 290).size(), 1U);
+  host.files.save(path("f"), "third", 290);  // copied, and not on record yet
+  host.files.remove(path("d"));
+  EXPECT_TRUE(state->settleReplacedFiles(replaced));
+  EXPECT_EQ(read("f"), "third");
+  EXPECT_TRUE(host.files.wasTrashed("edit of d/g")) << "its directory is gone";
+}
+
 TEST_F(KDPoolStateGuardTest, whatCameBeforeItsAuthorLoggedItIsFetchedAgain) {
   arrives(bob, {line(100, 0, "f", 90)});
   ASSERT_EQ(ready("f", 5, 90).size(), 1U);

@@ -266,6 +266,11 @@ TEST_F(KDPoolStateTest, finishesAChoiceThatWasLeftHalfDone) {
   EXPECT_EQ(missing(), std::vector<std::string>{"f"});
   EXPECT_EQ(state->timeWarpedFilesFromSet({"f"}), std::set<std::string>{"f"})
       << "the later time of what lies here must not keep the chosen version away";
+  const ParticipantAddress address{"bob", "beta.local", 50000, "Docs"};
+  EXPECT_TRUE(
+      state->prepareCopy(state->decideListing({{'-', 5, {190}, "f"}}, address).files).empty())
+      << "no Trash takes what lies here, and nobody else may have it";
+  host.files.faults.clear();
   fetch("f", "bob's", 190);
   EXPECT_TRUE(missing().empty());
 }

@@ -124,6 +124,10 @@ TEST(VersionStore, boundsEachPoolByItselfAndGivesVersionsBack) {
   const auto now = *store.versionsOf("two", "d/a");
   ASSERT_EQ(2U, now.size()) << "the one of the refused attempt, too";
   EXPECT_EQ(future, now[0].modTime);
+  const auto lies = store.keep("two", "d/a", *folder);  // a second name for what still lies there
+  ASSERT_TRUE(store.restore("two", "d/a", *lies, *folder));
+  EXPECT_EQ(big, host.files.readAll("/pool/d/a"));
+  EXPECT_EQ(future + 2, host.files.attributesOf("/pool/d/a")->modTime);
   EXPECT_TRUE(store.openRuns("two")->empty()) << "no sync may take it for its own";
   EXPECT_TRUE(folder->list(".Zolvar")->empty()) << "something is left aside";
 }

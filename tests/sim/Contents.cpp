@@ -110,8 +110,8 @@ void Contents::noteLogged(const SimulatedPeer& peer) {
     const auto fields = fieldsOf(line);
     if (fields.size() < 4 || fields[3] == "0") continue;
     const std::string path = folder_ + "/" + fields[2];
-    const auto time = static_cast<std::int64_t>(std::stod(fields[3]));
-    std::string& content = versions_[{path, peer.userId(), std::stod(fields[0])}];
+    const auto time = static_cast<std::int64_t>(numberIn(fields[3]));
+    std::string& content = versions_[{path, peer.userId(), numberIn(fields[0])}];
     const auto attributes = peer.host.files.attributesOf(peer.path(path));
     if (attributes && attributes->kind == FileKind::Directory) {
       content = "/";
