@@ -346,13 +346,15 @@ void ScheduleRun::keepApart(SimulatedPeer& author, const std::string& path) {
   };
   std::int64_t time = made->modTime;
   const auto isTaken = [&] {
-    const auto [known, isNew] =
-        timesOf_.try_emplace({path, time}, author.name(), isUnseenAt(author));
-    const auto& [first, wasUnseen] = known->second;
-    if (isNew || first == author.name()) return false;
-    return isUnseenAt(author) || (wasUnseen && isUnseenAt(peer(first)));
+    const auto& authors = timesOf_[{path, time}];
+    return std::any_of(authors.begin(), authors.end(), [&](const auto& other) {
+      const auto& [name, wasUnseen] = other;
+      if (name == author.name()) return false;
+      return isUnseenAt(author) || (wasUnseen && isUnseenAt(peer(name)));
+    });
   };
   while (isTaken() && made->kind != FileKind::Directory) ++time;
+  timesOf_[{path, time}].try_emplace(author.name(), isUnseenAt(author));
   (*files.tree().resolve(place, false))->modTime = time;
   files.flush();
 }

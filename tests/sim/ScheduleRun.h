@@ -78,8 +78,8 @@ class ScheduleRun {
   SimulatedPeer* quitting_ = nullptr;                                       ///< just now
   std::set<std::string> gone_;
   bool keepsApart_ = false;
-  /// Path and time → who made it first, and whether nobody looked.
-  std::map<std::pair<std::string, std::int64_t>, std::pair<std::string, bool>> timesOf_;
+  /// Path and time → who made a file of it, and whether nobody looked then.
+  std::map<std::pair<std::string, std::int64_t>, std::map<std::string, bool>> timesOf_;
   std::set<std::string> furnished_;
   std::map<std::string, std::pair<std::string, std::string>> drops_;  ///< path → who, what
   std::string password_;
