@@ -184,30 +184,37 @@ void ScheduleRun::checkSame(const std::string& when) {
     std::erase_if(missing, isUnshared);
     for (const Conflict& conflict : *peer->snapshot(Docs)->conflicts) {
       if (isUnshared(conflict.path)) continue;
+      // What only somebody who has left has stays on the list of missing files. So does what others
+      // only have together with another version of its second.
+      const auto isWithinReach = [&](const ConflictVersion& version) {
+        const bool isShared =
+            Contents::versionCount(logsOf(*peer), conflict.path, version.modTime) > 1;
+        return std::any_of(peers.begin(), peers.end(), [&](auto* other) {
+          const auto theirs = other->missing(Docs);
+          const bool isSure = !isShared || version.id.userId == other->userId();
+          return other != peer && isSure && choice(*other, conflict.path) == version.id &&
+                 std::find(theirs.begin(), theirs.end(), conflict.path) == theirs.end();
+        });
+      };
       std::size_t chosen = 0;
       for (const ConflictVersion& version : conflict.versions) {
         if (!version.isLocal) continue;
         ++chosen;
         const std::string wanted = contents_.ofVersion(conflict.path, version.id);
         const std::string& here = contents[conflict.path];
-        // Chosen from somebody who has left, it stays on the list of missing files. So does what
-        // others only have together with another version of its second.
-        const bool isShared =
-            Contents::versionCount(logsOf(*peer), conflict.path, version.modTime) > 1;
-        const bool isWithinReach = std::any_of(peers.begin(), peers.end(), [&](auto* other) {
-          const auto theirs = other->missing(Docs);
-          const bool isSure = !isShared || version.id.userId == other->userId();
-          return other != peer && isSure && choice(*other, conflict.path) == version.id &&
-                 std::find(theirs.begin(), theirs.end(), conflict.path) == theirs.end();
-        });
-        if (!isWithinReach && missing.contains(conflict.path)) {
+        if (!isWithinReach(version) && missing.contains(conflict.path)) {
           missing.erase(conflict.path);
         } else if (!wanted.empty() && here != wanted && !isWithLeaverOnly(version.id, wanted) &&
                    !isGivenAway(wanted, conflict.path, here)) {
           say(" has " + here + " at " + conflict.path + ", and chose " + wanted);
         }
       }
-      if (chosen != 1) say(" has chosen no version of " + conflict.path);
+      if (chosen == 0 && missing.contains(conflict.path) &&
+          std::none_of(conflict.versions.begin(), conflict.versions.end(), isWithinReach)) {
+        missing.erase(conflict.path);  // the first that arrives would be taken
+      } else if (chosen != 1) {
+        say(" has chosen no version of " + conflict.path);
+      }
     }
     std::erase_if(contents, [&](const auto& file) { return inConflict(file.first); });
     if (peer == peers.front()) expected = contents;
