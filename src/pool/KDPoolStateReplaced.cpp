@@ -27,8 +27,11 @@ bool KDPoolState::settleReplacedFiles(const std::vector<ReplacedFile>& replaced)
         disk->modTime == saved->modTime) {
       // A link that was taken for the version, and led elsewhere.
       const bool wasOther = disk->isGuess && saved->kind == FileKind::Link;
-      if (wasOther && !(*place)->trash(savedName)) isSettled = false;
-      judged_.insert(file.savedPath);
+      if (wasOther && !(*place)->trash(savedName)) {
+        isSettled = false;
+      } else {
+        judged_.insert(file.savedPath);
+      }
       continue;
     }
     const auto kept = folder_->attributes(file.path);
