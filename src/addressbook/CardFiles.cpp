@@ -165,7 +165,12 @@ Result<> CardFiles::change(const CardWrite& write, const std::string& name) {
   std::string whole = *text;
   whole.replace(static_cast<std::size_t>(cards.front().data() - text->data()), cards.front().size(),
                 changed);
-  return folder_->replace(name, whole, attributes->mode);
+  return folder_->replace(name, whole, attributes->mode, [&]() -> Result<> {
+    const auto there = folder_->read(name, 0, LargestFile);
+    if (there && *there == *text) return {};
+    return fail(FailureKind::Transient, "change the contact", write.id,
+                "another program has just changed its file");
+  });
 }
 
 Result<CardFiles::Changes> CardFiles::add(const CardWrite& write) {
@@ -173,9 +178,13 @@ Result<CardFiles::Changes> CardFiles::add(const CardWrite& write) {
   for (int number = 2; folder_->attributes(name); ++number) {
     name = fmt::format("{}-{}{}", write.id, number, Extension);
   }
-  if (const auto written = folder_->replace(name, write.text, PrivateMode); !written) {
-    return tl::unexpected(written.error());
-  }
+  const auto written = folder_->replace(name, write.text, PrivateMode, [&]() -> Result<> {
+    const auto there = folder_->attributes(name);
+    if (!there && there.error().kind == FailureKind::Absent) return {};
+    return fail(FailureKind::Transient, "add the contact", write.id,
+                "another program has just made a file of its name");
+  });
+  if (!written) return tl::unexpected(written.error());
   return look(name);
 }
 

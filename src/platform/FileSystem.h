@@ -50,6 +50,8 @@ class Folder {
   using WalkErrors = std::function<void(std::string_view directory, const Failure& failure)>;
   /// Fills `bytes` with up to its size and returns the count; 0 at the end of the file.
   using Reader = std::function<Result<std::size_t>(char* buffer, std::size_t size)>;
+  /// Tells whether what is about to be replaced may be.
+  using Check = std::function<Result<>()>;
 
   virtual ~Folder() = default;
 
@@ -74,8 +76,14 @@ class Folder {
   virtual Result<Reader> open(std::string_view path, std::uint64_t offset) = 0;
   /// Appends in one write, flushes to disk; creates the file when absent (mode 0644).
   virtual Result<> append(std::string_view path, std::string_view bytes) = 0;
-  /// Replaces the file as a whole: written aside, synced, renamed, directory synced.
-  virtual Result<> replace(std::string_view path, std::string_view bytes, std::uint32_t mode) = 0;
+  /// Replaces the file as a whole: written aside, synced, renamed, directory synced. `check`,
+  /// unless empty, is asked directly before the rename; its failure is returned, and replaces
+  /// nothing.
+  virtual Result<> replace(std::string_view path, std::string_view bytes, std::uint32_t mode,
+                           const Check& check) = 0;
+  Result<> replace(std::string_view path, std::string_view bytes, std::uint32_t mode) {
+    return replace(path, bytes, mode, {});
+  }
 
   /// Whatever was written beneath the root, by whomever, is on the disk afterwards. Takes as long
   /// as the disk does, perhaps with what others have written there.

@@ -162,6 +162,31 @@ TEST_F(CardFolderTest, triesAgainWhatTheDiskRefused) {
   EXPECT_EQ(content("a.vcf"), card("UID:a\nN:B\nNICKNAME:Al\n"));
 }
 
+TEST_F(CardFolderTest, replacesNothingThatIsSavedMeanwhile) {
+  write("a.vcf", card("UID:a\nN:A\n"));
+  AddressBook& book = open();
+  const auto saveMeanwhile = [this](const std::string& lines) {
+    platform_.files.faults.beforeCall = [this, lines](std::string_view operation,
+                                                      std::string_view name) {
+      if (operation != "replace" || !name.ends_with(".vcf")) return;
+      platform_.files.faults.beforeCall = {};
+      write(std::string(name), card(lines));
+    };
+  };
+  saveMeanwhile("UID:a\nN:B\n");  // of the same second and size
+  ASSERT_TRUE(book.setValues("a", {{ABProperty::Nickname, "Al"}}));
+  ASSERT_TRUE(book.save());
+  platform_.loop.advance(60);
+  EXPECT_EQ(content("a.vcf"), card("UID:a\nN:B\nNICKNAME:Al\n"));
+
+  saveMeanwhile("UID:other\nN:Other\n");
+  ASSERT_TRUE(book.addPerson(*book.personWithVCardData(card("UID:new\nN:New\n"))));
+  ASSERT_TRUE(book.save());
+  platform_.loop.advance(60);
+  EXPECT_EQ(content("new.vcf"), card("UID:other\nN:Other\n"));
+  EXPECT_EQ(content("new-2.vcf"), card("UID:new\nN:New\n"));
+}
+
 TEST_F(CardFolderTest, aMissingFolderIsNotAnEmptyOne) {
   AddressBook& book = open();
   EXPECT_EQ(people(), "");

@@ -153,9 +153,10 @@ Result<> SimulatedFolder::append(std::string_view path, std::string_view bytes) 
   return {};
 }
 
-Result<> SimulatedFolder::replace(std::string_view path, std::string_view bytes,
-                                  std::uint32_t mode) {
+Result<> SimulatedFolder::replace(std::string_view path, std::string_view bytes, std::uint32_t mode,
+                                  const Check& check) {
   if (const auto begun = begin("replace", path); !begun) return begun;
+  if (const auto checked = check ? check() : Result<>(); !checked) return checked;
   const auto place = tree_.place(root_, path);
   if (!place) return failed(place, "replace", path);
   const auto written = tree_.replaceFile(*place, bytes, mode, true);
@@ -169,7 +170,7 @@ Result<> SimulatedFolder::flush() {
   return {};
 }
 
-Result<> SimulatedFolder::clear(std::string_view path) { return replace(path, "", 0644); }
+Result<> SimulatedFolder::clear(std::string_view path) { return replace(path, "", 0644, {}); }
 
 Result<> SimulatedFolder::link(std::string_view from, std::string_view to) {
   const auto node = file("link", from);

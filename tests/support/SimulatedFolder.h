@@ -19,7 +19,8 @@ class SimulatedFolder : public Folder {
                            std::uint64_t limit) override;
   Result<Reader> open(std::string_view path, std::uint64_t offset) override;
   Result<> append(std::string_view path, std::string_view bytes) override;
-  Result<> replace(std::string_view path, std::string_view bytes, std::uint32_t mode) override;
+  Result<> replace(std::string_view path, std::string_view bytes, std::uint32_t mode,
+                   const Check& check) override;
   Result<> flush() override;
   Result<> clear(std::string_view path) override;
   Result<> link(std::string_view from, std::string_view to) override;

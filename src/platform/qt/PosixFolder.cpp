@@ -157,7 +157,8 @@ Result<> PosixFolder::append(std::string_view path, std::string_view bytes) {
   return item ? syncDirectory(item->parent.get(), path) : tl::unexpected(item.error());
 }
 
-Result<> PosixFolder::replace(std::string_view path, std::string_view bytes, std::uint32_t mode) {
+Result<> PosixFolder::replace(std::string_view path, std::string_view bytes, std::uint32_t mode,
+                              const Check& check) {
   constexpr const char* Attempt = "write";
   const auto item = openParentBeneath(root_.get(), path, Attempt);
   if (!item) return tl::unexpected(item.error());
@@ -167,8 +168,11 @@ Result<> PosixFolder::replace(std::string_view path, std::string_view bytes, std
       openBeneath(parent, aside, O_WRONLY | O_CREAT | O_EXCL, Attempt, S_IRUSR | S_IWUSR);
   if (!file) return tl::unexpected(file.error());
   auto done = writeAll(file->get(), bytes, path);
-  if (done && (fchmod(file->get(), mode & 07777U) != 0 || fsync(file->get()) != 0 ||
-               renameat(parent, aside.c_str(), parent, item->name.c_str()) != 0)) {
+  if (done && (fchmod(file->get(), mode & 07777U) != 0 || fsync(file->get()) != 0)) {
+    done = failed(Attempt, path);
+  }
+  if (done && check) done = check();  // flushing takes its time
+  if (done && renameat(parent, aside.c_str(), parent, item->name.c_str()) != 0) {
     done = failed(Attempt, path);
   }
   if (!done) {
