@@ -129,6 +129,15 @@ void Contents::noteLogged(const SimulatedPeer& peer) {
   }
 }
 
+bool Contents::isUnlogged(const std::string& author, const std::string& path,
+                          std::int64_t time) const {
+  return std::any_of(written_.begin(), written_.end(), [&](const auto& one) {
+    const Written& written = one.second;
+    return !written.isLogged && written.author == author && written.path == path &&
+           written.time == time;
+  });
+}
+
 bool Contents::gaveWayTo(const std::string& content, const std::string& other) const {
   const auto before = written_.find(content);
   const auto after = written_.find(other);
@@ -192,7 +201,7 @@ std::string Contents::losses(const std::vector<SimulatedPeer*>& peers) const {
     everywhere.insert(here.begin(), here.end());
   }
   for (const auto& [content, written] : written_) {
-    if (written.isReplaced) continue;
+    if (written.isReplaced || isConfused(written.path, written.time)) continue;
     const bool isHere =
         written.isLogged ? everywhere.contains(content) : found[written.author].contains(content);
     if (isHere) continue;

@@ -29,6 +29,14 @@ class Contents {
 
   /// Notes which versions the peer has logged since the last call, and what they hold.
   void noteLogged(const SimulatedPeer& peer);
+  /// Whether the author wrote something there, with that time, and has not logged it.
+  [[nodiscard]] bool isUnlogged(const std::string& author, const std::string& path,
+                                std::int64_t time) const;
+  /// From now on nobody can say which of the files of that path and time is the version.
+  void confuse(const std::string& path, std::int64_t time) { confused_.emplace(path, time); }
+  [[nodiscard]] bool isConfused(const std::string& path, std::int64_t time) const {
+    return confused_.contains({path, time});
+  }
   /// What the version holds: a file's content, "/" or "-> target"; empty when that was not seen.
   [[nodiscard]] std::string ofVersion(const std::string& path, const VersionId& version) const;
   /// Whether its author has changed or erased the content, and the other one has its second.
@@ -61,6 +69,7 @@ class Contents {
       history_;  ///< peer and path → what was written there
   std::map<std::tuple<std::string, std::string, double>, std::string> versions_;
   std::map<std::string, std::size_t> logRead_;
+  std::set<std::pair<std::string, std::int64_t>> confused_;
   std::multiset<std::string> before_;
 };
 

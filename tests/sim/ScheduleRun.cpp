@@ -85,6 +85,7 @@ void ScheduleRun::mayDie(const std::function<void()>& something) {
     auto& files = dead->host.files;
     if (!files.faults.isFrozen() && !dead->host.processes.faults.isFrozen()) continue;
     const Plan plan = plans_[dead->name()];
+    endsLooking(*dead);
     dead->crash();
     files.faults.beforeCall = {};
     if (plan.losesUnflushed) {
@@ -96,7 +97,10 @@ void ScheduleRun::mayDie(const std::function<void()>& something) {
   }
   // The end of another must not leave a program between on and off.
   SimulatedPeer* const quitting = std::exchange(quitting_, nullptr);
-  if (quitting != nullptr && quitting->isRunning()) quitting->crash();
+  if (quitting != nullptr && quitting->isRunning()) {
+    endsLooking(*quitting);
+    quitting->crash();
+  }
 }
 
 void ScheduleRun::pass(double seconds) {
@@ -182,14 +186,17 @@ bool ScheduleRun::performByProgram(SimulatedPeer& peer, const Words& words) {
     peer.host.clock.step(number(words[1]) - std::exchange(skew, number(words[1])));
   } else if (verb == "quit") {
     if (!peer.isRunning()) return true;
+    endsLooking(peer);
     quitting_ = &peer;
     peer.quit();
     quitting_ = nullptr;
   } else if (verb == "off") {
+    endsLooking(peer);
     if (peer.isRunning()) peer.setIsOn(false);
   } else if (verb == "start") {
     restart(peer);
   } else if (verb == "leave") {
+    endsLooking(peer);
     if (peer.isRunning()) peer.setIsOn(false);
     gone_.insert(peer.name());
     note("left for ever");
@@ -259,8 +266,10 @@ bool ScheduleRun::performByPerson(SimulatedPeer& peer, const Words& words) {
     if (net.world.clock.now() > Start + 150) note("late subscription");
     operations.subscribe(Docs, peer.path(Docs), password, done);
   } else if (verb == "unsubscribe") {
-    if (isActive) note("unsubscribed");
-    if (isActive) (void)operations.unsubscribe(Docs);
+    if (!isActive) return true;
+    note("unsubscribed");
+    endsLooking(peer);
+    (void)operations.unsubscribe(Docs);
   } else if (verb == "password") {
     password_ = words[1] == "-" ? "" : words[1];
     if (isActive) operations.setPassword(Docs, password_, done);
@@ -359,6 +368,22 @@ void ScheduleRun::keepApart(SimulatedPeer& author, const std::string& path) {
   timesOf_[{path, time}].try_emplace(author.name(), isUnseenAt(author));
   (*files.tree().resolve(place, false))->modTime = time;
   files.flush();
+}
+
+/// What was written here and not logged before the program ended, or the folder was left, may have
+/// gone to others as another author's version of its second.
+void ScheduleRun::endsLooking(SimulatedPeer& peer) {
+  if (!keepsApart_) return;
+  contents_.noteLogged(peer);
+  for (auto& [file, authors] : timesOf_) {
+    const auto author = authors.find(peer.name());
+    const auto& [path, time] = file;
+    if (author == authors.end() || !contents_.isUnlogged(peer.name(), path, time)) continue;
+    author->second = true;
+    if (authors.size() < 2 || contents_.isConfused(path, time)) continue;
+    contents_.confuse(path, time);
+    note("seconds left out");
+  }
 }
 
 void ScheduleRun::change(SimulatedPeer& peer, const Words& words) {

@@ -34,6 +34,7 @@ class ScheduleRun {
   bool performByPerson(SimulatedPeer& peer, const Words& words);
   void change(SimulatedPeer& peer, const Words& words);
   void keepApart(SimulatedPeer& author, const std::string& path);
+  void endsLooking(SimulatedPeer& peer);
   void make(SimulatedPeer& peer, const std::string& path, FileKind kind,
             const std::function<void(const std::string& path)>& making);
   void decide(SimulatedPeer& peer, bool uses, std::size_t conflict, std::size_t version);
@@ -52,6 +53,7 @@ class ScheduleRun {
   bool resolveOne();
   static std::optional<VersionId> choice(SimulatedPeer& peer, const std::string& path);
   void checkSame(const std::string& when);
+  bool isConfused(const std::string& path);
   std::set<std::string> unsharedPaths();
   std::vector<std::pair<std::string, std::string>> logsOf(SimulatedPeer& peer);
   void countCutLoads();
