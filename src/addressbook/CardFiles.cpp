@@ -115,34 +115,37 @@ CardFiles::Changes CardFiles::look(const std::string& name) {
   return takeOver({}, std::move(fresh));
 }
 
-Result<CardFiles::Changes> CardFiles::write(const CardWrite& write) {
-  if (write.kind == CardWrite::Kind::Add) return add(write);
-  Changes changes;
+void CardFiles::Changes::add(Changes later) {
+  for (auto& [id, card] : later.changed) {
+    std::erase(removed, id);
+    changed[id] = std::move(card);
+  }
+  for (auto& id : later.removed) {
+    changed.erase(id);
+    removed.push_back(std::move(id));
+  }
+}
+
+Result<> CardFiles::write(const CardWrite& write, Changes& changes) {
+  if (write.kind == CardWrite::Kind::Add) return add(write, changes);
   const auto owner = owners_.find(write.id);
   const auto there = owner == owners_.end() ? std::vector<std::string>() : cardsOf(owner->second);
   if (there.size() != 1 || there.front() != cards_.at(write.id).text) {
     // Changed, renamed or removed since.
     auto scanned = scan(owner == owners_.end() ? std::set<std::string>() : std::set{owner->second});
-    if (!scanned) return scanned;
-    changes = std::move(*scanned);
+    if (!scanned) return tl::unexpected(scanned.error());
+    changes.add(std::move(*scanned));
   }
   const auto card = cards_.find(write.id);
-  if (card == cards_.end()) return changes;
+  if (card == cards_.end()) return {};
   if (!card->second.isWritable) {
     return fail(FailureKind::Refused, "change the contact", write.id,
                 "its file holds several contacts");
   }
   const std::string name = owners_.at(write.id);
-  const auto done = write.kind == CardWrite::Kind::Remove ? remove(name) : change(write, name);
-  if (!done) return tl::unexpected(done.error());
-  Changes after = look(name);
-  for (auto& [id, changed] : changes.changed) {
-    if (cards_.contains(id)) after.changed.try_emplace(id, std::move(changed));
-  }
-  for (auto& id : changes.removed) {
-    if (!cards_.contains(id)) after.removed.push_back(std::move(id));
-  }
-  return after;
+  auto done = write.kind == CardWrite::Kind::Remove ? remove(name) : change(write, name);
+  if (done) changes.add(look(name));
+  return done;
 }
 
 Result<> CardFiles::remove(const std::string& name) {
@@ -168,24 +171,26 @@ Result<> CardFiles::change(const CardWrite& write, const std::string& name) {
   return folder_->replace(name, whole, attributes->mode, [&]() -> Result<> {
     const auto there = folder_->read(name, 0, LargestFile);
     if (there && *there == *text) return {};
+    if (!there && there.error().kind != FailureKind::Absent) return tl::unexpected(there.error());
     return fail(FailureKind::Transient, "change the contact", write.id,
                 "another program has just changed its file");
   });
 }
 
-Result<CardFiles::Changes> CardFiles::add(const CardWrite& write) {
+Result<> CardFiles::add(const CardWrite& write, Changes& changes) {
   std::string name = write.id + std::string(Extension);
   for (int number = 2; folder_->attributes(name); ++number) {
     name = fmt::format("{}-{}{}", write.id, number, Extension);
   }
-  const auto written = folder_->replace(name, write.text, PrivateMode, [&]() -> Result<> {
+  auto written = folder_->replace(name, write.text, PrivateMode, [&]() -> Result<> {
     const auto there = folder_->attributes(name);
     if (!there && there.error().kind == FailureKind::Absent) return {};
+    if (!there) return tl::unexpected(there.error());
     return fail(FailureKind::Transient, "add the contact", write.id,
                 "another program has just made a file of its name");
   });
-  if (!written) return tl::unexpected(written.error());
-  return look(name);
+  if (written) changes.add(look(name));
+  return written;
 }
 
 std::map<std::string, std::string> CardFiles::idsByFile() const {

@@ -22,6 +22,7 @@ class CardFiles {
   struct Changes {
     KeptCards changed;
     std::vector<std::string> removed;
+    void add(Changes later);
   };
 
   CardFiles(std::unique_ptr<Folder> folder, std::string path);
@@ -32,7 +33,8 @@ class CardFiles {
   Result<Changes> scan(const std::set<std::string>& suspects);
   /// Fails: Transient may work later; anything else is given up. What is written is what the next
   /// scan would find. A card that is gone is not changed, and not missed when it is to be removed.
-  Result<Changes> write(const CardWrite& write);
+  /// Adds to `changes`, also where it fails, what has become known by it.
+  Result<> write(const CardWrite& write, Changes& changes);
 
   [[nodiscard]] FileIdentity identity() const { return folder_->identity(); }
   [[nodiscard]] const KeptCards& cards() const { return cards_; }
@@ -49,7 +51,7 @@ class CardFiles {
   [[nodiscard]] std::vector<std::string> cardsOf(const std::string& name);
   Changes takeOver(const std::vector<std::string>& gone, std::map<std::string, File> fresh);
   Changes look(const std::string& name);
-  Result<Changes> add(const CardWrite& write);
+  Result<> add(const CardWrite& write, Changes& changes);
   Result<> change(const CardWrite& write, const std::string& name);
   Result<> remove(const std::string& name);
 

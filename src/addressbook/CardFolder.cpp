@@ -180,20 +180,11 @@ void CardFolder::writeQueued() {
     while (!inside.writes.empty()) {
       outcome.isWriteWaiting = !inside.files;
       if (!inside.files) break;
-      auto written = inside.files->write(inside.writes.front());
+      const auto written = inside.files->write(inside.writes.front(), *outcome.changes);
       if (!written) {
         outcome.failures.push_back(written.error());
         outcome.isWriteWaiting = written.error().kind == FailureKind::Transient;
         if (outcome.isWriteWaiting) break;
-      } else {
-        for (auto& [id, card] : written->changed) {
-          std::erase(outcome.changes->removed, id);
-          outcome.changes->changed[id] = std::move(card);
-        }
-        for (auto& id : written->removed) {
-          outcome.changes->changed.erase(id);
-          outcome.changes->removed.push_back(std::move(id));
-        }
       }
       inside.writes.pop_front();
       ++outcome.written;

@@ -175,7 +175,11 @@ TEST_F(CardFolderTest, replacesNothingThatIsSavedMeanwhile) {
   };
   saveMeanwhile("UID:a\nN:B\n");  // of the same second and size
   ASSERT_TRUE(book.setValues("a", {{ABProperty::Nickname, "Al"}}));
+  write("a.vcf", card("UID:a\nN:C\n"));
+  write("b.vcf", card("UID:b\nN:B\n"));
   ASSERT_TRUE(book.save());
+  platform_.loop.advance(2);
+  EXPECT_EQ(people(), "a=B b=B");
   platform_.loop.advance(60);
   EXPECT_EQ(content("a.vcf"), card("UID:a\nN:B\nNICKNAME:Al\n"));
 

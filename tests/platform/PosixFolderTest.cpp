@@ -111,10 +111,16 @@ TEST_F(PosixFolderTest, writesWholeFilesOrNothing) {
   ASSERT_TRUE(folder_->makeDirectories("a/b/c"));
   ASSERT_TRUE(folder_->replace("a/b/c/secret", "first", 0600));
   ASSERT_TRUE(folder_->replace("a/b/c/secret", "second", 0600));
-  EXPECT_EQ(FailureKind::Transient, kindOf(folder_->replace("a/b/c/secret", "third", 0600, [] {
-              return Result<>(fail(FailureKind::Transient, "write", "secret"));
-            })));
-  EXPECT_EQ(1, std::distance(fs::directory_iterator(outer_.path("a/b/c")), {}));
+  const auto files = [&] {
+    return std::distance(fs::directory_iterator(outer_.path("a/b/c")), {});
+  };
+  const auto refuse = [&]() -> Result<> {
+    EXPECT_EQ(2, files()) << "the new one lies there and is flushed";
+    return fail(FailureKind::Transient, "write", "secret");
+  };
+  EXPECT_EQ(FailureKind::Transient,
+            kindOf(folder_->replace("a/b/c/secret", "third", 0600, refuse)));
+  EXPECT_EQ(1, files());
   EXPECT_EQ("second", outer_.content("a/b/c/secret"));
   EXPECT_EQ(0600U, folder_->attributes("a/b/c/secret")->mode);
   ASSERT_FALSE(folder_->replace("a/b", "over a folder", 0600));
