@@ -133,8 +133,8 @@ bool Contents::isUnlogged(const std::string& author, const std::string& path,
                           std::int64_t time) const {
   return std::any_of(written_.begin(), written_.end(), [&](const auto& one) {
     const Written& written = one.second;
-    return !written.isLogged && written.author == author && written.path == path &&
-           written.time == time;
+    return !written.isLogged && !written.isReplaced && written.author == author &&
+           written.path == path && written.time == time;
   });
 }
 
@@ -179,6 +179,7 @@ std::string Contents::losses(const std::vector<SimulatedPeer*>& peers) const {
   std::string text;
   std::map<std::string, std::unordered_set<std::string_view>> found;
   std::unordered_set<std::string_view> everywhere;
+  std::unordered_set<std::string_view> kept;
   for (SimulatedPeer* peer : peers) {
     auto& here = found[peer->name()];
     const std::string home = peer->host.files.homeFolder();
@@ -190,7 +191,7 @@ std::string Contents::losses(const std::vector<SimulatedPeer*>& peers) const {
                const auto versions = path.find("/versions/");
                const bool isKept = versions != std::string::npos &&
                                    path.find(".open/", versions) == std::string::npos;
-               if (!isKept) here.insert(file.content);
+               (isKept ? kept : here).insert(file.content);
                if (path == "/other/x") precious += file.content == "precious" ? 1 : 2;
                const bool isOurs = path.starts_with("/" + folder_ + "/") ||
                                    path.starts_with("/.") || path == "/other/x";
@@ -201,7 +202,9 @@ std::string Contents::losses(const std::vector<SimulatedPeer*>& peers) const {
     everywhere.insert(here.begin(), here.end());
   }
   for (const auto& [content, written] : written_) {
-    if (written.isReplaced || isConfused(written.path, written.time)) continue;
+    if (written.isReplaced) continue;
+    // Others may have taken another file for it, and put theirs over it.
+    if (isConfused(written.path, written.time) && kept.contains(content)) continue;
     const bool isHere =
         written.isLogged ? everywhere.contains(content) : found[written.author].contains(content);
     if (isHere) continue;

@@ -29,7 +29,8 @@ class Contents {
 
   /// Notes which versions the peer has logged since the last call, and what they hold.
   void noteLogged(const SimulatedPeer& peer);
-  /// Whether the author wrote something there, with that time, and has not logged it.
+  /// Whether the author wrote something there, with that time, and has neither logged nor replaced
+  /// it.
   [[nodiscard]] bool isUnlogged(const std::string& author, const std::string& path,
                                 std::int64_t time) const;
   /// From now on nobody can say which of the files of that path and time is the version.

@@ -139,14 +139,12 @@ std::vector<std::pair<std::string, std::string>> ScheduleRun::logsOf(SimulatedPe
   return logs;
 }
 
-/// Whether a file lies at the path of which nobody can say whether it is what its time says.
-bool ScheduleRun::isConfused(const std::string& path) {
-  const auto peers = active();
-  return std::any_of(peers.begin(), peers.end(), [&](SimulatedPeer* peer) {
-    const std::string place = Docs + "/" + path;
-    const auto attributes = peer->host.files.attributesOf(peer->path(place));
-    return attributes && contents_.isConfused(place, attributes->modTime);
-  });
+/// Whether the peer's file has that time, and nobody can say whether it is what that tells.
+bool ScheduleRun::isConfused(SimulatedPeer& peer, const std::string& path, double time) {
+  const std::string place = Docs + "/" + path;
+  const auto attributes = peer.host.files.attributesOf(peer.path(place));
+  return attributes && static_cast<double>(attributes->modTime) == time &&
+         contents_.isConfused(place, attributes->modTime);
 }
 
 void ScheduleRun::checkSame(const std::string& when) {
@@ -215,7 +213,8 @@ void ScheduleRun::checkSame(const std::string& when) {
         if (!isWithinReach(version) && missing.contains(conflict.path)) {
           missing.erase(conflict.path);
         } else if (!wanted.empty() && here != wanted && !isWithLeaverOnly(version.id, wanted) &&
-                   !isGivenAway(wanted, conflict.path, here) && !isConfused(conflict.path)) {
+                   !isGivenAway(wanted, conflict.path, here) &&
+                   !isConfused(*peer, conflict.path, version.modTime)) {
           say(" has " + here + " at " + conflict.path + ", and chose " + wanted);
         }
       }
@@ -228,9 +227,14 @@ void ScheduleRun::checkSame(const std::string& when) {
     }
     std::erase_if(contents, [&](const auto& file) { return inConflict(file.first); });
     if (peer == peers.front()) expected = contents;
+    const auto isSameConfusion = [&](const std::string& path) {
+      const auto first =
+          peers.front()->host.files.attributesOf(peers.front()->path(Docs + "/" + path));
+      return first && isConfused(*peer, path, static_cast<double>(first->modTime));
+    };
     for (const auto& [path, content] : contents) {
       const auto other = expected.find(path);
-      if (other != expected.end() && (other->second == content || isConfused(path))) continue;
+      if (other != expected.end() && (other->second == content || isSameConfusion(path))) continue;
       say(" has " + content + " at " + path + ", " + peers.front()->name() + " has " +
           (other == expected.end() ? "nothing" : other->second));
     }

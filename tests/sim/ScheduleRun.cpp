@@ -359,7 +359,8 @@ void ScheduleRun::keepApart(SimulatedPeer& author, const std::string& path) {
     return std::any_of(authors.begin(), authors.end(), [&](const auto& other) {
       const auto& [name, wasUnseen] = other;
       if (name == author.name()) return false;
-      return isUnseenAt(author) || (wasUnseen && isUnseenAt(peer(name)));
+      return isUnseenAt(author) ||
+             (wasUnseen && (isUnseenAt(peer(name)) || contents_.isUnlogged(name, path, time)));
     });
   };
   // Not to a next second: the program itself gives those to one of two versions of one second.

@@ -53,7 +53,7 @@ class ScheduleRun {
   bool resolveOne();
   static std::optional<VersionId> choice(SimulatedPeer& peer, const std::string& path);
   void checkSame(const std::string& when);
-  bool isConfused(const std::string& path);
+  bool isConfused(SimulatedPeer& peer, const std::string& path, double time);
   std::set<std::string> unsharedPaths();
   std::vector<std::pair<std::string, std::string>> logsOf(SimulatedPeer& peer);
   void countCutLoads();
