@@ -270,9 +270,9 @@ CopyPlan KDPoolState::decideListing(const std::vector<ListingEntry>& listed,
       }
       if (leaf && !(remote && remote->isParentOfEntry(leaf))) continue;
       if (remote && !held.mayHold(*remote)) continue;  // some other file of its time
-      const bool isLast = !leaf || remote == leaf;
-      if (remote && isLast && tree_->isAmbiguous(*remote, userId, held)) {
-        seen_[entry.path].holders.insert(userId);  // perhaps; it is waited for
+      // An older one, too: when the wanted one is dropped, what lies here is judged by its time.
+      if (remote && tree_->isAmbiguous(*remote, userId, held)) {
+        if (!leaf || remote == leaf) seen_[entry.path].holders.insert(userId);  // it is waited for
         continue;
       }
       // Nothing older than what lies here already, if it still does.

@@ -312,6 +312,12 @@ KDLogFileEntry* KDVersionTree::selectedEntry(const KDPathRecord& path,
 void KDVersionTree::takeSelection(const KDLogFileEntry& selection) {
   KDLogFileEntry& chosen = *selection.parentEntry();
   const KDPathRecord& path = chosen.pathRecord();
+  for (const KDLogFileEntry* own = path.newest; own; own = own->previous()) {
+    if (own->userId() == selection.userId() && own->modTime() == chosen.modTime() &&
+        !own->isParentOfEntry(&chosen)) {
+      left_.insert(own);
+    }
+  }
   bool isAlive = chosen.isDirectory();  // any directory is as good
   for (const KDLogFileEntry* leaf = path.firstLeaf; leaf && !isAlive; leaf = leaf->nextLeaf()) {
     isAlive = leaf->exists() && chosen.isParentOfEntry(leaf);
@@ -381,7 +387,9 @@ KDLogFileEntry* KDVersionTree::versionWithModTime(const KDPathRecord& path, doub
 
 bool KDVersionTree::isAmbiguous(const KDLogFileEntry& version, const std::string& userId,
                                 const HeldLogs& held) const {
-  if (version.isDirectory() || (version.userId() == userId && !held.hasLoggedMore())) return false;
+  const bool isSure =
+      version.userId() == userId && !held.hasLoggedMore() && !left_.contains(&version);
+  if (version.isDirectory() || isSure) return false;
   const KDPathRecord& path = version.pathRecord();
   for (const KDLogFileEntry* leaf = path.firstLeaf; leaf; leaf = leaf->nextLeaf()) {
     if (!leaf->exists() && held.hasCarriedOut(*leaf)) continue;

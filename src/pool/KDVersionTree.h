@@ -88,8 +88,8 @@ class KDVersionTree {
                                                    const std::string& userId) const;
   /// Whether a file of this version's time that the user has may as well be a version of another
   /// branch: only its author surely has this one where another has its second, whatever others have
-  /// chosen, and only while we know what the author has logged. A branch that is deleted counts
-  /// until the user has surely carried that out.
+  /// chosen, and only while we know what the author has logged, and the author never chose the
+  /// other one. A branch that is deleted counts until the user has surely carried that out.
   [[nodiscard]] bool isAmbiguous(const KDLogFileEntry& version, const std::string& userId,
                                  const HeldLogs& held) const;
   /// Whether another living branch has a version of this one's time.
@@ -143,6 +143,9 @@ class KDVersionTree {
   std::unordered_map<const KDPathRecord*,
                      std::vector<std::pair<const std::string*, KDLogFileEntry*>>>
       selectedBranches_;
+  /// Versions whose authors chose another one of their second. Who comes back to the own one may
+  /// not have it yet, and a file of its time may be the other one.
+  std::unordered_set<const KDLogFileEntry*> left_;
   /// Of paths where a search had to go far back; brought up to date by the next such search.
   mutable std::unordered_map<const KDPathRecord*, Index> indexes_;
   std::unordered_set<KDPathRecord*> needsRepair_;
